@@ -1,0 +1,164 @@
+#include "Common_VST3/VST3_SingleComponentEffect.h"
+
+#include "pluginterfaces/base/ustring.h"
+#include "pluginterfaces/vst/ivstevents.h"
+#include "pluginterfaces/vst/vstspeaker.h"
+
+using namespace Steinberg;
+using namespace Steinberg::Vst;
+
+VST3_SingleComponentEffect::VST3_SingleComponentEffect() = default;
+
+VST3_SingleComponentEffect::~VST3_SingleComponentEffect()
+{
+    stopTimer();
+}
+
+tresult PLUGIN_API VST3_SingleComponentEffect::initialize(FUnknown* context)
+{
+    const tresult result = SingleComponentEffect::initialize(context);
+    if (result != kResultOk) return result;
+    addAudioInput(STR16("Stereo In"), SpeakerArr::kStereo);
+    addAudioOutput(STR16("Stereo Out"), SpeakerArr::kStereo);
+    addEventInput(STR16("MIDI In"), 1);
+    stereoInput = stereoOutput = true;
+    return kResultOk;
+}
+
+tresult PLUGIN_API VST3_SingleComponentEffect::terminate()
+{
+    stopTimer();
+    privateParameters.removeAll();
+    return SingleComponentEffect::terminate();
+}
+
+void VST3_SingleComponentEffect::nameBuses()
+{
+    if (audioInputs.size() > 0) {
+        audioInputs.at(0)->setName(stereoInput ? STR16("Stereo In") : STR16("Mono In"));
+    }
+    if (audioOutputs.size() > 0) {
+        audioOutputs.at(0)->setName(stereoOutput ? STR16("Stereo Out") : STR16("Mono Out"));
+    }
+}
+
+tresult PLUGIN_API VST3_SingleComponentEffect::setBusArrangements(SpeakerArrangement* inputs,
+                                                                  int32 numIns,
+                                                                  SpeakerArrangement* outputs,
+                                                                  int32 numOuts)
+{
+    if (numIns != 1 || numOuts != 1 || inputs == nullptr || outputs == nullptr) return kResultFalse;
+    auto acceptable = [](SpeakerArrangement arr) {
+        return arr == SpeakerArr::kMono || arr == SpeakerArr::kStereo;
+    };
+    if (!acceptable(inputs[0]) || !acceptable(outputs[0])) return kResultFalse;
+    const tresult result = SingleComponentEffect::setBusArrangements(inputs, numIns, outputs, numOuts);
+    if (result != kResultTrue) return result;
+    stereoInput = inputs[0] == SpeakerArr::kStereo;
+    stereoOutput = outputs[0] == SpeakerArr::kStereo;
+    nameBuses();
+    return kResultTrue;
+}
+
+tresult PLUGIN_API VST3_SingleComponentEffect::setProcessing(TBool /*state*/)
+{
+    return kResultOk;
+}
+
+tresult PLUGIN_API VST3_SingleComponentEffect::process(ProcessData& data)
+{
+    processParameterChanges(data.inputParameterChanges);
+    processEvents(data.inputEvents);
+    if (data.numSamples >= 1 && data.numInputs >= 1 && data.numOutputs >= 1 &&
+        data.inputs != nullptr && data.outputs != nullptr) {
+        processAudio(data);
+    }
+    processOutputParameterChanges(data.outputParameterChanges);
+    return kResultOk;
+}
+
+Parameter* VST3_SingleComponentEffect::getParameterObject(ParamID id)
+{
+    if (Parameter* parameter = parameters.getParameter(id)) return parameter;
+    return privateParameters.getParameter(id);
+}
+
+tresult VST3_SingleComponentEffect::beginEdit(ParamID id)
+{
+    if (parameters.getParameter(id) == nullptr) return kResultFalse;
+    return SingleComponentEffect::beginEdit(id);
+}
+
+tresult VST3_SingleComponentEffect::performEdit(ParamID id, ParamValue valueNormalized)
+{
+    if (parameters.getParameter(id) == nullptr) return kResultFalse;
+    return SingleComponentEffect::performEdit(id, valueNormalized);
+}
+
+tresult VST3_SingleComponentEffect::endEdit(ParamID id)
+{
+    if (parameters.getParameter(id) == nullptr) return kResultFalse;
+    return SingleComponentEffect::endEdit(id);
+}
+
+uint32 PLUGIN_API VST3_SingleComponentEffect::getProcessContextRequirements()
+{
+    return 0;
+}
+
+void VST3_SingleComponentEffect::onTimer(Timer* /*timer*/)
+{
+    onTimer();
+}
+
+bool VST3_SingleComponentEffect::isPrivateParameter(ParamID id)
+{
+    return privateParameters.getParameter(id) != nullptr;
+}
+
+void VST3_SingleComponentEffect::onTimer()
+{
+    ++timerTick;
+}
+
+void VST3_SingleComponentEffect::processParameterChanges(IParameterChanges* changes)
+{
+    if (changes == nullptr) return;
+    const int32 count = changes->getParameterCount();
+    for (int32 q = 0; q < count; ++q) {
+        IParamValueQueue* queue = changes->getParameterData(q);
+        if (queue == nullptr) continue;
+        const int32 points = queue->getPointCount();
+        if (points < 1) continue;
+        int32 sampleOffset = 0;
+        ParamValue value = 0.0;
+        if (queue->getPoint(points - 1, sampleOffset, value) != kResultOk) continue;
+        const ParamID id = queue->getParameterId();
+        Parameter* parameter = parameters.getParameter(id);
+        if (parameter == nullptr) continue;
+        const ParamValue stored = parameter->getNormalized();
+        if (value - stored >= 0.00001 || stored - value >= 0.00001) {
+            applyParameter(parameter, id, sampleOffset, value);
+        }
+    }
+}
+
+void VST3_SingleComponentEffect::processEvents(IEventList* /*events*/) {}
+
+void VST3_SingleComponentEffect::processOutputParameterChanges(IParameterChanges* /*changes*/) {}
+
+void VST3_SingleComponentEffect::setParameterPlain(ParamID id, ParamValue plain)
+{
+    Parameter* parameter = parameters.getParameter(id);
+    if (parameter == nullptr) return;
+    parameter->setNormalized(parameter->toNormalized(plain));
+    if (editorInstance == nullptr) applyParameter(parameter, id, 0, parameter->getNormalized());
+}
+
+void VST3_SingleComponentEffect::parameterChanged(Parameter* /*parameter*/) {}
+
+tresult PLUGIN_API VST3_SingleComponentEffect::queryInterface(const TUID iid, void** obj)
+{
+    QUERY_INTERFACE(iid, obj, IProcessContextRequirements::iid, IProcessContextRequirements)
+    return SingleComponentEffect::queryInterface(iid, obj);
+}

@@ -1,0 +1,99 @@
+#pragma once
+
+#include "Common_VST3/VST3_TimerReceiver.h"
+#include "pluginterfaces/vst/ivstaudioprocessor.h"
+#include "pluginterfaces/vst/ivstevents.h"
+#include "pluginterfaces/vst/ivstparameterchanges.h"
+#include "public.sdk/source/vst/vstparameters.h"
+#include "public.sdk/source/vst/vstsinglecomponenteffect.h"
+
+// A generic single-component effect: the SDK's processor-and-controller
+// object with a private parameter set the host does not see, a timer for the
+// panel, a split of one process call into four overridable steps, and two
+// dispatch operations per parameter value (applyParameter feeds the engine,
+// parameterChanged acts on views and commands).
+//
+// The audio bus pair is one input and one output, each mono or stereo, judged
+// apart, with an event input for MIDI.
+class VST3_SingleComponentEffect : public Steinberg::Vst::SingleComponentEffect,
+                                   public VST3_TimerReceiver,
+                                   public Steinberg::Vst::IProcessContextRequirements {
+public:
+    using ParamID = Steinberg::Vst::ParamID;
+    using ParamValue = Steinberg::Vst::ParamValue;
+    using tresult = Steinberg::tresult;
+
+    VST3_SingleComponentEffect();
+    ~VST3_SingleComponentEffect() override;
+
+    //--- Host-facing operations.
+    // Interface thread. Adds the buses and the parameters.
+    tresult PLUGIN_API initialize(Steinberg::FUnknown* context) SMTG_OVERRIDE;
+    tresult PLUGIN_API terminate() SMTG_OVERRIDE;
+    // Interface thread, while inactive. One input and one output bus, each
+    // mono or stereo; anything else is refused and changes nothing.
+    tresult PLUGIN_API setBusArrangements(Steinberg::Vst::SpeakerArrangement* inputs,
+                                          Steinberg::int32 numIns,
+                                          Steinberg::Vst::SpeakerArrangement* outputs,
+                                          Steinberg::int32 numOuts) SMTG_OVERRIDE;
+    // Audio thread. The four steps; always kResultOk.
+    tresult PLUGIN_API process(Steinberg::Vst::ProcessData& data) SMTG_OVERRIDE;
+    tresult PLUGIN_API setProcessing(Steinberg::TBool state) SMTG_OVERRIDE;
+
+    // Looks in the host's parameters, then in the private ones.
+    Steinberg::Vst::Parameter* getParameterObject(ParamID id) SMTG_OVERRIDE;
+    // Reach the host only for ids of the host's parameters.
+    tresult beginEdit(ParamID id) SMTG_OVERRIDE;
+    tresult performEdit(ParamID id, ParamValue valueNormalized) SMTG_OVERRIDE;
+    tresult endEdit(ParamID id) SMTG_OVERRIDE;
+
+    //--- IProcessContextRequirements: the process-context fields the block
+    // loop reads.
+    Steinberg::uint32 PLUGIN_API getProcessContextRequirements() SMTG_OVERRIDE;
+
+    //--- ITimerCallback
+    void onTimer(Steinberg::Timer* timer) SMTG_OVERRIDE;
+
+    //--- Operations this layer adds.
+    virtual bool isPrivateParameter(ParamID id);
+    // Interface thread: one tick of the panel's timer.
+    virtual void onTimer();
+    // Audio thread: the block's parameter changes, last point of each queue.
+    virtual void processParameterChanges(Steinberg::Vst::IParameterChanges* changes);
+    // Audio thread: the block's events.
+    virtual void processEvents(Steinberg::Vst::IEventList* events);
+    // Audio thread: a block with at least one sample, input and output.
+    virtual void processAudio(Steinberg::Vst::ProcessData& data) = 0;
+    // Audio thread: values the effect reports back to the host.
+    virtual void processOutputParameterChanges(Steinberg::Vst::IParameterChanges* changes);
+    // Interface thread: a plain value from the program itself.
+    virtual void setParameterPlain(ParamID id, ParamValue plain);
+    // Audio or interface thread: a normalized value reaches the engine.
+    virtual void applyParameter(Steinberg::Vst::Parameter* parameter, ParamID id,
+                                Steinberg::int32 sampleOffset, ParamValue value) = 0;
+    // Interface thread: a value changed by a control reaches views and commands.
+    virtual void parameterChanged(Steinberg::Vst::Parameter* parameter);
+
+    bool isStereoInput() const { return stereoInput; }
+    bool isStereoOutput() const { return stereoOutput; }
+
+    OBJ_METHODS(VST3_SingleComponentEffect, SingleComponentEffect)
+    tresult PLUGIN_API queryInterface(const Steinberg::TUID iid, void** obj) SMTG_OVERRIDE;
+    REFCOUNT_METHODS(SingleComponentEffect)
+
+protected:
+    // Names the buses after their channel counts.
+    void nameBuses();
+
+    Steinberg::Vst::ParameterContainer privateParameters;
+    Steinberg::int32 stateVersion = 0;
+    void* editorInstance = nullptr;
+    void* editorFrame = nullptr;
+    bool stereoInput = true;
+    bool stereoOutput = true;
+    Steinberg::int32 repeatingTag = -1;
+    Steinberg::int32 repeatFirstDelay = 10;
+    Steinberg::int32 repeatInterval = 2;
+    Steinberg::int32 repeatNextTick = -1;
+    Steinberg::int32 timerTick = 0;
+};

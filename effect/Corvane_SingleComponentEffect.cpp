@@ -1,0 +1,174 @@
+#include "effect/Corvane_SingleComponentEffect.h"
+
+#include <map>
+#include <mutex>
+#include <new>
+
+#include "pluginterfaces/vst/ivstprocesscontext.h"
+
+using namespace Steinberg;
+using namespace Steinberg::Vst;
+
+namespace {
+
+// Effect to engine, for every live effect of the process. Touched only on
+// the interface thread, when effects are made and destroyed and when views
+// look up their engine; the mutex covers hosts that create instances on
+// several threads.
+std::map<const void*, DT_DSPObject*>& instanceMap()
+{
+    static std::map<const void*, DT_DSPObject*> map;
+    return map;
+}
+
+std::mutex& instanceMapMutex()
+{
+    static std::mutex mutex;
+    return mutex;
+}
+
+} // namespace
+
+Corvane_SingleComponentEffect::Corvane_SingleComponentEffect()
+{
+    std::lock_guard<std::mutex> lock(instanceMapMutex());
+    instanceMap()[this] = &dspObject;
+}
+
+Corvane_SingleComponentEffect::~Corvane_SingleComponentEffect()
+{
+    std::lock_guard<std::mutex> lock(instanceMapMutex());
+    instanceMap().erase(this);
+}
+
+FUnknown* Corvane_SingleComponentEffect::createInstance(void* /*context*/)
+{
+    auto* effect = new (std::nothrow) Corvane_SingleComponentEffect();
+    if (effect == nullptr) return nullptr;
+    return static_cast<IAudioProcessor*>(effect);
+}
+
+DT_DSPObject* Corvane_SingleComponentEffect::engineOf(const void* effect)
+{
+    std::lock_guard<std::mutex> lock(instanceMapMutex());
+    auto it = instanceMap().find(effect);
+    return it == instanceMap().end() ? nullptr : it->second;
+}
+
+tresult PLUGIN_API Corvane_SingleComponentEffect::initialize(FUnknown* context)
+{
+    const tresult result = VST3_SingleComponentEffect::initialize(context);
+    if (result != kResultOk) return result;
+    dspObject.set_sample_rate(processSetup.sampleRate);
+    latencySamples = int32(engine::latency * dspObject.get_decimation_factor());
+    return kResultOk;
+}
+
+tresult PLUGIN_API Corvane_SingleComponentEffect::terminate()
+{
+    return VST3_SingleComponentEffect::terminate();
+}
+
+tresult PLUGIN_API Corvane_SingleComponentEffect::setupProcessing(ProcessSetup& setup)
+{
+    if (setup.symbolicSampleSize != kSample32 || setup.sampleRate <= 0.0 ||
+        setup.maxSamplesPerBlock < 0)
+        return kResultFalse;
+    const tresult result = VST3_SingleComponentEffect::setupProcessing(setup);
+    if (result != kResultOk) return result;
+    dspObject.set_sample_rate(setup.sampleRate);
+    dspObject.set_samples_per_frame(double(getSamplesPerFrame()));
+    latencySamples = int32(engine::latency * dspObject.get_decimation_factor());
+    return kResultOk;
+}
+
+tresult PLUGIN_API Corvane_SingleComponentEffect::setActive(TBool state)
+{
+    if (state) {
+        dspObject.set_channels(stereoInput, stereoOutput);
+        dspObject.reset();
+        clockRunning = false;
+        clockStartPosition = -1;
+    }
+    return VST3_SingleComponentEffect::setActive(state);
+}
+
+uint32 PLUGIN_API Corvane_SingleComponentEffect::getLatencySamples()
+{
+    return uint32(latencySamples);
+}
+
+uint32 PLUGIN_API Corvane_SingleComponentEffect::getProcessContextRequirements()
+{
+    using R = IProcessContextRequirements;
+    return R::kNeedProjectTimeMusic | R::kNeedBarPositionMusic | R::kNeedTempo |
+           R::kNeedTimeSignature | R::kNeedTransportState;
+}
+
+void Corvane_SingleComponentEffect::setClockPosition(int64_t position)
+{
+    clockStartPosition = position;
+    dspObject.set_position(position);
+}
+
+void Corvane_SingleComponentEffect::startClock()
+{
+    clockRunning = true;
+    dspObject.set_idle(false);
+}
+
+void Corvane_SingleComponentEffect::stopClock()
+{
+    clockRunning = false;
+    clockStartPosition = -1;
+    dspObject.set_idle(true);
+}
+
+void Corvane_SingleComponentEffect::clockStep(ProcessData& /*data*/)
+{
+    // Auto mode: the clock runs from position 0 as soon as audio flows, so
+    // frames close for the slow filters of the correction.
+    if (!graphModeActive) {
+        if (!clockRunning) {
+            startClock();
+            setClockPosition(0);
+        }
+    }
+}
+
+void Corvane_SingleComponentEffect::processAudio(ProcessData& data)
+{
+    processCalled = true;
+    clockStep(data);
+
+    AudioBusBuffers& input = data.inputs[0];
+    AudioBusBuffers& output = data.outputs[0];
+    if (input.channelBuffers32 == nullptr || output.channelBuffers32 == nullptr ||
+        input.numChannels < 1 || output.numChannels < 1)
+        return;
+
+    const bool stereoIn = stereoInput && input.numChannels >= 2;
+    const bool stereoOut = stereoOutput && output.numChannels >= 2;
+    const float* in[2] = {input.channelBuffers32[0],
+                          stereoIn ? input.channelBuffers32[1] : nullptr};
+    float* out[2] = {output.channelBuffers32[0],
+                     stereoOut ? output.channelBuffers32[1] : nullptr};
+
+    const int64_t limit = dspObject.get_max_block();
+    int64_t remaining = data.numSamples;
+    while (remaining > 0) {
+        const int64_t n = remaining < limit ? remaining : limit;
+        dspObject.process(in, out, n);
+        in[0] += n;
+        out[0] += n;
+        if (stereoIn) in[1] += n;
+        if (stereoOut) out[1] += n;
+        remaining -= n;
+    }
+    output.silenceFlags = 0;
+}
+
+void Corvane_SingleComponentEffect::applyParameter(Parameter* /*parameter*/, ParamID /*id*/,
+                                                   int32 /*sampleOffset*/, ParamValue /*value*/)
+{
+}

@@ -1,0 +1,164 @@
+#include "dsp/DT_DSPObject.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <memory>
+#include <vector>
+
+#include "support/signals.h"
+
+namespace {
+
+constexpr int64_t kLatency = 2660;
+
+struct Rendered {
+    std::vector<float> left;
+    std::vector<float> right;
+};
+
+// Runs a whole signal through an engine in blocks of the given size.
+Rendered run(DT_DSPObject& engine, const std::vector<float>& a, const std::vector<float>* b,
+             int64_t block)
+{
+    Rendered out;
+    out.left.assign(a.size(), 0.0f);
+    out.right.assign(a.size(), 0.0f);
+    for (size_t pos = 0; pos < a.size(); pos += size_t(block)) {
+        const int64_t n = std::min<int64_t>(block, int64_t(a.size() - pos));
+        const float* in[2] = {a.data() + pos, b ? b->data() + pos : nullptr};
+        float* o[2] = {out.left.data() + pos, out.right.data() + pos};
+        engine.process(in, o, n);
+    }
+    return out;
+}
+
+std::unique_ptr<DT_DSPObject> make_engine(double rate, bool stereo_in, bool stereo_out)
+{
+    auto engine = std::make_unique<DT_DSPObject>();
+    engine->set_sample_rate(rate);
+    engine->set_channels(stereo_in, stereo_out);
+    engine->reset();
+    engine->set_idle(false);
+    return engine;
+}
+
+} // namespace
+
+TEST(DT_DSPObject, ImpulseLeavesExactlyAfterTheFixedDelay)
+{
+    for (double rate : {44100.0, 48000.0}) {
+        auto engine = make_engine(rate, false, false);
+        const size_t at = 37;
+        const auto x = test_signals::impulse(8000, at, 0.5f);
+        const auto y = run(*engine, x, nullptr, 256).left;
+        for (size_t i = 0; i < y.size(); ++i) {
+            const double expected = i == at + kLatency ? 0.5 : 0.0;
+            ASSERT_NEAR(y[i], expected, 1e-6) << "rate " << rate << " sample " << i;
+        }
+    }
+}
+
+TEST(DT_DSPObject, AnySignalComesOutDelayedAndUnchanged)
+{
+    struct Case {
+        bool stereo_in, stereo_out;
+        int64_t block;
+        uint16_t reference;
+    };
+    const Case cases[] = {
+        {false, false, 1, 0}, {false, false, 64, 0}, {true, true, 333, 0},
+        {true, true, 2048, 1}, {false, true, 100, 0}, {true, false, 512, 0},
+    };
+    const auto a = test_signals::noise(20000, 0.8, 11);
+    const auto b = test_signals::noise(20000, 0.3, 12);
+    for (const Case& c : cases) {
+        auto engine = make_engine(48000.0, c.stereo_in, c.stereo_out);
+        engine->set_reference_channel(c.reference);
+        const auto y = run(*engine, a, c.stereo_in ? &b : nullptr, c.block);
+        // A mono input feeds both output channels.
+        const auto& second = c.stereo_in ? b : a;
+        for (size_t i = kLatency; i < a.size(); ++i) {
+            ASSERT_NEAR(y.left[i], a[i - kLatency], 1e-6) << "block " << c.block << " at " << i;
+            if (c.stereo_out) {
+                ASSERT_NEAR(y.right[i], second[i - kLatency], 1e-6)
+                    << "block " << c.block << " at " << i;
+            }
+        }
+        for (size_t i = 0; i < size_t(kLatency); ++i) ASSERT_NEAR(y.left[i], 0.0, 1e-6);
+    }
+}
+
+TEST(DT_DSPObject, FullScaleIsClampedJustBelowOne)
+{
+    auto engine = make_engine(48000.0, false, false);
+    std::vector<float> x(6000, 1.0f);
+    std::fill(x.begin() + 4000, x.end(), -1.0f);
+    const auto y = run(*engine, x, nullptr, 512).left;
+    EXPECT_FLOAT_EQ(y[kLatency + 100], 0.9999f);
+    EXPECT_FLOAT_EQ(y[5999], -0.9999f);
+}
+
+TEST(DT_DSPObject, ClocksWaitForTheFirstAudibleSample)
+{
+    auto engine = make_engine(48000.0, false, false);
+    std::vector<float> x(20000, 0.0f);
+    // Below the start level: nothing counts, however long.
+    for (size_t i = 0; i < 10000; ++i) x[i] = (i % 2 ? 1.0f : -1.0f) * 0.00029f;
+    run(*engine, std::vector<float>(x.begin(), x.begin() + 10000), nullptr, 500);
+    EXPECT_FALSE(engine->is_started());
+    EXPECT_EQ(engine->get_input_pos(), 0);
+    EXPECT_EQ(engine->get_frame_index(), 0);
+
+    // The first louder sample starts the clocks; every sample then counts, and
+    // a frame closes every 200 samples at the default frame length.
+    std::vector<float> rest(10000, 0.0f);
+    rest[0] = 0.001f;
+    run(*engine, rest, nullptr, 500);
+    EXPECT_TRUE(engine->is_started());
+    EXPECT_EQ(engine->get_input_pos(), 10000);
+    EXPECT_EQ(engine->get_source_pos(), 10000);
+    EXPECT_EQ(engine->get_frame_index(), 10000 / 200);
+}
+
+TEST(DT_DSPObject, IdleEngineCountsNothingButStillDelays)
+{
+    auto engine = make_engine(48000.0, false, false);
+    engine->set_idle(true);
+    const auto x = test_signals::impulse(4000, 5, 0.9f);
+    const auto y = run(*engine, x, nullptr, 64).left;
+    EXPECT_FALSE(engine->is_started());
+    EXPECT_EQ(engine->get_input_pos(), 0);
+    EXPECT_NEAR(y[5 + kLatency], 0.9, 1e-6);
+    double ratio = 0.0, period = -1.0, target = 0.0;
+    int64_t frame = -1;
+    engine->get_status(&ratio, &frame, &period, &target);
+    EXPECT_EQ(ratio, 1.0);
+    EXPECT_EQ(frame, 0);
+    EXPECT_EQ(period, 0.0);
+    EXPECT_EQ(target, 1.0);
+}
+
+TEST(DT_DSPObject, BlockLongerThanTheLimitIsCopiedWithoutDelay)
+{
+    auto engine = make_engine(48000.0, true, true);
+    const int64_t n = engine->get_max_block() + 1;
+    const auto a = test_signals::noise(size_t(n), 0.5, 3);
+    const auto b = test_signals::noise(size_t(n), 0.5, 4);
+    std::vector<float> l(size_t(n)), r(size_t(n));
+    const float* in[2] = {a.data(), b.data()};
+    float* out[2] = {l.data(), r.data()};
+    engine->process(in, out, n);
+    EXPECT_EQ(l, a);
+    EXPECT_EQ(r, b);
+}
+
+TEST(DT_DSPObject, BypassKeepsTheSameDelay)
+{
+    auto engine = make_engine(48000.0, false, false);
+    engine->set_bypass(true);
+    const auto x = test_signals::impulse(4000, 100, -0.25f);
+    const auto y = run(*engine, x, nullptr, 128).left;
+    EXPECT_NEAR(y[100 + kLatency], -0.25, 1e-6);
+}
