@@ -47,6 +47,12 @@ public:
     double get_sample_rate() const { return sample_rate; }
     double engine_rate() const { return sample_rate / double(decimationFactor); }
 
+    // Response of the decimation filter designed for a host rate, one pass:
+    // magnitude in dB and group delay in host samples at a frequency. Zero
+    // delay and 0 dB where the rate needs no decimation.
+    static double decimation_magnitude_db(double host_rate, double freq_hz);
+    static double decimation_group_delay(double host_rate, double freq_hz);
+
     struct Section {
         double b0, b1, b2, a0, a1, a2;
     };

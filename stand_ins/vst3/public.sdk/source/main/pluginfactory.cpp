@@ -24,9 +24,9 @@ bool CPluginFactory::registerClass(const PClassInfo2* info, CreateFunction creat
     entry.info2 = *info;
     std::memcpy(entry.infoW.cid, info->cid, sizeof(TUID));
     entry.infoW.cardinality = info->cardinality;
-    std::strncpy(entry.infoW.category, info->category, PClassInfo::kCategorySize - 1);
-    std::strncpy(entry.infoW.subCategories, info->subCategories,
-                 PClassInfo2::kSubCategoriesSize - 1);
+    std::memcpy(entry.infoW.category, info->category, sizeof(entry.infoW.category));
+    std::memcpy(entry.infoW.subCategories, info->subCategories,
+                sizeof(entry.infoW.subCategories));
     entry.infoW.classFlags = info->classFlags;
     UString(entry.infoW.name, PClassInfo::kNameSize).fromAscii(info->name);
     UString(entry.infoW.vendor, PClassInfo2::kVendorSize).fromAscii(info->vendor);
