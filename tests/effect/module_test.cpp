@@ -1,0 +1,347 @@
+// The built module, loaded through its factory by the project's host library,
+// used as a host uses it.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "dsp/Downsample_DSP.h"
+#include "hostlib/Plugin_Host.h"
+#include "pluginterfaces/vst/ivstaudioprocessor.h"
+#include "pluginterfaces/vst/vstspeaker.h"
+#include "support/signals.h"
+
+using namespace Steinberg;
+using namespace Steinberg::Vst;
+
+namespace {
+
+constexpr int64_t kEngineLatency = 2660;
+
+class ModuleTest : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        std::string error;
+        module = hostlib::Module::load(CORVANE_BUNDLE_PATH, error);
+        ASSERT_TRUE(module) << error;
+    }
+
+    std::unique_ptr<hostlib::Instance> make(int inputs, int outputs, double rate,
+                                            int32 max_block = 4096)
+    {
+        std::string error;
+        auto instance = hostlib::Instance::create(*module, "Corvane+Time_VST", error);
+        EXPECT_TRUE(instance) << error;
+        if (!instance) return nullptr;
+        EXPECT_TRUE(instance->set_channels(inputs, outputs));
+        EXPECT_TRUE(instance->setup(rate, max_block));
+        EXPECT_TRUE(instance->activate(true));
+        return instance;
+    }
+
+    std::unique_ptr<hostlib::Module> module;
+};
+
+std::vector<std::vector<float>> channels(std::initializer_list<std::vector<float>> list)
+{
+    return std::vector<std::vector<float>>(list);
+}
+
+} // namespace
+
+TEST_F(ModuleTest, FactoryRecordAsAHostScansIt)
+{
+    EXPECT_EQ(module->factory_vendor(), "Halvorne Audio Technologies");
+    const auto classes = module->classes();
+    ASSERT_EQ(classes.size(), 1u);
+    const auto& c = classes[0];
+    EXPECT_EQ(c.name, "Corvane+Time_VST");
+    EXPECT_EQ(c.category, "Audio Module Class");
+    EXPECT_EQ(c.sub_categories, "Fx|Pitch Shift");
+    EXPECT_EQ(c.vendor, "Halvorne Audio Technologies");
+    EXPECT_EQ(c.version, "7.6.8.0");
+    EXPECT_EQ(c.sdk_version, "VST 3.5.2");
+
+    // The Unicode record carries the same texts.
+    IPluginFactory3* factory3 = nullptr;
+    ASSERT_EQ(module->factory()->queryInterface(IPluginFactory3::iid, reinterpret_cast<void**>(&factory3)),
+              kResultOk);
+    PClassInfoW info;
+    ASSERT_EQ(factory3->getClassInfoUnicode(0, &info), kResultOk);
+    EXPECT_EQ(hostlib::to_utf8(info.name), "Corvane+Time_VST");
+    EXPECT_EQ(hostlib::to_utf8(info.vendor), "Halvorne Audio Technologies");
+    EXPECT_EQ(std::string(info.subCategories), "Fx|Pitch Shift");
+    factory3->release();
+
+    // An unknown class id creates nothing.
+    TUID unknown = {};
+    void* object = reinterpret_cast<void*>(1);
+    EXPECT_NE(module->factory()->createInstance(unknown, IComponent::iid, &object), kResultOk);
+    EXPECT_EQ(object, nullptr);
+}
+
+TEST_F(ModuleTest, LoadFailuresSayWhy)
+{
+    std::string error;
+    EXPECT_FALSE(hostlib::Module::load("/nonexistent/Nothing.vst3", error));
+    EXPECT_NE(error.find("no plug-in module"), std::string::npos) << error;
+    EXPECT_FALSE(hostlib::Module::load("/etc/hostname", error));
+    EXPECT_NE(error.find("cannot load"), std::string::npos) << error;
+}
+
+TEST_F(ModuleTest, BusesAndArrangements)
+{
+    std::string error;
+    auto instance = hostlib::Instance::create(*module, "", error);
+    ASSERT_TRUE(instance) << error;
+    EXPECT_EQ(instance->bus_count(kAudio, kInput), 1);
+    EXPECT_EQ(instance->bus_count(kAudio, kOutput), 1);
+    EXPECT_EQ(instance->bus_count(kEvent, kInput), 1);
+    EXPECT_EQ(instance->bus_count(kEvent, kOutput), 0);
+    EXPECT_EQ(instance->bus_name(kAudio, kInput, 0), "Stereo In");
+    EXPECT_EQ(instance->bus_name(kAudio, kOutput, 0), "Stereo Out");
+    EXPECT_EQ(instance->bus_name(kEvent, kInput, 0), "MIDI In");
+
+    const struct {
+        int in, out;
+        const char* in_name;
+        const char* out_name;
+    } layouts[] = {{1, 1, "Mono In", "Mono Out"}, {1, 2, "Mono In", "Stereo Out"},
+                   {2, 1, "Stereo In", "Mono Out"}, {2, 2, "Stereo In", "Stereo Out"}};
+    for (const auto& l : layouts) {
+        ASSERT_TRUE(instance->set_channels(l.in, l.out));
+        EXPECT_EQ(instance->bus_name(kAudio, kInput, 0), l.in_name);
+        EXPECT_EQ(instance->bus_name(kAudio, kOutput, 0), l.out_name);
+        SpeakerArrangement arr = 0;
+        EXPECT_EQ(instance->processor()->getBusArrangement(kOutput, 0, arr), kResultTrue);
+        EXPECT_EQ(arr, l.out == 2 ? SpeakerArr::kStereo : SpeakerArr::kMono);
+    }
+
+    // Other layouts are refused and change nothing.
+    IAudioProcessor* p = instance->processor();
+    SpeakerArrangement surround = SpeakerArr::k51, stereo = SpeakerArr::kStereo;
+    SpeakerArrangement two[2] = {SpeakerArr::kStereo, SpeakerArr::kStereo};
+    EXPECT_EQ(p->setBusArrangements(&surround, 1, &stereo, 1), kResultFalse);
+    EXPECT_EQ(p->setBusArrangements(&stereo, 1, &surround, 1), kResultFalse);
+    EXPECT_EQ(p->setBusArrangements(two, 2, &stereo, 1), kResultFalse);
+    EXPECT_EQ(p->setBusArrangements(&stereo, 1, nullptr, 0), kResultFalse);
+    EXPECT_EQ(instance->bus_name(kAudio, kInput, 0), "Stereo In");
+
+    EXPECT_EQ(p->canProcessSampleSize(kSample32), kResultTrue);
+    EXPECT_EQ(p->canProcessSampleSize(kSample64), kResultFalse);
+    ProcessSetup setup64{kRealtime, kSample64, 512, 48000.0};
+    EXPECT_EQ(p->setupProcessing(setup64), kResultFalse);
+
+    // The context the block loop reads is declared.
+    IProcessContextRequirements* requirements = nullptr;
+    ASSERT_EQ(p->queryInterface(IProcessContextRequirements::iid, reinterpret_cast<void**>(&requirements)),
+              kResultOk);
+    const uint32 flags = requirements->getProcessContextRequirements();
+    for (uint32 need : {IProcessContextRequirements::kNeedProjectTimeMusic,
+                        IProcessContextRequirements::kNeedBarPositionMusic,
+                        IProcessContextRequirements::kNeedTempo,
+                        IProcessContextRequirements::kNeedTimeSignature,
+                        IProcessContextRequirements::kNeedTransportState})
+        EXPECT_TRUE(flags & need) << need;
+    requirements->release();
+}
+
+TEST_F(ModuleTest, LatencyIsTheEngineDelayInHostSamples)
+{
+    const struct {
+        double rate;
+        uint32 latency;
+    } cases[] = {{44100, 2660}, {48000, 2660}, {88200, 5320}, {96000, 5320}, {192000, 10640}};
+    for (const auto& c : cases) {
+        auto instance = make(2, 2, c.rate);
+        ASSERT_TRUE(instance);
+        EXPECT_EQ(instance->latency(), c.latency) << c.rate;
+    }
+}
+
+TEST_F(ModuleTest, ImpulseAndSignalsComeOutDelayedUnchanged)
+{
+    for (double rate : {44100.0, 48000.0}) {
+        auto instance = make(1, 1, rate);
+        ASSERT_TRUE(instance);
+        const auto impulse = test_signals::impulse(8000, 123, 0.75f);
+        std::vector<std::vector<float>> out;
+        instance->process_all(channels({impulse}), out, 512);
+        for (size_t i = 0; i < out[0].size(); ++i)
+            ASSERT_NEAR(out[0][i], i == 123 + kEngineLatency ? 0.75 : 0.0, 1e-6) << i;
+    }
+    auto instance = make(2, 2, 48000.0);
+    ASSERT_TRUE(instance);
+    const auto a = test_signals::noise(30000, 0.9, 21);
+    const auto b = test_signals::sine(30000, 330.0, 48000.0, 0.6);
+    std::vector<std::vector<float>> out;
+    instance->process_all(channels({a, b}), out, 480);
+    for (size_t i = kEngineLatency; i < a.size(); ++i) {
+        ASSERT_NEAR(out[0][i], a[i - kEngineLatency], 1e-6) << i;
+        ASSERT_NEAR(out[1][i], b[i - kEngineLatency], 1e-6) << i;
+    }
+}
+
+TEST_F(ModuleTest, HigherRatesDelayByTheLatencyPlusTheFilters)
+{
+    // Down and up, each filter delays a 200 Hz tone by its group delay there:
+    // 3.17 host samples at 96 kHz, 6.31 at 192 kHz.
+    for (double rate : {88200.0, 96000.0, 192000.0}) {
+        auto instance = make(1, 1, rate);
+        ASSERT_TRUE(instance);
+        const auto x = test_signals::sine(size_t(rate * 1.2), 200.0, rate, 0.5);
+        std::vector<std::vector<float>> out;
+        instance->process_all(channels({x}), out, 1024);
+        const double reported = instance->latency();
+        const double filters = 2.0 * Downsample_DSP::decimation_group_delay(rate, 200.0);
+        EXPECT_LT(filters, 13.0);
+        const double measured = test_signals::tone_delay(x, out[0], size_t(rate * 0.6),
+                                                         size_t(rate / 200.0 * 50), 200.0, rate, reported);
+        EXPECT_NEAR(measured, reported + filters, 0.1) << rate;
+        EXPECT_LE(std::fabs(measured - reported), filters + 0.1) << rate;
+    }
+}
+
+TEST_F(ModuleTest, LongBlocksAreCutWithoutChangingTheOutput)
+{
+    for (double rate : {48000.0, 96000.0}) {
+        const auto a = test_signals::noise(40000, 0.5, 5);
+        const auto b = test_signals::noise(40000, 0.5, 6);
+        std::vector<std::vector<float>> small, large;
+        {
+            auto instance = make(2, 2, rate, 8192);
+            ASSERT_TRUE(instance);
+            instance->process_all(channels({a, b}), small, 64);
+        }
+        {
+            auto instance = make(2, 2, rate, 8192);
+            ASSERT_TRUE(instance);
+            instance->process_all(channels({a, b}), large, 8192);
+        }
+        for (size_t c = 0; c < 2; ++c)
+            for (size_t i = 0; i < a.size(); ++i) ASSERT_NEAR(small[c][i], large[c][i], 1e-6) << i;
+    }
+}
+
+TEST_F(ModuleTest, VariableBlocksOfAnySizeUpToTheMaximum)
+{
+    auto instance = make(1, 2, 48000.0, 1000);
+    ASSERT_TRUE(instance);
+    const auto x = test_signals::noise(12000, 0.4, 8);
+    std::vector<float> l(x.size()), r(x.size());
+    const int32 sizes[] = {1, 0, 1000, 17, 1, 999, 256, 0, 3};
+    size_t pos = 0;
+    for (int k = 0; pos < x.size(); ++k) {
+        const int32 n = std::min<int32>(sizes[k % 9], int32(x.size() - pos));
+        const float* in[2] = {x.data() + pos, nullptr};
+        float* out[2] = {l.data() + pos, r.data() + pos};
+        EXPECT_EQ(instance->process(in, out, n), kResultOk);
+        pos += size_t(n);
+    }
+    for (size_t i = kEngineLatency; i < x.size(); ++i) {
+        ASSERT_NEAR(l[i], x[i - kEngineLatency], 1e-6);
+        ASSERT_NEAR(r[i], x[i - kEngineLatency], 1e-6);
+    }
+}
+
+TEST_F(ModuleTest, EmptyCallsTouchNoAudio)
+{
+    auto instance = make(2, 2, 48000.0);
+    ASSERT_TRUE(instance);
+    std::vector<float> in0(64, 0.5f), in1(64, 0.5f), out0(64, 3.0f), out1(64, 3.0f);
+    float* ins[2] = {in0.data(), in1.data()};
+    float* outs[2] = {out0.data(), out1.data()};
+    AudioBusBuffers inputBus{}, outputBus{};
+    inputBus.numChannels = 2;
+    inputBus.channelBuffers32 = ins;
+    outputBus.numChannels = 2;
+    outputBus.channelBuffers32 = outs;
+    ProcessData data{};
+    data.symbolicSampleSize = kSample32;
+    data.inputs = &inputBus;
+    data.outputs = &outputBus;
+
+    // No inputs, no samples, no outputs: always kResultOk, outputs untouched.
+    const struct {
+        int32 inputs, outputs, samples;
+    } cases[] = {{0, 1, 64}, {1, 1, 0}, {1, 0, 64}, {0, 0, 0}};
+    for (const auto& c : cases) {
+        data.numInputs = c.inputs;
+        data.numOutputs = c.outputs;
+        data.numSamples = c.samples;
+        EXPECT_EQ(instance->processor()->process(data), kResultOk);
+        EXPECT_EQ(out0, std::vector<float>(64, 3.0f));
+        EXPECT_EQ(out1, std::vector<float>(64, 3.0f));
+    }
+}
+
+TEST_F(ModuleTest, ChannelCombinationsAndClamping)
+{
+    const auto a = test_signals::sine(10000, 250.0, 48000.0, 1.0);
+    std::vector<float> full(10000, 1.0f);
+    const struct {
+        int in, out;
+    } layouts[] = {{1, 1}, {1, 2}, {2, 1}, {2, 2}};
+    for (const auto& l : layouts) {
+        auto instance = make(l.in, l.out, 48000.0);
+        ASSERT_TRUE(instance);
+        std::vector<std::vector<float>> out;
+        auto ins = l.in == 2 ? channels({full, a}) : channels({full});
+        instance->process_all(ins, out, 256);
+        ASSERT_EQ(out.size(), size_t(l.out));
+        // Full scale leaves at 0.9999, on every output channel fed by it.
+        EXPECT_FLOAT_EQ(out[0][9000], 0.9999f);
+        if (l.out == 2) {
+            const float expected = l.in == 2 ? std::clamp(a[9000 - kEngineLatency], -0.9999f, 0.9999f) : 0.9999f;
+            EXPECT_NEAR(out[1][9000], expected, 1e-6) << l.in << " in";
+        }
+    }
+}
+
+TEST_F(ModuleTest, LifecycleCallsInAnyLegalOrderRepeated)
+{
+    std::string error;
+    auto instance = hostlib::Instance::create(*module, "", error);
+    ASSERT_TRUE(instance) << error;
+    IAudioProcessor* p = instance->processor();
+    IComponent* c = instance->component();
+    ProcessSetup setup{kRealtime, kSample32, 256, 44100.0};
+    for (int round = 0; round < 3; ++round) {
+        EXPECT_EQ(p->setupProcessing(setup), kResultOk);
+        EXPECT_EQ(p->setupProcessing(setup), kResultOk);
+        EXPECT_EQ(c->setActive(true), kResultOk);
+        EXPECT_EQ(p->setProcessing(true), kResultOk);
+        EXPECT_EQ(p->setProcessing(true), kResultOk);
+        EXPECT_EQ(p->setProcessing(false), kResultOk);
+        EXPECT_EQ(c->setActive(false), kResultOk);
+        EXPECT_EQ(c->setActive(false), kResultOk);
+        setup.sampleRate = round == 0 ? 96000.0 : 48000.0;
+    }
+    EXPECT_EQ(p->getLatencySamples(), 2660u);
+    // Processing works after all of that.
+    ASSERT_TRUE(instance->setup(48000.0, 256));
+    ASSERT_TRUE(instance->activate(true));
+    const auto x = test_signals::impulse(4000, 1, 0.5f);
+    std::vector<std::vector<float>> out;
+    instance->set_channels(2, 2);
+    instance->process_all(channels({x, x}), out, 256);
+    EXPECT_NEAR(out[0][1 + kEngineLatency], 0.5, 1e-6);
+}
+
+TEST_F(ModuleTest, InstancesAreIndependent)
+{
+    auto first = make(1, 1, 48000.0);
+    auto second = make(1, 1, 96000.0);
+    ASSERT_TRUE(first && second);
+    EXPECT_EQ(first->latency(), 2660u);
+    EXPECT_EQ(second->latency(), 5320u);
+    const auto x = test_signals::impulse(6000, 0, 0.5f);
+    std::vector<std::vector<float>> out;
+    first->process_all(channels({x}), out, 100);
+    EXPECT_NEAR(out[0][kEngineLatency], 0.5, 1e-6);
+}
