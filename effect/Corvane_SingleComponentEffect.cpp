@@ -1,5 +1,7 @@
 #include "effect/Corvane_SingleComponentEffect.h"
 
+#include <algorithm>
+#include <cstdint>
 #include <map>
 #include <mutex>
 #include <new>
@@ -10,6 +12,10 @@ using namespace Steinberg;
 using namespace Steinberg::Vst;
 
 namespace {
+
+// Host samples the rate filters keep ringing after the delay path has run
+// dry; generous, since the filters' tails die out within a few hundred.
+constexpr int64_t silenceTail = 2048;
 
 // Effect to engine, for every live effect of the process. Touched only on
 // the interface thread, when effects are made and destroyed and when views
@@ -165,7 +171,17 @@ void Corvane_SingleComponentEffect::processAudio(ProcessData& data)
         if (stereoOut) out[1] += n;
         remaining -= n;
     }
-    output.silenceFlags = 0;
+
+    // The output is silent once the input has been flagged silent for longer
+    // than the delay path and the rate filters hold sound.
+    const uint64 inputMask = (uint64(1) << (stereoIn ? 2 : 1)) - 1;
+    if ((input.silenceFlags & inputMask) == inputMask) {
+        silentInputSamples = std::min<int64_t>(silentInputSamples + data.numSamples, INT64_MAX / 2);
+    } else {
+        silentInputSamples = 0;
+    }
+    const bool silent = silentInputSamples > int64_t(latencySamples) + silenceTail;
+    output.silenceFlags = silent ? (uint64(1) << (stereoOut ? 2 : 1)) - 1 : 0;
 }
 
 void Corvane_SingleComponentEffect::applyParameter(Parameter* /*parameter*/, ParamID /*id*/,

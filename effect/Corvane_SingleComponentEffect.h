@@ -65,4 +65,6 @@ protected:
     bool hostClock = true;
     Steinberg::int32 transportState = -1;
     bool processCalled = false;
+    // Host samples since the input was last flagged as sounding.
+    int64_t silentInputSamples = 0;
 };

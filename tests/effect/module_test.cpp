@@ -345,3 +345,34 @@ TEST_F(ModuleTest, InstancesAreIndependent)
     first->process_all(channels({x}), out, 100);
     EXPECT_NEAR(out[0][kEngineLatency], 0.5, 1e-6);
 }
+
+TEST_F(ModuleTest, OutputIsFlaggedSilentOnlyWhenTheDelayedAudioHasPassed)
+{
+    auto instance = make(2, 2, 48000.0);
+    ASSERT_TRUE(instance);
+    std::vector<float> sound = test_signals::noise(512, 0.5, 2), quiet(512, 0.0f);
+    std::vector<float> l(512), r(512);
+    float* out[2] = {l.data(), r.data()};
+    const float* loud[2] = {sound.data(), sound.data()};
+    const float* none[2] = {quiet.data(), quiet.data()};
+    instance->process(loud, out, 512);
+    EXPECT_EQ(instance->output_silence_flags(), 0u);
+
+    // The sound is still in the delay path for 2660 samples and then in the
+    // filters' tails: no silence is claimed before that.
+    instance->set_input_silent(true);
+    int blocks = 0;
+    while (instance->output_silence_flags() == 0 && blocks < 100) {
+        instance->process(none, out, 512);
+        ++blocks;
+    }
+    EXPECT_GT(blocks * 512, 2660);
+    EXPECT_LE(blocks * 512, 2660 + 2048 + 512);
+    EXPECT_EQ(instance->output_silence_flags(), 3u);
+    for (float v : l) EXPECT_LT(std::fabs(v), 1e-15f);
+
+    // Sound again clears the flags at once.
+    instance->set_input_silent(false);
+    instance->process(loud, out, 512);
+    EXPECT_EQ(instance->output_silence_flags(), 0u);
+}

@@ -265,6 +265,7 @@ tresult Instance::process(const float* const* in, float* const* out, int32 n, bo
     AudioBusBuffers inputBus{};
     inputBus.numChannels = inChannels;
     inputBus.channelBuffers32 = const_cast<float**>(in);
+    inputBus.silenceFlags = inputSilent ? (uint64(1) << inChannels) - 1 : 0;
     AudioBusBuffers outputBus{};
     outputBus.numChannels = outChannels;
     outputBus.channelBuffers32 = const_cast<float**>(out);
@@ -284,6 +285,7 @@ tresult Instance::process(const float* const* in, float* const* out, int32 n, bo
 
     outputChanges.clear();
     const tresult result = processorPtr->process(data);
+    outputSilence = outputBus.silenceFlags;
     inputChanges.clear();
     events.clear();
     if (with_context) {

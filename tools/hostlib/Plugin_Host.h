@@ -96,6 +96,11 @@ public:
     void process_all(const std::vector<std::vector<float>>& in,
                      std::vector<std::vector<float>>& out, Steinberg::int32 block);
 
+    // Input silence flags of the next blocks: set, every input channel is
+    // flagged silent. The output flags of the last block.
+    void set_input_silent(bool silent) { inputSilent = silent; }
+    Steinberg::uint64 output_silence_flags() const { return outputSilence; }
+
     // Queued for the next block.
     void queue_change(Steinberg::Vst::ParamID id, double normalized, Steinberg::int32 offset = 0);
     void queue_note(bool on, Steinberg::int16 pitch, float velocity, Steinberg::int32 offset = 0);
@@ -138,6 +143,8 @@ private:
     Steinberg::int32 maxBlock = 512;
     Steinberg::int32 processMode = Steinberg::Vst::kRealtime;
     Steinberg::Vst::ProcessContext processContext{};
+    bool inputSilent = false;
+    Steinberg::uint64 outputSilence = 0;
     Parameter_Changes inputChanges;
     Parameter_Changes outputChanges;
     Event_List events;
