@@ -75,6 +75,22 @@ Complex response(const Downsample_DSP::Section* sections, int count, double gain
     return h;
 }
 
+// One section over a buffer, from and to may be the same: y = x + b1 x1 + x2
+// - a1 y1 - a2 y2 in doubles, each output rounded to a float.
+void run_section(const Downsample_DSP::Section& k, const float* from, float* to, int64_t frames,
+                 double& x1, double& x2, double& y1, double& y2)
+{
+    for (int64_t i = 0; i < frames; ++i) {
+        const double x = from[i];
+        const float y = float(x + k.b1 * x1 + x2 - k.a1 * y1 - k.a2 * y2);
+        x2 = x1;
+        x1 = x;
+        y2 = y1;
+        y1 = y;
+        to[i] = y;
+    }
+}
+
 } // namespace
 
 Downsample_DSP::Downsample_DSP(int64_t block_limit) : max_block(block_limit < 1 ? 1 : block_limit)
@@ -187,22 +203,8 @@ void Downsample_DSP::process(const float* const* in, float* const* out, int64_t 
         float* from = a;
         float* to = work_b[c];
         for (int s = 0; s < section_count; ++s) {
-            const Section& k = section_coef[s];
-            double x1 = down_x1[c][s], x2 = down_x2[c][s];
-            double y1 = down_y1[c][s], y2 = down_y2[c][s];
-            for (int64_t i = 0; i < frames; ++i) {
-                const double x = from[i];
-                const float y = float(x + k.b1 * x1 + x2 - k.a1 * y1 - k.a2 * y2);
-                x2 = x1;
-                x1 = x;
-                y2 = y1;
-                y1 = y;
-                to[i] = y;
-            }
-            down_x1[c][s] = x1;
-            down_x2[c][s] = x2;
-            down_y1[c][s] = y1;
-            down_y2[c][s] = y2;
+            run_section(section_coef[s], from, to, frames, down_x1[c][s], down_x2[c][s],
+                        down_y1[c][s], down_y2[c][s]);
             std::swap(from, to);
         }
         // Keep the samples on phase 0, packed at the head of work_a.
@@ -231,22 +233,8 @@ void Downsample_DSP::process(const float* const* in, float* const* out, int64_t 
             if (++p == decimationFactor) p = 0;
         }
         for (int s = 0; s < section_count; ++s) {
-            const Section& k = section_coef[s];
-            double x1 = up_x1[c][s], x2 = up_x2[c][s];
-            double y1 = up_y1[c][s], y2 = up_y2[c][s];
-            for (int64_t i = 0; i < frames; ++i) {
-                const double x = stuffed[i];
-                const float y = float(x + k.b1 * x1 + x2 - k.a1 * y1 - k.a2 * y2);
-                x2 = x1;
-                x1 = x;
-                y2 = y1;
-                y1 = y;
-                stuffed[i] = y;
-            }
-            up_x1[c][s] = x1;
-            up_x2[c][s] = x2;
-            up_y1[c][s] = y1;
-            up_y2[c][s] = y2;
+            run_section(section_coef[s], stuffed, stuffed, frames, up_x1[c][s], up_x2[c][s],
+                        up_y1[c][s], up_y2[c][s]);
         }
         float* target = out[c];
         for (int64_t i = 0; i < frames; ++i) target[i] = float(stuffed[i] * section_gain);
