@@ -1,0 +1,37 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "Common_VST3/VST3_StringListParameter.h"
+
+// A list parameter with several lists of texts, one in force at a time: the
+// key of a scale, named in the spelling that the scale uses. stepCount
+// follows the list in force.
+class VST3_MultiStringArrayParameter : public VST3_BaseParameter {
+public:
+    using String = VST3_StringListParameter::String;
+
+    VST3_MultiStringArrayParameter(ParamID id, const TChar* title, const TChar* shortTitle,
+                                   Steinberg::int32 flags,
+                                   Steinberg::Vst::UnitID unitId = Steinberg::Vst::kRootUnitId);
+
+    // Adds a list of UTF-8 texts; returns its index. The first list added
+    // comes into force.
+    Steinberg::int32 addStringArray(const std::vector<std::string>& texts);
+    // Interface thread. Puts a list in force; false for an unknown index.
+    bool setCurrentArray(Steinberg::int32 index);
+    Steinberg::int32 getCurrentArray() const { return currentArray; }
+    Steinberg::int32 arrayCount() const { return Steinberg::int32(stringArrays.size()); }
+
+    void toString(ParamValue valueNormalized, Steinberg::Vst::String128 string) const override;
+    bool fromString(const TChar* string, ParamValue& valueNormalized) const override;
+    ParamValue toPlain(ParamValue valueNormalized) const override;
+    ParamValue toNormalized(ParamValue plainValue) const override;
+
+    OBJ_METHODS(VST3_MultiStringArrayParameter, VST3_BaseParameter)
+
+protected:
+    std::vector<std::vector<String>> stringArrays;
+    Steinberg::int32 currentArray = 0;
+};
