@@ -32,6 +32,15 @@ bool VST3_BaseParameter::fromString(const TChar* string, ParamValue& valueNormal
     return true;
 }
 
+bool VST3_BaseParameter::fromPlainString(const TChar* string, double end1, double end2,
+                                         ParamValue& valueNormalized) const
+{
+    double value = 0.0;
+    if (!readNumber(string, value)) return false;
+    valueNormalized = toNormalized(std::clamp(value, std::min(end1, end2), std::max(end1, end2)));
+    return true;
+}
+
 void VST3_BaseParameter::setDefaultPlain(ParamValue plain)
 {
     info.defaultNormalizedValue = toNormalized(plain);

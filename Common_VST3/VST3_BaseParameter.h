@@ -27,6 +27,14 @@ public:
 
     OBJ_METHODS(VST3_BaseParameter, Parameter)
 
+protected:
+    // fromString of the kinds with plain ends: reads a plain value, holds it
+    // within the ends (in either order) and converts it with toNormalized.
+    bool fromPlainString(const TChar* string, double end1, double end2,
+                         ParamValue& valueNormalized) const;
+
+public:
+
     // Helpers for the kinds: the leading number of a text, in any locale;
     // UTF-16 to and from plain ASCII-or-UTF-8 text.
     static bool readNumber(const TChar* string, double& value);

@@ -66,9 +66,5 @@ void VST3_ExponentialParameter::toString(ParamValue valueNormalized, String128 s
 
 bool VST3_ExponentialParameter::fromString(const TChar* string, ParamValue& valueNormalized) const
 {
-    double value = 0.0;
-    if (!readNumber(string, value)) return false;
-    value = std::clamp(value, std::min(minPlain, maxPlain), std::max(minPlain, maxPlain));
-    valueNormalized = toNormalized(value);
-    return true;
+    return fromPlainString(string, minPlain, maxPlain, valueNormalized);
 }

@@ -49,9 +49,5 @@ void VST3_ScaledParameter::toString(ParamValue valueNormalized, String128 string
 
 bool VST3_ScaledParameter::fromString(const TChar* string, ParamValue& valueNormalized) const
 {
-    double value = 0.0;
-    if (!readNumber(string, value)) return false;
-    value = std::clamp(value, std::min(minPlain, maxPlain), std::max(minPlain, maxPlain));
-    valueNormalized = toNormalized(value);
-    return true;
+    return fromPlainString(string, minPlain, maxPlain, valueNormalized);
 }

@@ -148,27 +148,33 @@ void Downsample_DSP::set_channels(bool stereo_input, bool stereo_output)
     stereo_out = stereo_output;
 }
 
-double Downsample_DSP::decimation_magnitude_db(double host_rate, double freq_hz)
+namespace {
+
+// The response of the filter designed for a host rate at an angular
+// frequency; 1 where the rate needs no decimation.
+Complex designed_response(double host_rate, double w)
 {
-    const int64_t factor = decimation_for_rate(host_rate);
-    if (factor == 1) return 0.0;
-    Section sections[max_sections];
+    const int64_t factor = Downsample_DSP::decimation_for_rate(host_rate);
+    if (factor == 1) return 1.0;
+    Downsample_DSP::Section sections[Downsample_DSP::max_sections];
     double gain = 1.0;
     const int count = design_sections(host_rate, factor, sections, &gain);
-    return 20.0 * std::log10(std::abs(response(sections, count, gain, 2.0 * M_PI * freq_hz / host_rate)));
+    return response(sections, count, gain, w);
+}
+
+} // namespace
+
+double Downsample_DSP::decimation_magnitude_db(double host_rate, double freq_hz)
+{
+    return 20.0 * std::log10(std::abs(designed_response(host_rate, 2.0 * M_PI * freq_hz / host_rate)));
 }
 
 double Downsample_DSP::decimation_group_delay(double host_rate, double freq_hz)
 {
-    const int64_t factor = decimation_for_rate(host_rate);
-    if (factor == 1) return 0.0;
-    Section sections[max_sections];
-    double gain = 1.0;
-    const int count = design_sections(host_rate, factor, sections, &gain);
     const double w = 2.0 * M_PI * freq_hz / host_rate;
     const double h = 1e-6;
-    const double before = std::arg(response(sections, count, gain, w - h));
-    const double after = std::arg(response(sections, count, gain, w + h));
+    const double before = std::arg(designed_response(host_rate, w - h));
+    const double after = std::arg(designed_response(host_rate, w + h));
     double step = after - before;
     if (step > M_PI) step -= 2.0 * M_PI;
     if (step < -M_PI) step += 2.0 * M_PI;
