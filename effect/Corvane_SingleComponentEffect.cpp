@@ -6,6 +6,7 @@
 #include <mutex>
 #include <new>
 
+#include "effect/Corvane_Parameters.h"
 #include "pluginterfaces/vst/ivstprocesscontext.h"
 
 using namespace Steinberg;
@@ -65,6 +66,7 @@ tresult PLUGIN_API Corvane_SingleComponentEffect::initialize(FUnknown* context)
 {
     const tresult result = VST3_SingleComponentEffect::initialize(context);
     if (result != kResultOk) return result;
+    corvane::addParameters(parameters, privateParameters);
     dspObject.set_sample_rate(processSetup.sampleRate);
     latencySamples = int32(engine::latency * dspObject.get_decimation_factor());
     return kResultOk;

@@ -376,3 +376,57 @@ TEST_F(ModuleTest, OutputIsFlaggedSilentOnlyWhenTheDelayedAudioHasPassed)
     instance->process(loud, out, 512);
     EXPECT_EQ(instance->output_silence_flags(), 0u);
 }
+
+TEST_F(ModuleTest, TheHostSeesTheWholeCatalogue)
+{
+    auto instance = make(2, 2, 48000.0);
+    ASSERT_TRUE(instance);
+    const auto list = instance->parameters();
+    ASSERT_EQ(list.size(), 90u);
+    const struct {
+        ParamID id;
+        const char* title;
+        const char* short_title;
+        const char* units;
+    } samples[] = {
+        {0, "Correction Mode", "ModR", ""}, {3, "Detune", "DetK", "cents"},
+        {4, "Retune Speed", "RetK", "msec"}, {7, "Vibrato Rate", "VRtK", "hz"},
+        {8, "(unused)", "un08", ""}, {47, "Vibrato Amplitude", "VAmK", "%"},
+        {51, "Object Adjust Vibrato", "OAVK", "ratio"}, {89, "Bypass", "Bypa", ""},
+    };
+    for (size_t i = 0; i < list.size(); ++i) EXPECT_EQ(list[i].id, ParamID(i));
+    for (const auto& s : samples) {
+        EXPECT_EQ(list[s.id].title, s.title);
+        EXPECT_EQ(list[s.id].short_title, s.short_title);
+        EXPECT_EQ(list[s.id].units, s.units);
+    }
+    for (ParamID unused : {8, 11, 27, 29, 30, 32, 33, 35, 42, 45, 59, 68}) {
+        EXPECT_EQ(list[unused].title, "(unused)");
+        EXPECT_EQ(list[unused].short_title, "un" + std::string(unused < 10 ? "0" : "") + std::to_string(unused));
+    }
+    EXPECT_TRUE(list[89].flags & ParameterInfo::kIsBypass);
+    EXPECT_FALSE(list[19].flags & ParameterInfo::kCanAutomate);
+    EXPECT_TRUE(list[1].flags & ParameterInfo::kIsList);
+
+    // Texts as a user reads them.
+    EXPECT_EQ(instance->text_of(4, instance->controller()->plainParamToNormalized(4, 20)), "20");
+    EXPECT_EQ(instance->text_of(7, instance->controller()->plainParamToNormalized(7, 5.5)), "5.5");
+    EXPECT_EQ(instance->text_of(1, instance->controller()->plainParamToNormalized(1, 2)), "Chromatic");
+    EXPECT_EQ(instance->text_of(70, 1.0), "On");
+    EXPECT_EQ(instance->text_of(70, 0.0), "Off");
+
+    // Every value's text reads back to the same plain value.
+    for (const auto& p : list) {
+        const int steps = p.step_count > 0 ? p.step_count : 20;
+        for (int k = 0; k <= steps; ++k) {
+            const double v = double(k) / steps;
+            const std::string text = instance->text_of(p.id, v);
+            Steinberg::Vst::String128 wide{};
+            hostlib::from_utf8(text, wide, 128);
+            ParamValue back = -1.0;
+            ASSERT_EQ(instance->controller()->getParamValueByString(p.id, wide, back), kResultOk)
+                << p.title << " \"" << text << "\"";
+            EXPECT_EQ(instance->text_of(p.id, back), text) << p.title;
+        }
+    }
+}

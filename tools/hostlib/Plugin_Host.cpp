@@ -410,9 +410,14 @@ double Instance::plain_of(ParamID id, double value)
 
 std::string Instance::text(ParamID id)
 {
+    return text_of(id, normalized(id));
+}
+
+std::string Instance::text_of(ParamID id, double value)
+{
     if (controllerPtr == nullptr) return {};
     String128 wide{};
-    if (controllerPtr->getParamStringByValue(id, normalized(id), wide) != kResultOk) return {};
+    if (controllerPtr->getParamStringByValue(id, value, wide) != kResultOk) return {};
     return to_utf8(wide);
 }
 

@@ -116,6 +116,7 @@ public:
     double normalized(Steinberg::Vst::ParamID id);
     double plain(Steinberg::Vst::ParamID id);
     std::string text(Steinberg::Vst::ParamID id);
+    std::string text_of(Steinberg::Vst::ParamID id, double normalized);
     double plain_of(Steinberg::Vst::ParamID id, double normalized);
 
     // The session state through a memory stream.

@@ -21,7 +21,8 @@ namespace {
 
 const char* const kUsage =
     "usage: corvane-render [--plugin BUNDLE] [--set \"Title=value\"]... [--rate HZ] [--block N]\n"
-    "                      [--write-input FILE.wav] [--list-classes] [IN.wav] OUT.wav\n"
+    "                      [--write-input FILE.wav] [--list-classes] [--list-params]\n"
+    "                      [IN.wav] OUT.wav\n"
     "\n"
     "Renders IN.wav (mono or stereo, any rate) through the plug-in into OUT.wav\n"
     "(32-bit float, same rate and channels, latency not compensated). Without\n"
@@ -34,6 +35,7 @@ const char* const kUsage =
     "  --block N              host block size, 1 to 65536 (default 512)\n"
     "  --write-input FILE     also write the demo phrase that was rendered\n"
     "  --list-classes         print the module's classes and exit\n"
+    "  --list-params          print the parameter table as a host sees it and exit\n"
     "  --help                 show this text\n";
 
 struct Options {
@@ -44,6 +46,7 @@ struct Options {
     long block = 512;
     std::string writeInput;
     bool listClasses = false;
+    bool listParams = false;
     std::string input;
     std::string output;
 };
@@ -95,13 +98,15 @@ Options parse(int argc, char** argv)
             o.writeInput = value("--write-input");
         } else if (arg == "--list-classes") {
             o.listClasses = true;
+        } else if (arg == "--list-params") {
+            o.listParams = true;
         } else if (arg.size() > 1 && arg[0] == '-') {
             fail("unknown option " + arg + " (see --help)");
         } else {
             positional.push_back(arg);
         }
     }
-    if (o.listClasses) return o;
+    if (o.listClasses || o.listParams) return o;
     if (positional.empty()) fail("no output file given (see --help)");
     if (positional.size() > 2) fail("too many files given (see --help)");
     o.output = positional.back();
@@ -206,6 +211,36 @@ void apply_setting(hostlib::Instance& instance, const std::string& setting)
     if (!instance.set_plain(info.id, plain)) fail("the plug-in refused \"" + setting + "\"");
 }
 
+// One line per parameter: id, title, short title, units, plain range,
+// default, steps and flags.
+void list_parameters(hostlib::Instance& instance)
+{
+    using Steinberg::Vst::ParameterInfo;
+    std::printf("%-4s %-24s %-6s %-10s %-22s %-14s %-5s %s\n", "id", "title", "short", "units",
+                "range", "default", "steps", "flags");
+    for (const auto& p : instance.parameters()) {
+        char range[64], fallback[64];
+        std::snprintf(range, sizeof range, "%g .. %g", instance.plain_of(p.id, 0.0),
+                      instance.plain_of(p.id, 1.0));
+        std::snprintf(fallback, sizeof fallback, "%g", instance.plain_of(p.id, p.default_normalized));
+        std::string text = instance.text_of(p.id, p.default_normalized);
+        if (text.empty()) text = fallback;
+        std::string flags;
+        const struct {
+            Steinberg::int32 bit;
+            const char* name;
+        } names[] = {{ParameterInfo::kCanAutomate, "automate"}, {ParameterInfo::kIsReadOnly, "read-only"},
+                     {ParameterInfo::kIsList, "list"}, {ParameterInfo::kIsHidden, "hidden"},
+                     {ParameterInfo::kIsBypass, "bypass"}};
+        for (const auto& n : names) {
+            if (p.flags & n.bit) flags += (flags.empty() ? "" : ",") + std::string(n.name);
+        }
+        std::printf("%-4u %-24s %-6s %-10s %-22s %-14s %-5d %s\n", p.id, p.title.c_str(),
+                    p.short_title.c_str(), p.units.c_str(), range, text.c_str(), p.step_count,
+                    flags.c_str());
+    }
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -224,6 +259,13 @@ int main(int argc, char** argv)
                         c.name.c_str(), c.category.c_str(), c.sub_categories.c_str(),
                         c.vendor.c_str(), c.version.c_str(), c.sdk_version.c_str());
         }
+        return 0;
+    }
+
+    if (options.listParams) {
+        auto instance = hostlib::Instance::create(*module, "", error);
+        if (!instance) fail(error);
+        list_parameters(*instance);
         return 0;
     }
 
