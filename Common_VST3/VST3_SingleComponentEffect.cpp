@@ -119,25 +119,37 @@ bool VST3_SingleComponentEffect::isPrivateParameter(ParamID id)
 void VST3_SingleComponentEffect::onTimer()
 {
     ++timerTick;
+    if (repeatingTag >= 0 && timerTick >= repeatNextTick) {
+        repeatNextTick = timerTick + repeatInterval;
+        autoRepeat(repeatingTag);
+    }
+}
+
+VST3_BaseParameter* VST3_SingleComponentEffect::baseParameter(ParamID id)
+{
+    return FCast<VST3_BaseParameter>(parameters.getParameter(id));
 }
 
 void VST3_SingleComponentEffect::processParameterChanges(IParameterChanges* changes)
 {
     if (changes == nullptr) return;
+    // A change smaller than this is taken for the stored value read back.
+    constexpr double threshold = 0.00001 - 1e-12;
     const int32 count = changes->getParameterCount();
     for (int32 q = 0; q < count; ++q) {
         IParamValueQueue* queue = changes->getParameterData(q);
         if (queue == nullptr) continue;
         const int32 points = queue->getPointCount();
         if (points < 1) continue;
+        // Only the last point counts, from the start of the block.
         int32 sampleOffset = 0;
         ParamValue value = 0.0;
         if (queue->getPoint(points - 1, sampleOffset, value) != kResultOk) continue;
         const ParamID id = queue->getParameterId();
-        Parameter* parameter = parameters.getParameter(id);
+        VST3_BaseParameter* parameter = baseParameter(id);
         if (parameter == nullptr) continue;
         const ParamValue stored = parameter->getNormalized();
-        if (value - stored >= 0.00001 || stored - value >= 0.00001) {
+        if (value - stored >= threshold || stored - value >= threshold) {
             applyParameter(parameter, id, sampleOffset, value);
         }
     }
@@ -149,11 +161,37 @@ void VST3_SingleComponentEffect::processOutputParameterChanges(IParameterChanges
 
 void VST3_SingleComponentEffect::setParameterPlain(ParamID id, ParamValue plain)
 {
-    Parameter* parameter = parameters.getParameter(id);
+    VST3_BaseParameter* parameter = baseParameter(id);
     if (parameter == nullptr) return;
     parameter->setNormalized(parameter->toNormalized(plain));
+    // With an editor open, the control's own change brings the value back.
     if (editorInstance == nullptr) applyParameter(parameter, id, 0, parameter->getNormalized());
 }
+
+tresult PLUGIN_API VST3_SingleComponentEffect::setParamNormalized(ParamID id, ParamValue value)
+{
+    auto* parameter = FCast<VST3_BaseParameter>(getParameterObject(id));
+    if (parameter == nullptr) return kResultFalse;
+    parameter->setNormalized(value);
+    applyParameter(parameter, id, 0, value);
+    return kResultOk;
+}
+
+void VST3_SingleComponentEffect::startAutoRepeat(int32 tag, int32 firstDelay, int32 interval)
+{
+    repeatingTag = tag;
+    repeatFirstDelay = firstDelay;
+    repeatInterval = interval < 1 ? 1 : interval;
+    repeatNextTick = timerTick + firstDelay;
+}
+
+void VST3_SingleComponentEffect::stopAutoRepeat()
+{
+    repeatingTag = -1;
+    repeatNextTick = -1;
+}
+
+void VST3_SingleComponentEffect::autoRepeat(int32 /*tag*/) {}
 
 void VST3_SingleComponentEffect::parameterChanged(Parameter* /*parameter*/) {}
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Common_VST3/VST3_BaseParameter.h"
 #include "Common_VST3/VST3_TimerReceiver.h"
 #include "pluginterfaces/vst/ivstaudioprocessor.h"
 #include "pluginterfaces/vst/ivstevents.h"
@@ -40,6 +41,10 @@ public:
     tresult PLUGIN_API process(Steinberg::Vst::ProcessData& data) SMTG_OVERRIDE;
     tresult PLUGIN_API setProcessing(Steinberg::TBool state) SMTG_OVERRIDE;
 
+    // Interface thread: a value from the host's controller side or a control.
+    // Stores it and hands it to applyParameter; kResultFalse for an unknown id.
+    tresult PLUGIN_API setParamNormalized(ParamID id, ParamValue value) SMTG_OVERRIDE;
+
     // Looks in the host's parameters, then in the private ones.
     Steinberg::Vst::Parameter* getParameterObject(ParamID id) SMTG_OVERRIDE;
     // Reach the host only for ids of the host's parameters.
@@ -69,10 +74,18 @@ public:
     // Interface thread: a plain value from the program itself.
     virtual void setParameterPlain(ParamID id, ParamValue plain);
     // Audio or interface thread: a normalized value reaches the engine.
-    virtual void applyParameter(Steinberg::Vst::Parameter* parameter, ParamID id,
+    virtual void applyParameter(VST3_BaseParameter* parameter, ParamID id,
                                 Steinberg::int32 sampleOffset, ParamValue value) = 0;
     // Interface thread: a value changed by a control reaches views and commands.
     virtual void parameterChanged(Steinberg::Vst::Parameter* parameter);
+
+    // Interface thread. Held buttons: the action of `tag` repeats from the
+    // timer, first after firstDelay ticks, then every interval ticks.
+    void startAutoRepeat(Steinberg::int32 tag, Steinberg::int32 firstDelay, Steinberg::int32 interval);
+    void stopAutoRepeat();
+    Steinberg::int32 getRepeatingTag() const { return repeatingTag; }
+    // Interface thread: one repeat of a held button's action.
+    virtual void autoRepeat(Steinberg::int32 tag);
 
     bool isStereoInput() const { return stereoInput; }
     bool isStereoOutput() const { return stereoOutput; }
@@ -82,6 +95,9 @@ public:
     REFCOUNT_METHODS(SingleComponentEffect)
 
 protected:
+    // The host's parameter of an id as one of the effect's kinds, or null.
+    VST3_BaseParameter* baseParameter(ParamID id);
+
     // Names the buses after their channel counts.
     void nameBuses();
 

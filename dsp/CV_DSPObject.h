@@ -57,6 +57,8 @@ public:
 
     // Read-only views for the effect, the displays and tests.
     bool is_idle() const { return idle; }
+    bool is_bypassed() const { return bypass; }
+    uint16_t get_reference_channel() const { return reference_channel; }
     bool is_started() const { return started; }
     bool is_searching() const { return searching; }
     int64_t get_input_pos() const { return input_pos; }

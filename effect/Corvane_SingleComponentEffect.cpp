@@ -186,7 +186,13 @@ void Corvane_SingleComponentEffect::processAudio(ProcessData& data)
     output.silenceFlags = silent ? (uint64(1) << (stereoOut ? 2 : 1)) - 1 : 0;
 }
 
-void Corvane_SingleComponentEffect::applyParameter(Parameter* /*parameter*/, ParamID /*id*/,
-                                                   int32 /*sampleOffset*/, ParamValue /*value*/)
+void Corvane_SingleComponentEffect::applyParameter(VST3_BaseParameter* parameter, ParamID id,
+                                                   int32 /*sampleOffset*/, ParamValue value)
 {
+    const double plain = parameter->toPlain(value);
+    switch (id) {
+    case corvane::kLRRef: dspObject.set_reference_channel(uint16_t(plain)); break;
+    case corvane::kBypass: dspObject.set_bypass(plain != 0.0); break;
+    default: break;
+    }
 }

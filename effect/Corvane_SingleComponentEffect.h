@@ -31,7 +31,7 @@ public:
 
     //--- Steps of a block.
     void processAudio(Steinberg::Vst::ProcessData& data) override;
-    void applyParameter(Steinberg::Vst::Parameter* parameter, ParamID id,
+    void applyParameter(VST3_BaseParameter* parameter, ParamID id,
                         Steinberg::int32 sampleOffset, ParamValue value) override;
 
     //--- The graph clock.

@@ -1,5 +1,11 @@
 #include "effect/Corvane_SingleComponentEffect.h"
 
+#include <utility>
+#include <vector>
+
+#include "effect/Corvane_Parameters.h"
+#include "hostlib/Host_Interfaces.h"
+
 #include <gtest/gtest.h>
 
 using namespace Steinberg;
@@ -37,5 +43,112 @@ TEST(CorvaneEffect, EditsReachTheHostOnlyForItsParameters)
     EXPECT_FALSE(effect->isPrivateParameter(12345));
     EXPECT_EQ(effect->getSamplesPerFrame(), 200);
     effect->terminate();
+    effect->release();
+}
+
+namespace {
+
+// An effect made and initialized as a host does, released at the end.
+struct Effect {
+    Corvane_SingleComponentEffect* effect = new Corvane_SingleComponentEffect();
+    DT_DSPObject* engine = nullptr;
+    Effect()
+    {
+        effect->initialize(nullptr);
+        engine = Corvane_SingleComponentEffect::engineOf(effect);
+    }
+    ~Effect()
+    {
+        effect->terminate();
+        effect->release();
+    }
+    // One block of 64 silent samples carrying a queue of points for an id.
+    void block(Vst::ParamID id, std::vector<std::pair<int32, double>> points, int32 inputs = 1)
+    {
+        hostlib::Parameter_Changes changes;
+        for (const auto& p : points) changes.add(id, p.first, p.second);
+        std::vector<float> in(64, 0.0f), out(64, 7.0f), out2(64, 7.0f);
+        float* ins[2] = {in.data(), in.data()};
+        float* outs[2] = {out.data(), out2.data()};
+        Vst::AudioBusBuffers inBus{}, outBus{};
+        inBus.numChannels = 2;
+        inBus.channelBuffers32 = ins;
+        outBus.numChannels = 2;
+        outBus.channelBuffers32 = outs;
+        Vst::ProcessData data{};
+        data.numSamples = 64;
+        data.numInputs = inputs;
+        data.numOutputs = 1;
+        data.inputs = &inBus;
+        data.outputs = &outBus;
+        data.inputParameterChanges = &changes;
+        effect->process(data);
+        lastOutput = out;
+    }
+    std::vector<float> lastOutput;
+};
+
+} // namespace
+
+TEST(CorvaneEffect, AutomationActsByTheLastPointAndAThreshold)
+{
+    Effect e;
+    ASSERT_NE(e.engine, nullptr);
+    // L/R Ref stored at 0.999995 (Right) while the engine still has Left: a
+    // value 0.000009 away is not applied, one 0.00001 away is.
+    auto* lr = e.effect->getParameterObject(corvane::kLRRef);
+    lr->setNormalized(0.999995);
+    e.block(corvane::kLRRef, {{0, 0.999995 - 0.000009}});
+    EXPECT_EQ(e.engine->get_reference_channel(), 0);
+    e.block(corvane::kLRRef, {{0, 0.999995 - 0.00001}});
+    EXPECT_EQ(e.engine->get_reference_channel(), 1);
+    // Five points act once, with the last value.
+    e.block(corvane::kBypass, {{0, 1.0}, {10, 0.0}, {20, 1.0}, {30, 1.0}, {40, 1.0}});
+    EXPECT_TRUE(e.engine->is_bypassed());
+    e.block(corvane::kBypass, {{0, 1.0}, {10, 1.0}, {20, 1.0}, {30, 1.0}, {63, 0.4}});
+    // 0.4 differs from the stored 0.0 by more than the threshold and reads off.
+    EXPECT_FALSE(e.engine->is_bypassed());
+    // The parameter object keeps what the controller side left.
+    EXPECT_EQ(e.effect->getParameterObject(corvane::kBypass)->getNormalized(), 0.0);
+}
+
+TEST(CorvaneEffect, ChangesArriveEvenWithoutAudio)
+{
+    Effect e;
+    e.block(corvane::kBypass, {{0, 1.0}}, 0);
+    EXPECT_TRUE(e.engine->is_bypassed());
+    EXPECT_EQ(e.lastOutput, std::vector<float>(64, 7.0f));
+}
+
+TEST(CorvaneEffect, ControllerSideAndProgramRoads)
+{
+    Effect e;
+    EXPECT_EQ(e.effect->setParamNormalized(12345, 0.5), kResultFalse);
+    EXPECT_EQ(e.effect->setParamNormalized(corvane::kBypass, 1.0), kResultOk);
+    EXPECT_TRUE(e.engine->is_bypassed());
+    EXPECT_EQ(e.effect->getParamNormalized(corvane::kBypass), 1.0);
+    // With the editor closed, a plain value from the program reaches the engine.
+    e.effect->setParameterPlain(corvane::kLRRef, 1.0);
+    EXPECT_EQ(e.engine->get_reference_channel(), 1);
+    EXPECT_EQ(e.effect->getParamNormalized(corvane::kLRRef), 1.0);
+    e.effect->setParameterPlain(99999, 1.0);
+}
+
+TEST(CorvaneEffect, HeldButtonsRepeatFromTheTimer)
+{
+    struct Counting : Corvane_SingleComponentEffect {
+        std::vector<int> ticks;
+        void autoRepeat(int32 tag) override { ticks.push_back(timerTick + 1000 * tag); }
+        using Corvane_SingleComponentEffect::timerTick;
+    };
+    auto* effect = new Counting();
+    effect->startAutoRepeat(25, 10, 2);
+    for (int i = 0; i < 15; ++i) effect->onTimer();
+    // First after 10 ticks, then every 2.
+    EXPECT_EQ(effect->ticks, (std::vector<int>{25010, 25012, 25014}));
+    effect->stopAutoRepeat();
+    for (int i = 0; i < 5; ++i) effect->onTimer();
+    EXPECT_EQ(effect->ticks.size(), 3u);
+    EXPECT_EQ(effect->getRepeatingTag(), -1);
     effect->release();
 }
