@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
+#include <string>
 
 #include "Common_VST3/utilities.h"
 
@@ -24,8 +24,9 @@ VST3_ExponentialParameter::VST3_ExponentialParameter(ParamID id, const TChar* ti
     valueNormalized = info.defaultNormalizedValue;
 }
 
-ParamValue VST3_ExponentialParameter::toPlain(ParamValue v) const
+ParamValue VST3_ExponentialParameter::toPlain(ParamValue valueNormalized) const
 {
+    const double v = heldNormalized(valueNormalized);
     float y = maxPlain > minPlain
                   ? Exponential_Map(float(minPlain), float(midPlain), float(maxPlain), float(v))
                   : Exponential_Map(float(maxPlain), float(midPlain), float(minPlain), float(1.0 - v));
@@ -53,13 +54,13 @@ ParamValue VST3_ExponentialParameter::toNormalized(ParamValue y) const
 void VST3_ExponentialParameter::toString(ParamValue valueNormalized, String128 string) const
 {
     double y = toPlain(valueNormalized);
-    char text[64];
+    std::string text;
     if (precision <= 0) {
-        std::snprintf(text, sizeof text, "%lld", static_cast<long long>(y));
+        text = std::to_string(static_cast<long long>(y));
     } else {
         const double m = std::pow(10.0, precision);
         y = VST3_roundPlain(y * m) / m;
-        std::snprintf(text, sizeof text, "%.*f", int(precision), y);
+        text = fixedText(y, int(precision));
     }
     copyText(text, string);
 }

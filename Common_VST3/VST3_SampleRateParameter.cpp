@@ -1,18 +1,15 @@
 #include "Common_VST3/VST3_SampleRateParameter.h"
 
-#include <cmath>
-#include <cstdio>
+#include <string>
 
 void VST3_SampleRateParameter::toString(ParamValue valueNormalized,
                                         Steinberg::Vst::String128 string) const
 {
-    const double kilohertz = toPlain(valueNormalized) / 1000.0;
-    char text[64];
-    const double tenths = std::round(kilohertz * 10.0);
-    if (std::fmod(tenths, 10.0) == 0.0) {
-        std::snprintf(text, sizeof text, "%.0f kHz", tenths / 10.0);
-    } else {
-        std::snprintf(text, sizeof text, "%.1f kHz", tenths / 10.0);
+    std::string text = fixedText(toPlain(valueNormalized) / 1000.0, 3);
+    const size_t point = text.find('.');
+    if (point != std::string::npos) {
+        text.erase(text.find_last_not_of('0') + 1);
+        if (text.back() == '.') text.pop_back();
     }
-    copyText(text, string);
+    copyText(text + " kHz", string);
 }

@@ -1,7 +1,7 @@
 #include "Common_VST3/VST3_ScaledParameter.h"
 
 #include <algorithm>
-#include <cstdio>
+#include <string>
 
 using namespace Steinberg;
 using namespace Steinberg::Vst;
@@ -19,8 +19,9 @@ VST3_ScaledParameter::VST3_ScaledParameter(ParamID id, const TChar* title, const
     valueNormalized = info.defaultNormalizedValue;
 }
 
-ParamValue VST3_ScaledParameter::toPlain(ParamValue v) const
+ParamValue VST3_ScaledParameter::toPlain(ParamValue valueNormalized) const
 {
+    const double v = heldNormalized(valueNormalized);
     double y = maxPlain > minPlain ? (maxPlain - minPlain) * v + minPlain
                                    : (minPlain - maxPlain) * (1.0 - v) + maxPlain;
     if (precision == 0) y = VST3_roundPlain(y);
@@ -38,12 +39,8 @@ ParamValue VST3_ScaledParameter::toNormalized(ParamValue y) const
 void VST3_ScaledParameter::toString(ParamValue valueNormalized, String128 string) const
 {
     const double y = toPlain(valueNormalized);
-    char text[64];
-    if (precision != 0) {
-        std::snprintf(text, sizeof text, "%.*f", int(precision), y);
-    } else {
-        std::snprintf(text, sizeof text, "%lld", static_cast<long long>(y));
-    }
+    const std::string text = precision != 0 ? fixedText(y, int(precision))
+                                            : std::to_string(static_cast<long long>(y));
     copyText(text, string);
 }
 

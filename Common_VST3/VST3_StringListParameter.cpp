@@ -39,7 +39,8 @@ const TChar* VST3_StringListParameter::stringAt(int32 index) const
 ParamValue VST3_StringListParameter::listPlain(int32 stepCount, ParamValue v)
 {
     if (stepCount < 0) return 0.0;
-    const int64 i = int64(double(stepCount + 1) * v);
+    // stepCount + 1 equal bins; 1.0 falls in the last one by the clamp.
+    const int64 i = int64(double(stepCount + 1) * heldNormalized(v));
     return double(std::clamp<int64>(i, 0, stepCount));
 }
 

@@ -5,8 +5,10 @@
 
 #include "Common_VST3/VST3_BaseParameter.h"
 
-// A parameter whose values are the entries of a list of texts. The
-// normalized range is cut into stepCount + 1 equal bins.
+// A parameter whose values are the entries of a list of texts, which it
+// owns. The plain value is the index of an entry. The normalized range is cut
+// into stepCount + 1 equal bins; toNormalized(i) is i / stepCount, which lies
+// inside bin i. Texts are compared whole and case-sensitively.
 class VST3_StringListParameter : public VST3_BaseParameter {
 public:
     using String = std::basic_string<TChar>;
@@ -17,9 +19,12 @@ public:
                              Steinberg::int32 flags,
                              Steinberg::Vst::UnitID unitId = Steinberg::Vst::kRootUnitId);
 
+    // Interface thread, while the parameter is built. The list grows ten
+    // entries at a time; a null string is taken as empty.
     void appendString(const TChar* string);
     void appendString(const std::string& utf8);
     Steinberg::int32 stringCount() const { return Steinberg::int32(strings.size()); }
+    // The entry at index, or null outside the list.
     const TChar* stringAt(Steinberg::int32 index) const;
 
     void toString(ParamValue valueNormalized, Steinberg::Vst::String128 string) const override;

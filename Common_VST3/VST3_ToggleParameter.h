@@ -11,9 +11,11 @@ public:
                          Steinberg::int32 flags,
                          Steinberg::Vst::UnitID unitId = Steinberg::Vst::kRootUnitId);
 
+    // Interface thread: stores 0.0 below 0.5 and 1.0 from 0.5 up.
     bool setNormalized(ParamValue v) override;
     void toString(ParamValue valueNormalized, Steinberg::Vst::String128 string) const override;
-    // Takes the parameter's own two texts as well as a number.
+    // The parameter's own two texts, exactly, and otherwise a number as the
+    // base reads it; so every text this parameter shows reads back.
     bool fromString(const TChar* string, ParamValue& valueNormalized) const override;
     ParamValue toPlain(ParamValue valueNormalized) const override;
     ParamValue toNormalized(ParamValue plainValue) const override;

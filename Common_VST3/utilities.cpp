@@ -8,7 +8,13 @@
 
 namespace {
 constexpr const char* kPath = "Common_VST3/utilities";
-}
+constexpr double kLn2 = 0.69314718055994530942;
+constexpr double kA4_Hz = 440.0;
+constexpr double kA4_cents = 900.0;
+constexpr double kA4_note = 69.0;
+// The search for the first non-blank of a time text gives up after this many.
+constexpr int kMaxLeadingBlanks = 15;
+} // namespace
 
 float exponential_map_range = 0.0f;
 float exponential_map_curve = 0.0f;
@@ -16,21 +22,20 @@ float exponential_map_curve = 0.0f;
 float Period_ToCents(float period, float sampleRate)
 {
     CORVANE_ASSERT(sampleRate != 0.0f, "Period_ToCents", kPath, "sampleRate != 0.0");
-    return float(1200.0 / std::log(2.0) * std::log(double(sampleRate) / (double(period) * 440.0)) +
-                 900.0);
+    return float(1200.0 / kLn2 * std::log(double(sampleRate) / (double(period) * kA4_Hz)) +
+                 kA4_cents);
 }
 
 float Cents_ToPeriod(float cents, float sampleRate)
 {
     CORVANE_ASSERT(sampleRate != 0.0f, "Cents_ToPeriod", kPath, "sampleRate != 0.0");
-    return float((double(sampleRate) / 440.0) *
-                 std::exp(std::log(2.0) * (900.0 - double(cents)) / 1200.0));
+    return float((double(sampleRate) / kA4_Hz) *
+                 std::exp(kLn2 * (kA4_cents - double(cents)) / 1200.0));
 }
 
 float Period_ToNote(float period, float sampleRate)
 {
-    return float(12.0 / std::log(2.0) * std::log(double(sampleRate) / (double(period) * 440.0)) +
-                 69.0);
+    return float(12.0 / kLn2 * std::log(double(sampleRate) / (double(period) * kA4_Hz)) + kA4_note);
 }
 
 double Amp_ToDB(double amp)
@@ -45,9 +50,11 @@ double DB_ToAmp(double dB)
 
 int64_t Round_ToInt(float x)
 {
+    // In double, x + 0.5 is exact for every float x, so the largest float below
+    // one half still rounds to 0; the result goes back through a float.
     const double v = x;
-    const float rounded = v > 0.0 ? float(std::floor(v + 0.5)) : float(-std::floor(0.5 - v));
-    return int64_t(rounded);
+    const double rounded = v > 0.0 ? std::floor(v + 0.5) : -std::floor(0.5 - v);
+    return int64_t(float(rounded));
 }
 
 float Exponential_Map(float low, float mid, float high, float position)
@@ -57,13 +64,15 @@ float Exponential_Map(float low, float mid, float high, float position)
     exponential_map_range = float(r);
     exponential_map_curve = k;
     return float(double(low) +
-                 (r / (std::exp(double(k)) - 1.0)) * (std::exp(double(position) * k) - 1.0));
+                 (r / (std::exp(double(k)) - 1.0)) * (std::exp(double(position) * double(k)) - 1.0));
 }
 
-char* Samples_ToTimeString(int64_t samples, char* text, int64_t* milliseconds, float sampleRate)
+char* Samples_ToTimeString(int64_t samples, char* text, int64_t* milliseconds, double sampleRate)
 {
-    const float t = float(float(double(samples) + 0.99) / (double(sampleRate) * 3600.0));
-    double rest = t;
+    // Hours as a float; the parts below are taken from it in double.
+    const float count = float(double(samples) + 0.99);
+    const float hours_f = float(double(count) / (sampleRate * 3600.0));
+    double rest = hours_f;
     const int16_t hours = int16_t(rest);
     rest = (rest - hours) * 60.0;
     const int16_t minutes = int16_t(rest);
@@ -76,19 +85,22 @@ char* Samples_ToTimeString(int64_t samples, char* text, int64_t* milliseconds, f
     }
     const int16_t tenths = int16_t(millis / 100);
 
-    char buffer[64];
-    if (hours) {
-        std::snprintf(buffer, sizeof buffer, "%2hd:%02hd:%02hd.%01hd", hours, minutes, seconds,
-                      tenths);
-    } else if (minutes) {
-        std::snprintf(buffer, sizeof buffer, "%2hd:%02hd.%01hd", minutes, seconds, tenths);
+    // Every part but the hours is below 60 in magnitude, so the longest text,
+    // "-32768:-59:-59.-9", fits time_string_capacity with its terminator.
+    char formatted[32];
+    if (hours != 0) {
+        std::snprintf(formatted, sizeof formatted, "%2hd:%02hd:%02hd.%01hd", hours, minutes,
+                      seconds, tenths);
+    } else if (minutes != 0) {
+        std::snprintf(formatted, sizeof formatted, "%2hd:%02hd.%01hd", minutes, seconds, tenths);
     } else {
-        std::snprintf(buffer, sizeof buffer, "%2hd.%01hd", seconds, tenths);
+        std::snprintf(formatted, sizeof formatted, "%2hd.%01hd", seconds, tenths);
     }
-    // Strip leading blanks; the search gives up after 15 characters.
     int first = 0;
-    while (first < 15 && buffer[first] == ' ') ++first;
-    std::strncpy(text, buffer + first, 15);
-    text[15] = '\0';
+    while (first < kMaxLeadingBlanks && formatted[first] == ' ') ++first;
+    size_t length = std::strlen(formatted + first);
+    if (length > size_t(time_string_capacity) - 1) length = size_t(time_string_capacity) - 1;
+    std::memcpy(text, formatted + first, length);
+    text[length] = '\0';
     return text;
 }

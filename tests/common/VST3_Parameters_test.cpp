@@ -1,7 +1,11 @@
 #include <gtest/gtest.h>
 
+#include <clocale>
 #include <cmath>
+#include <cstdio>
+#include <limits>
 #include <string>
+#include <vector>
 
 #include "Common_VST3/VST3_ExponentialParameter.h"
 #include "Common_VST3/VST3_MultiStringArrayParameter.h"
@@ -35,176 +39,511 @@ template <class P>
 struct Owned {
     P* p;
     explicit Owned(P* made) : p(made) {}
+    Owned(const Owned&) = delete;
+    Owned& operator=(const Owned&) = delete;
     ~Owned() { p->release(); }
     P* operator->() const { return p; }
     P& operator*() const { return *p; }
 };
 
-} // namespace
+constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
 
-TEST(ParameterKinds, StringListBinsAndTexts)
+// The voice types of the input, five entries.
+VST3_StringListParameter* fiveStrings()
 {
-    Owned<VST3_StringListParameter> list(new VST3_StringListParameter(10, u"Input type", u"InTP", 0));
-    EXPECT_EQ(list->getInfo().stepCount, -1);
-    EXPECT_EQ(list->toPlain(0.7), 0.0);
-    EXPECT_TRUE(list->getInfo().flags & ParameterInfo::kIsList);
+    auto* list = new VST3_StringListParameter(10, u"Input type", u"InTP", 0);
     for (const char* s : {"Soprano", "Alto/Tenor", "Low Male", "Instrument", "Bass Inst"})
         list->appendString(std::string(s));
-    EXPECT_EQ(list->getInfo().stepCount, 4);
+    return list;
+}
 
+const std::vector<std::string> sharpKeys = {"C", "C#", "D", "D#", "E", "F",
+                                            "F#", "G", "G#", "A", "A#", "B"};
+const std::vector<std::string> flatKeys = {"C", "Db", "D", "Eb", "E", "F",
+                                           "Gb", "G", "Ab", "A", "Bb", "B"};
+
+} // namespace
+
+TEST(ParameterKinds, BaseCopiesItsInfoAndReadsANormalizedNumber)
+{
+    const std::u16string longTitle(200, u'x');
+    Owned<VST3_BaseParameter> base(new VST3_BaseParameter(
+        5, longTitle.c_str(), nullptr, u"dB", 3, ParameterInfo::kCanAutomate, 7));
+    const ParameterInfo& info = base->getInfo();
+    EXPECT_EQ(info.id, 5u);
+    EXPECT_EQ(std::u16string(info.title), std::u16string(127, u'x')); // 128 units with the end
+    EXPECT_EQ(info.shortTitle[0], 0);
+    EXPECT_EQ(std::u16string(info.units), u"dB");
+    EXPECT_EQ(info.stepCount, 3);
+    EXPECT_EQ(info.flags, ParameterInfo::kCanAutomate);
+    EXPECT_EQ(info.unitId, 7);
+    EXPECT_EQ(info.defaultNormalizedValue, 0.0);
+
+    // A leading number, held within 0..1; later text ignored.
+    const struct {
+        const char* text;
+        bool ok;
+        double v;
+    } cases[] = {
+        {"0.25", true, 0.25}, {"7", true, 1.0},      {"-3", true, 0.0},  {" +0.5", true, 0.5},
+        {"0.75 of it", true, 0.75}, {".5", true, 0.5}, {"", false, 0},   {"abc", false, 0},
+        {"nan", false, 0},    {"inf", false, 0},     {"+-1", false, 0},  {"- 1", false, 0},
+    };
+    for (const auto& c : cases) {
+        ParamValue v = 0.125;
+        EXPECT_EQ(parse(*base, c.text, v), c.ok) << c.text;
+        EXPECT_EQ(v, c.ok ? c.v : 0.125) << c.text;
+    }
+}
+
+TEST(ParameterKinds, StringListCutsTheRangeIntoEqualBins)
+{
+    Owned<VST3_StringListParameter> empty(new VST3_StringListParameter(10, u"Input type", u"InTP", 0));
+    EXPECT_EQ(empty->getInfo().stepCount, -1);
+    EXPECT_TRUE(empty->getInfo().flags & ParameterInfo::kIsList);
+    EXPECT_EQ(empty->getInfo().units[0], 0);
+    for (double v : {0.0, 0.7, 1.0}) EXPECT_EQ(empty->toPlain(v), 0.0) << v;
+    EXPECT_EQ(text_of(*empty, 0.5), "");
+    ParamValue untouched = 0.5;
+    EXPECT_FALSE(parse(*empty, "", untouched));
+    EXPECT_EQ(untouched, 0.5);
+
+    Owned<VST3_StringListParameter> list(fiveStrings());
+    EXPECT_EQ(list->getInfo().stepCount, 4);
+    // Five bins of width 0.2: [0, 0.2) is 0, [0.2, 0.4) is 1, ... 1.0 falls
+    // in the last bin. Values outside 0..1 land on the ends.
     const struct {
         double v;
         double plain;
         const char* text;
-    } cases[] = {{0.0, 0, "Soprano"}, {0.2, 1, "Alto/Tenor"}, {0.5, 2, "Low Male"},
-                 {0.99, 4, "Bass Inst"}, {1.0, 4, "Bass Inst"}, {0.7999, 3, "Instrument"}};
+    } cases[] = {
+        {0.0, 0, "Soprano"},     {0.1999, 0, "Soprano"},  {0.2, 1, "Alto/Tenor"},
+        {0.5, 2, "Low Male"},    {0.7999, 3, "Instrument"}, {0.8, 4, "Bass Inst"},
+        {0.99, 4, "Bass Inst"},  {1.0, 4, "Bass Inst"},   {-0.5, 0, "Soprano"},
+        {1.5, 4, "Bass Inst"},   {1e30, 4, "Bass Inst"},  {notANumber, 0, "Soprano"},
+    };
     for (const auto& c : cases) {
         EXPECT_EQ(list->toPlain(c.v), c.plain) << c.v;
         EXPECT_EQ(text_of(*list, c.v), c.text) << c.v;
     }
+    // Every index: its normalized value maps back to it, and its text reads
+    // back to it.
     for (int i = 0; i < 5; ++i) {
         EXPECT_EQ(list->toPlain(list->toNormalized(i)), i);
         ParamValue v = -1;
-        ASSERT_TRUE(parse(*list, text_of(*list, list->toNormalized(i)), v));
+        ASSERT_TRUE(parse(*list, text_of(*list, list->toNormalized(i)), v)) << i;
         EXPECT_EQ(list->toPlain(v), i);
     }
-    // Whole strings, case-sensitive; a miss keeps the value.
-    ParamValue v = 0.123;
-    EXPECT_FALSE(parse(*list, "soprano", v));
-    EXPECT_FALSE(parse(*list, "Sopran", v));
-    EXPECT_FALSE(parse(*list, "2", v));
-    EXPECT_EQ(v, 0.123);
 }
 
-TEST(ParameterKinds, MultiStringArrayFollowsTheListInForce)
+TEST(ParameterKinds, StringListReadsOnlyWholeCaseSensitiveEntries)
+{
+    Owned<VST3_StringListParameter> list(fiveStrings());
+    const struct {
+        const char* text;
+        int index; // -1: no match
+    } cases[] = {
+        {"Soprano", 0}, {"Low Male", 2}, {"Bass Inst", 4}, {"soprano", -1}, {"Sopran", -1},
+        {"Soprano ", -1}, {"Low male", -1}, {"2", -1}, {"", -1},
+    };
+    for (const auto& c : cases) {
+        ParamValue v = 0.123;
+        EXPECT_EQ(parse(*list, c.text, v), c.index >= 0) << c.text;
+        if (c.index >= 0) {
+            EXPECT_EQ(list->toPlain(v), c.index) << c.text;
+        } else {
+            EXPECT_EQ(v, 0.123) << c.text;
+        }
+    }
+}
+
+TEST(ParameterKinds, MultiStringArrayUsesOnlyTheArrayInForce)
 {
     Owned<VST3_MultiStringArrayParameter> key(new VST3_MultiStringArrayParameter(2, u"Key", u"KeyP", 0));
-    key->addStringArray({"C", "C#", "D"});
-    key->addStringArray({"C", "Db", "D", "Eb"});
-    EXPECT_EQ(key->getCurrentArray(), 0);
-    EXPECT_EQ(key->getInfo().stepCount, 2);
-    ParamValue v = 0;
-    EXPECT_TRUE(parse(*key, "C#", v));
-    EXPECT_EQ(key->toPlain(v), 1.0);
-    EXPECT_FALSE(parse(*key, "Db", v));
+    EXPECT_EQ(key->getInfo().stepCount, -1);
+    EXPECT_TRUE(key->getInfo().flags & ParameterInfo::kIsList);
+    EXPECT_EQ(key->toPlain(0.6), 0.0);
+    EXPECT_EQ(text_of(*key, 0.6), "");
+    ParamValue v = 0.25;
+    EXPECT_FALSE(parse(*key, "C", v));
+    EXPECT_FALSE(key->setCurrentArray(0));
 
-    ASSERT_TRUE(key->setCurrentArray(1));
-    EXPECT_EQ(key->getInfo().stepCount, 3);
-    EXPECT_FALSE(parse(*key, "C#", v));
-    EXPECT_TRUE(parse(*key, "Eb", v));
-    EXPECT_EQ(key->toPlain(v), 3.0);
-    EXPECT_EQ(text_of(*key, key->toNormalized(1)), "Db");
-    EXPECT_FALSE(key->setCurrentArray(2));
-    EXPECT_EQ(key->getCurrentArray(), 1);
+    EXPECT_EQ(key->addStringArray(sharpKeys), 0);
+    EXPECT_EQ(key->addStringArray(flatKeys), 1);
+    EXPECT_EQ(key->addStringArray({"C", "D", "E"}), 2);
+    EXPECT_EQ(key->getCurrentArray(), 0);
+    EXPECT_EQ(key->getInfo().stepCount, 11);
+
+    // The same normalized value of index 1 names it in each spelling; a name
+    // only in another array does not read.
+    const struct {
+        int array;
+        int stepCount;
+        const char* nameOf1;
+        const char* readable;
+        int readIndex;
+        const char* foreign;
+    } cases[] = {
+        {0, 11, "C#", "A#", 10, "Bb"},
+        {1, 11, "Db", "Bb", 10, "A#"},
+        {2, 2, "D", "E", 2, "C#"},
+        {0, 11, "C#", "G", 7, "Gb"},
+    };
+    for (const auto& c : cases) {
+        ASSERT_TRUE(key->setCurrentArray(c.array));
+        EXPECT_EQ(key->getCurrentArray(), c.array);
+        EXPECT_EQ(key->getInfo().stepCount, c.stepCount) << c.array;
+        EXPECT_EQ(text_of(*key, key->toNormalized(1)), c.nameOf1) << c.array;
+        EXPECT_EQ(key->toPlain(1.0), c.stepCount) << c.array;
+        ParamValue read = -1;
+        ASSERT_TRUE(parse(*key, c.readable, read)) << c.array;
+        EXPECT_EQ(key->toPlain(read), c.readIndex) << c.array;
+        ParamValue kept = 0.375;
+        EXPECT_FALSE(parse(*key, c.foreign, kept)) << c.array;
+        EXPECT_EQ(kept, 0.375);
+        for (int i = 0; i <= c.stepCount; ++i) EXPECT_EQ(key->toPlain(key->toNormalized(i)), i);
+    }
+    EXPECT_FALSE(key->setCurrentArray(3));
+    EXPECT_FALSE(key->setCurrentArray(-1));
+    EXPECT_EQ(key->getCurrentArray(), 0);
+    EXPECT_EQ(key->getInfo().stepCount, 11);
 }
 
-TEST(ParameterKinds, ScaledStraightLines)
+TEST(ParameterKinds, ScaledWholeNumbersRoundHalfAwayFromZero)
 {
     Owned<VST3_ScaledParameter> detune(
         new VST3_ScaledParameter(3, u"Detune", u"DetK", u"cents", -100, 100, 0, 0));
-    EXPECT_EQ(detune->toPlain(0.5), 0.0);
-    EXPECT_EQ(detune->toPlain(0.0), -100.0);
-    EXPECT_EQ(detune->toPlain(1.0), 100.0);
-    // -0.5 and 0.5 round away from zero; plain values stay within the ends.
-    EXPECT_EQ(detune->toPlain(0.4975), -1.0);
-    EXPECT_EQ(detune->toPlain(0.5025), 1.0);
-    EXPECT_EQ(detune->toPlain(1.5), 100.0);
-    EXPECT_EQ(detune->toPlain(-0.5), -100.0);
-    EXPECT_EQ(text_of(*detune, 0.75), "50");
     EXPECT_EQ(detune->getInfo().defaultNormalizedValue, 0.5);
-
-    ParamValue v = 0;
-    EXPECT_TRUE(parse(*detune, "-25", v));
-    EXPECT_DOUBLE_EQ(v, 0.375);
-    EXPECT_TRUE(parse(*detune, "250 cents", v));
-    EXPECT_DOUBLE_EQ(v, 1.0);
-    EXPECT_FALSE(parse(*detune, "sharp", v));
-
-    // Ends given high first: minPlain at 0 and maxPlain at 1 all the same.
-    Owned<VST3_ScaledParameter> reversed(new VST3_ScaledParameter(99, u"R", u"R", nullptr, 10, -10, 0, 1));
-    EXPECT_EQ(reversed->toPlain(0.0), 10.0);
-    EXPECT_EQ(reversed->toPlain(1.0), -10.0);
-    EXPECT_DOUBLE_EQ(reversed->toPlain(0.25), 5.0);
-    EXPECT_DOUBLE_EQ(reversed->toNormalized(5.0), 0.25);
-    EXPECT_EQ(text_of(*reversed, 0.25), "5.0");
-    EXPECT_TRUE(parse(*reversed, "20", v));
-    EXPECT_DOUBLE_EQ(v, 0.0);
-
-    Owned<VST3_ScaledParameter> rate(new VST3_ScaledParameter(7, u"Vibrato Rate", u"VRtK", u"hz", 0.1, 10, 5.5, 1));
-    EXPECT_EQ(text_of(*rate, rate->toNormalized(5.5)), "5.5");
-
-    Owned<VST3_SampleRateParameter> sr(new VST3_SampleRateParameter(90, u"Sample Rate", u"SRtX", u"Hz", 8000, 384000, 44100, 0));
-    EXPECT_EQ(text_of(*sr, sr->toNormalized(44100)), "44.1 kHz");
-    EXPECT_EQ(text_of(*sr, sr->toNormalized(48000)), "48 kHz");
+    EXPECT_EQ(detune->getNormalized(), 0.5);
+    // y = 200 v - 100, rounded in single precision, halves away from zero,
+    // then held within -100..100.
+    const struct {
+        double v;
+        double plain;
+    } cases[] = {
+        {0.5, 0},       {0.0, -100},   {1.0, 100},     {0.5025, 1},  {0.4975, -1},
+        {0.5075, 2},    {0.4925, -2},  {0.5125, 3},    {0.4875, -3}, {0.50245, 0},
+        {0.49755, 0},   {0.75, 50},    {1.5, 100},     {-0.5, -100}, {1e30, 100},
+        {-1e30, -100},  {notANumber, -100},
+        // y = 0.5 - 1e-10 is 0.5 in single precision, so it rounds up.
+        {0.5025 - 5e-13, 1},
+    };
+    for (const auto& c : cases) EXPECT_EQ(detune->toPlain(c.v), c.plain) << c.v;
 }
 
-TEST(ParameterKinds, ExponentialCurve)
+TEST(ParameterKinds, ScaledEndsInEitherOrder)
+{
+    // Ends given high first: minPlain at 0 and maxPlain at 1 all the same.
+    Owned<VST3_ScaledParameter> rising(new VST3_ScaledParameter(98, u"R", u"R", nullptr, -10, 10, 0, 1));
+    Owned<VST3_ScaledParameter> falling(new VST3_ScaledParameter(99, u"F", u"F", nullptr, 10, -10, 0, 1));
+    const struct {
+        double v;
+        double risingPlain;
+        double fallingPlain;
+    } cases[] = {
+        {0.0, -10, 10}, {0.25, -5, 5}, {0.5, 0, 0}, {0.75, 5, -5}, {1.0, 10, -10},
+    };
+    for (const auto& c : cases) {
+        EXPECT_DOUBLE_EQ(rising->toPlain(c.v), c.risingPlain) << c.v;
+        EXPECT_DOUBLE_EQ(falling->toPlain(c.v), c.fallingPlain) << c.v;
+        EXPECT_DOUBLE_EQ(rising->toNormalized(c.risingPlain), c.v) << c.v;
+        EXPECT_DOUBLE_EQ(falling->toNormalized(c.fallingPlain), c.v) << c.v;
+    }
+    // Beyond the ends toNormalized stays within 0..1.
+    EXPECT_EQ(falling->toNormalized(20), 0.0);
+    EXPECT_EQ(falling->toNormalized(-20), 1.0);
+}
+
+TEST(ParameterKinds, ScaledTextsAndReading)
+{
+    Owned<VST3_ScaledParameter> whole(new VST3_ScaledParameter(3, u"Detune", u"DetK", u"cents", -100, 100, 0, 0));
+    Owned<VST3_ScaledParameter> tenths(new VST3_ScaledParameter(99, u"F", u"F", nullptr, 10, -10, 0, 1));
+    Owned<VST3_ScaledParameter> hundredths(new VST3_ScaledParameter(98, u"H", u"H", nullptr, 0, 10, 0, 2));
+    const struct {
+        const VST3_ScaledParameter* p;
+        double v;
+        const char* text;
+    } texts[] = {
+        {whole.p, 0.75, "50"},       {whole.p, 0.25, "-50"},      {whole.p, 0.5, "0"},
+        {whole.p, 0.4875, "-3"},     {tenths.p, 0.25, "5.0"},     {tenths.p, 0.75, "-5.0"},
+        {tenths.p, 0.0, "10.0"},     {hundredths.p, 0.123, "1.23"}, {hundredths.p, 1.0, "10.00"},
+        // A value a hair below zero reads as zero, without a sign.
+        {tenths.p, 0.5 + 1e-12, "0.0"},
+    };
+    for (const auto& t : texts) EXPECT_EQ(text_of(*t.p, t.v), t.text) << t.v;
+
+    // A plain number, held within the ends; failure keeps the value.
+    const struct {
+        const VST3_ScaledParameter* p;
+        const char* text;
+        bool ok;
+        double v;
+    } reads[] = {
+        {whole.p, "-25", true, 0.375},     {whole.p, "250 cents", true, 1.0},
+        {whole.p, "-1000", true, 0.0},     {whole.p, "sharp", false, 0},
+        {tenths.p, "20", true, 0.0},       {tenths.p, "-20", true, 1.0},
+        {tenths.p, "2.5", true, 0.375},    {hundredths.p, "  +7.5", true, 0.75},
+    };
+    for (const auto& r : reads) {
+        ParamValue v = 0.625;
+        EXPECT_EQ(parse(*r.p, r.text, v), r.ok) << r.text;
+        EXPECT_DOUBLE_EQ(v, r.ok ? r.v : 0.625) << r.text;
+    }
+}
+
+TEST(ParameterKinds, NumbersIgnoreTheProcessLocale)
+{
+    // A host may switch to a locale with a decimal comma; the texts and their
+    // reading stay in the "C" form.
+    const char* chosen = nullptr;
+    for (const char* name : {"de_DE.UTF-8", "de_DE.utf8", "fr_FR.UTF-8", "fr_FR.utf8"}) {
+        if (std::setlocale(LC_ALL, name)) {
+            chosen = name;
+            break;
+        }
+    }
+    if (!chosen) GTEST_SKIP() << "no locale with a decimal comma is installed";
+    char probe[16];
+    std::snprintf(probe, sizeof probe, "%.1f", 5.5);
+    const bool commaLocale = std::string(probe) == "5,5";
+
+    Owned<VST3_ScaledParameter> rate(new VST3_ScaledParameter(7, u"Vibrato Rate", u"VRtK", u"hz", 0.1, 10, 5.5, 1));
+    Owned<VST3_ExponentialParameter> speed(
+        new VST3_ExponentialParameter(4, u"Speed", u"S", nullptr, 0, 50, 400, 20, 2));
+    Owned<VST3_SampleRateParameter> sr(
+        new VST3_SampleRateParameter(90, u"Sample Rate", u"SRtX", u"Hz", 8000, 384000, 44100, 0));
+    const std::string rateText = text_of(*rate, rate->toNormalized(5.5));
+    const std::string speedText = text_of(*speed, speed->toNormalized(50));
+    const std::string srText = text_of(*sr, sr->toNormalized(44100));
+    ParamValue v = 0;
+    const bool read = parse(*rate, "5.5", v);
+    std::setlocale(LC_ALL, "C");
+
+    EXPECT_TRUE(commaLocale) << chosen;
+    EXPECT_EQ(rateText, "5.5");
+    EXPECT_EQ(speedText, "50.00");
+    EXPECT_EQ(srText, "44.1 kHz");
+    EXPECT_TRUE(read);
+    EXPECT_DOUBLE_EQ(v, (5.5 - 0.1) / 9.9);
+}
+
+TEST(ParameterKinds, SampleRateReadsInKilohertz)
+{
+    Owned<VST3_SampleRateParameter> sr(
+        new VST3_SampleRateParameter(90, u"Sample Rate", u"SRtX", u"Hz", 8000, 384000, 44100, 0));
+    EXPECT_DOUBLE_EQ(sr->toPlain(sr->getNormalized()), 44100);
+    const struct {
+        double hertz;
+        const char* text;
+    } cases[] = {
+        {8000, "8 kHz"},        {11025, "11.025 kHz"}, {16000, "16 kHz"},   {22050, "22.05 kHz"},
+        {44100, "44.1 kHz"},    {48000, "48 kHz"},     {88200, "88.2 kHz"}, {96000, "96 kHz"},
+        {176400, "176.4 kHz"},  {192000, "192 kHz"},   {352800, "352.8 kHz"}, {384000, "384 kHz"},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(sr->toPlain(sr->toNormalized(c.hertz)), c.hertz) << c.hertz;
+        EXPECT_EQ(text_of(*sr, sr->toNormalized(c.hertz)), c.text) << c.hertz;
+    }
+    // Reading is that of the scaled kind: hertz, held within the ends.
+    ParamValue v = 0;
+    ASSERT_TRUE(parse(*sr, "48000", v));
+    EXPECT_EQ(sr->toPlain(v), 48000);
+    ASSERT_TRUE(parse(*sr, "1000000", v));
+    EXPECT_EQ(sr->toPlain(v), 384000);
+}
+
+TEST(ParameterKinds, ExponentialCurveThroughTheMid)
+{
+    // 0..400 with mid 50: r = 400, k = 2 ln(400 / 50 - 1) = ln 49, so
+    // y = 400 / 48 * (49^v - 1).
+    Owned<VST3_ExponentialParameter> speed(
+        new VST3_ExponentialParameter(4, u"Retune Speed", u"RetK", u"msec", 0, 50, 400, 20, 0));
+    Owned<VST3_ExponentialParameter> fine(
+        new VST3_ExponentialParameter(5, u"Fine", u"Fin", nullptr, 0, 50, 400, 20, 2));
+    Owned<VST3_ExponentialParameter> down(
+        new VST3_ExponentialParameter(6, u"Down", u"Dwn", nullptr, 400, 50, 0, 20, 0));
+    const struct {
+        double v;
+        double exact; // 400 / 48 * (49^v - 1)
+        double whole; // rounded
+        const char* fineText;
+    } cases[] = {
+        {0.0, 0.0, 0, "0.00"},
+        {0.1, 3.964776, 4, "3.96"},
+        {0.25, 13.714594, 14, "13.71"},
+        {0.5, 50.0, 50, "50.00"},
+        {0.75, 146.002160, 146, "146.00"},
+        {0.9, 268.357790, 268, "268.36"},
+        {1.0, 400.0, 400, "400.00"},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(speed->toPlain(c.v), c.whole) << c.v;
+        EXPECT_NEAR(fine->toPlain(c.v), c.exact, 2e-4) << c.v;
+        EXPECT_EQ(text_of(*fine, c.v), c.fineText) << c.v;
+        EXPECT_EQ(text_of(*speed, c.v), std::to_string(int(c.whole))) << c.v;
+        // Ends given high first: the same curve run backwards.
+        EXPECT_EQ(down->toPlain(1.0 - c.v), c.whole) << c.v;
+    }
+    // Steep at the top: the slope ratio of the two ends is e^(0.99 k) = 49^0.99.
+    const double top = fine->toPlain(1.0) - fine->toPlain(0.99);
+    const double bottom = fine->toPlain(0.01) - fine->toPlain(0.0);
+    EXPECT_NEAR(top / bottom, std::pow(49.0, 0.99), 0.005 * std::pow(49.0, 0.99));
+    // Out of range normalized values land on the ends.
+    for (double v : {-1.0, 2.0, 1e30, -1e30, notANumber}) {
+        const double y = speed->toPlain(v);
+        EXPECT_TRUE(y >= 0.0 && y <= 400.0) << v;
+    }
+    EXPECT_EQ(speed->toPlain(1e30), 400.0);
+}
+
+TEST(ParameterKinds, ExponentialInverseAndReading)
 {
     Owned<VST3_ExponentialParameter> speed(
         new VST3_ExponentialParameter(4, u"Retune Speed", u"RetK", u"msec", 0, 50, 400, 20, 0));
-    EXPECT_EQ(speed->toPlain(0.0), 0.0);
-    EXPECT_EQ(speed->toPlain(0.5), 50.0);
-    EXPECT_EQ(speed->toPlain(1.0), 400.0);
-    // Steep at the top: the last tenth covers more than the first five.
-    const double top = speed->toPlain(1.0) - speed->toPlain(0.9);
-    const double bottom = speed->toPlain(0.5) - speed->toPlain(0.0);
-    EXPECT_GT(top, bottom);
-    for (double plain : {0.0, 1.0, 7.0, 20.0, 50.0, 123.0, 399.0, 400.0})
-        EXPECT_EQ(speed->toPlain(speed->toNormalized(plain)), plain) << plain;
-    EXPECT_EQ(text_of(*speed, speed->toNormalized(20)), "20");
-    EXPECT_NEAR(speed->getInfo().defaultNormalizedValue, speed->toNormalized(20), 1e-12);
-
-    // Reversed ends and decimals.
     Owned<VST3_ExponentialParameter> down(
-        new VST3_ExponentialParameter(98, u"D", u"D", nullptr, 10, 2, 0, 5, 2));
-    EXPECT_NEAR(down->toPlain(0.0), 10.0, 1e-5);
-    EXPECT_NEAR(down->toPlain(1.0), 0.0, 1e-5);
-    EXPECT_NEAR(down->toPlain(0.5), 2.0, 1e-5);
-    EXPECT_NEAR(down->toNormalized(down->toPlain(0.3)), 0.3, 1e-5);
-    EXPECT_EQ(text_of(*down, down->toNormalized(2.0)), "2.00");
-    ParamValue v = 0;
-    EXPECT_TRUE(parse(*down, "50", v));
-    EXPECT_NEAR(v, 0.0, 1e-9);
+        new VST3_ExponentialParameter(6, u"Down", u"Dwn", nullptr, 400, 50, 0, 20, 0));
+    // toNormalized(y) = ln(y * 48 / 400 + 1) / ln 49, and 1 minus that when
+    // the ends are reversed.
+    const struct {
+        double plain;
+        double v;
+    } cases[] = {
+        {0, 0.0}, {1, 0.0291197}, {14, 0.2533048}, {50, 0.5}, {100, 0.6590616},
+        {146, 0.7499964}, {399, 0.9993700}, {400, 1.0}, {-10, 0.0}, {1000, 1.0},
+    };
+    for (const auto& c : cases) {
+        EXPECT_NEAR(speed->toNormalized(c.plain), c.v, 1e-6) << c.plain;
+        EXPECT_NEAR(down->toNormalized(c.plain), 1.0 - c.v, 1e-6) << c.plain;
+    }
+    // Every whole value of the range survives the way there and back.
+    for (int plain = 0; plain <= 400; ++plain) {
+        ASSERT_EQ(speed->toPlain(speed->toNormalized(plain)), plain);
+        ASSERT_EQ(down->toPlain(down->toNormalized(plain)), plain);
+    }
+    EXPECT_NEAR(speed->getInfo().defaultNormalizedValue, std::log(20 * 0.12 + 1) / std::log(49.0), 1e-6);
+
+    const struct {
+        const char* text;
+        bool ok;
+        double plain;
+    } reads[] = {
+        {"50", true, 50}, {"146 msec", true, 146}, {"1000", true, 400}, {"-5", true, 0},
+        {"fast", false, 0},
+    };
+    for (const auto& r : reads) {
+        ParamValue v = 0.625;
+        EXPECT_EQ(parse(*speed, r.text, v), r.ok) << r.text;
+        if (r.ok) {
+            EXPECT_EQ(speed->toPlain(v), r.plain) << r.text;
+        } else {
+            EXPECT_EQ(v, 0.625) << r.text;
+        }
+    }
 }
 
-TEST(ParameterKinds, TogglesAndTheirEdge)
+TEST(ParameterKinds, TogglesStoreZeroOrOneAndReadOffAtTheMiddle)
 {
     Owned<VST3_ToggleParameter> toggle(new VST3_ToggleParameter(70, u"Use Formants", u"UsFB", 0));
+    Owned<Corvane_MIDIOctavesParameter> octaves(
+        new Corvane_MIDIOctavesParameter(58, u"MIDI Octaves", u"MiOR", 0));
     EXPECT_EQ(toggle->getInfo().stepCount, 1);
-    toggle->setNormalized(0.3);
-    EXPECT_EQ(toggle->getNormalized(), 0.0);
-    toggle->setNormalized(0.5);
-    EXPECT_EQ(toggle->getNormalized(), 1.0);
-    EXPECT_EQ(toggle->toPlain(0.5), 1.0);
-    EXPECT_EQ(text_of(*toggle, 0.5), "Off");
-    EXPECT_EQ(text_of(*toggle, 0.51), "On");
-    ParamValue v = 0.5;
-    EXPECT_TRUE(parse(*toggle, "On", v));
-    EXPECT_EQ(v, 1.0);
-    EXPECT_TRUE(parse(*toggle, "0", v));
-    EXPECT_EQ(v, 0.0);
-    EXPECT_FALSE(parse(*toggle, "on", v));
+    EXPECT_EQ(octaves->getInfo().stepCount, 1);
+    EXPECT_EQ(toggle->getInfo().units[0], 0);
 
-    Owned<Corvane_MIDIOctavesParameter> octaves(new Corvane_MIDIOctavesParameter(58, u"MIDI Octaves", u"MiOR", 0));
-    EXPECT_EQ(text_of(*octaves, 1.0), "All");
-    EXPECT_EQ(text_of(*octaves, 0.0), "AsPlayed");
-    EXPECT_TRUE(parse(*octaves, "All", v));
-    EXPECT_EQ(v, 1.0);
+    // At exactly 0.5 the stored and plain value is 1.0 but the text reads
+    // off: the two tests differ on purpose.
+    const struct {
+        double v;
+        double stored;
+        const char* text;
+        const char* octavesText;
+    } cases[] = {
+        {0.0, 0.0, "Off", "AsPlayed"},  {0.3, 0.0, "Off", "AsPlayed"},
+        {0.4999, 0.0, "Off", "AsPlayed"}, {0.5, 1.0, "Off", "AsPlayed"},
+        {0.5001, 1.0, "On", "All"},     {0.7, 1.0, "On", "All"},
+        {1.0, 1.0, "On", "All"},
+    };
+    for (const auto& c : cases) {
+        toggle->setNormalized(c.v);
+        octaves->setNormalized(c.v);
+        EXPECT_EQ(toggle->getNormalized(), c.stored) << c.v;
+        EXPECT_EQ(octaves->getNormalized(), c.stored) << c.v;
+        EXPECT_EQ(toggle->toPlain(c.v), c.stored) << c.v;
+        EXPECT_EQ(octaves->toPlain(c.v), c.stored) << c.v;
+        EXPECT_EQ(text_of(*toggle, c.v), c.text) << c.v;
+        EXPECT_EQ(text_of(*octaves, c.v), c.octavesText) << c.v;
+    }
+
+    // Each reads its own two texts, exactly, and numbers as the base does.
+    const struct {
+        const Parameter* p;
+        const char* text;
+        bool ok;
+        double v;
+    } reads[] = {
+        {toggle.p, "On", true, 1.0},      {toggle.p, "Off", true, 0.0},
+        {toggle.p, "0.7", true, 1.0},     {toggle.p, "0.2", true, 0.0},
+        {toggle.p, "on", false, 0},       {toggle.p, "All", false, 0},
+        {octaves.p, "All", true, 1.0},    {octaves.p, "AsPlayed", true, 0.0},
+        {octaves.p, "1", true, 1.0},      {octaves.p, "On", false, 0},
+        {octaves.p, "as played", false, 0},
+    };
+    for (const auto& r : reads) {
+        ParamValue v = 0.375;
+        EXPECT_EQ(parse(*r.p, r.text, v), r.ok) << r.text;
+        EXPECT_EQ(v, r.ok ? r.v : 0.375) << r.text;
+    }
 }
 
-TEST(ParameterKinds, DefaultPlainLeavesTheValue)
+TEST(ParameterKinds, DefaultPlainLeavesTheCurrentValue)
 {
-    Owned<VST3_ScaledParameter> p(new VST3_ScaledParameter(1, u"P", u"P", nullptr, 0, 100, 10, 0));
-    p->setNormalized(0.9);
-    p->setDefaultPlain(30);
-    EXPECT_DOUBLE_EQ(p->getInfo().defaultNormalizedValue, 0.3);
-    EXPECT_EQ(p->getNormalized(), 0.9);
-    // The base form reads a normalized number.
-    Owned<VST3_BaseParameter> base(new VST3_BaseParameter(5, u"B", nullptr, nullptr, 0, 0));
-    ParamValue v = 0;
-    EXPECT_TRUE(parse(*base, "0.25", v));
-    EXPECT_EQ(v, 0.25);
-    EXPECT_TRUE(parse(*base, "7", v));
-    EXPECT_EQ(v, 1.0);
-    EXPECT_FALSE(parse(*base, "", v));
+    Owned<VST3_ScaledParameter> scaled(new VST3_ScaledParameter(1, u"P", u"P", nullptr, 0, 100, 10, 0));
+    Owned<VST3_StringListParameter> list(fiveStrings());
+    Owned<VST3_ExponentialParameter> curve(
+        new VST3_ExponentialParameter(4, u"E", u"E", nullptr, 0, 50, 400, 20, 0));
+    Owned<VST3_ToggleParameter> toggle(new VST3_ToggleParameter(70, u"T", u"T", 0));
+    const struct {
+        VST3_BaseParameter* p;
+        double current;
+        double defaultPlain;
+        double defaultNormalized;
+    } cases[] = {
+        {scaled.p, 0.9, 30, 0.3},
+        {list.p, 0.1, 2, 0.5}, // index / stepCount, as hosts step lists
+        {curve.p, 0.2, 50, 0.5},
+        {toggle.p, 0.0, 1, 1.0},
+    };
+    for (const auto& c : cases) {
+        c.p->setNormalized(c.current);
+        c.p->setDefaultPlain(c.defaultPlain);
+        EXPECT_NEAR(c.p->getInfo().defaultNormalizedValue, c.defaultNormalized, 1e-6) << c.defaultPlain;
+        EXPECT_EQ(c.p->getNormalized(), c.current) << c.defaultPlain;
+    }
+}
+
+TEST(ParameterKinds, TextsConvertBetweenUtf8AndUtf16)
+{
+    const struct {
+        const char* utf8;
+        std::u16string utf16;
+    } cases[] = {
+        {"Db", u"Db"},
+        {"C\u266F", u"C\u266F"},           // three bytes, one unit
+        {"\u00B0", u"\u00B0"},             // two bytes
+        {"G\U0001D12A", u"G\U0001D12A"},   // four bytes, a surrogate pair
+    };
+    for (const auto& c : cases) {
+        String128 wide;
+        VST3_BaseParameter::copyText(c.utf8, wide);
+        EXPECT_EQ(std::u16string(wide), c.utf16) << c.utf8;
+        EXPECT_EQ(VST3_BaseParameter::toUtf8(wide), c.utf8) << c.utf8;
+    }
+    // Long texts are cut to 127 units, never inside a pair.
+    String128 wide;
+    VST3_BaseParameter::copyText(std::string(200, 'a'), wide);
+    EXPECT_EQ(std::u16string(wide).size(), 127u);
+    std::string pairs = std::string(126, 'a');
+    pairs += "\U0001D12A";
+    VST3_BaseParameter::copyText(pairs, wide);
+    EXPECT_EQ(std::u16string(wide), std::u16string(126, u'a'));
 }

@@ -2,26 +2,29 @@
 
 #include <gtest/gtest.h>
 
+#include <deque>
+#include <random>
 #include <vector>
 
 TEST(SmoothFunctions, RunningMeanOfTheLastVectors)
 {
     smooth_functions s(3, 4);
-    // Each row: the input and the mean expected of it and up to two before.
+    // Each step: the input and, worked by hand, the mean of it and up to two
+    // vectors before it.
     const struct {
         std::vector<double> in;
         std::vector<double> mean;
     } steps[] = {
-        {{3, 6, 9}, {3, 6, 9}},          // first call: the input itself
-        {{5, 0, 1}, {4, 3, 5}},          // mean of two
-        {{1, 3, 2}, {3, 3, 4}},          // mean of three
-        {{0, 0, 0}, {2, 1, 1}},          // the first one drops out
-        {{8, 8, 8}, {3, 11.0 / 3, 10.0 / 3}},
+        {{3, 6, 9}, {3, 6, 9}},               // the first call returns its input
+        {{5, 0, 1}, {4, 3, 5}},               // the mean of two
+        {{1, 3, 2}, {3, 3, 4}},               // of three
+        {{0, 0, 0}, {2, 1, 1}},               // {3, 6, 9} drops out
+        {{8, 8, 8}, {3, 11.0 / 3, 10.0 / 3}}, // {5, 0, 1} drops out
     };
     for (const auto& step : steps) {
         std::vector<double> v = step.in;
         s.do_smoothing(v.data(), int32_t(v.size()));
-        for (size_t i = 0; i < v.size(); ++i) EXPECT_NEAR(v[i], step.mean[i], 1e-12);
+        for (size_t i = 0; i < v.size(); ++i) EXPECT_NEAR(v[i], step.mean[i], 1e-12) << i;
     }
 }
 
@@ -30,24 +33,75 @@ TEST(SmoothFunctions, NewLengthOrResetStartsAfresh)
     smooth_functions s(4, 8);
     std::vector<double> a = {10, 10};
     s.do_smoothing(a.data(), 2);
+    s.do_smoothing(a.data(), 2);
+
+    // A new length: the two vectors before do not take part.
     std::vector<double> b = {2, 4, 6};
     s.do_smoothing(b.data(), 3);
     EXPECT_EQ(b, (std::vector<double>{2, 4, 6}));
-
     std::vector<double> c = {4, 4, 4};
     s.do_smoothing(c.data(), 3);
     EXPECT_EQ(c, (std::vector<double>{3, 4, 5}));
 
+    // A reset, same length.
     s.reset_smoothing();
     std::vector<double> d = {7, 7, 7};
     s.do_smoothing(d.data(), 3);
     EXPECT_EQ(d, (std::vector<double>{7, 7, 7}));
+    std::vector<double> e = {1, 3, 5};
+    s.do_smoothing(e.data(), 3);
+    EXPECT_EQ(e, (std::vector<double>{4, 5, 6}));
+
+    // The longest vector allowed.
+    std::vector<double> full(8, 2.0);
+    s.do_smoothing(full.data(), 8);
+    EXPECT_EQ(full, std::vector<double>(8, 2.0));
 }
 
-TEST(SmoothFunctionsDeathTest, TooLongAVectorIsAProgrammingError)
+TEST(SmoothFunctions, AgreesWithADirectMeanOverALongStream)
+{
+    // Independent estimate: keep the vectors since the last restart and average
+    // the last history_len of them directly.
+    for (int32_t history : {1, 2, 3, 5, 8}) {
+        const int32_t max_len = 6;
+        smooth_functions s(history, max_len);
+        std::mt19937 rng(uint32_t(1234 + history));
+        std::uniform_real_distribution<double> value(-10.0, 10.0);
+        std::deque<std::vector<double>> kept;
+        int32_t len = 4;
+        for (int step = 0; step < 300; ++step) {
+            bool restart = false;
+            if (step % 41 == 40) { // a new length
+                len = len == 4 ? 6 : (len == 6 ? 1 : 4);
+                restart = true;
+            }
+            if (step % 67 == 66) { // a reset
+                s.reset_smoothing();
+                restart = true;
+            }
+            if (restart) kept.clear();
+            std::vector<double> v(static_cast<size_t>(len));
+            for (double& x : v) x = value(rng);
+            kept.push_back(v);
+            if (int32_t(kept.size()) > history) kept.pop_front();
+            s.do_smoothing(v.data(), len);
+            for (int32_t i = 0; i < len; ++i) {
+                double sum = 0.0;
+                for (const auto& k : kept) sum += k[size_t(i)];
+                EXPECT_NEAR(v[size_t(i)], sum / double(kept.size()), 1e-11)
+                    << "history " << history << " step " << step << " entry " << i;
+            }
+        }
+    }
+}
+
+TEST(SmoothFunctionsDeathTest, BadSizesAreProgrammingErrors)
 {
     smooth_functions s(2, 4);
     std::vector<double> v(5, 1.0);
     EXPECT_DEATH(s.do_smoothing(v.data(), 5),
-                 "function_len <= max_function_len.*do_smoothing.*Common_VST3/smooth_functions");
+                 "Assertion failed: \\(function_len <= max_function_len\\), function do_smoothing, "
+                 "file Common_VST3/smooth_functions\\.");
+    EXPECT_DEATH(smooth_functions(0, 4),
+                 "history_len > 0 && max_function_len >= 0.*function smooth_functions");
 }
