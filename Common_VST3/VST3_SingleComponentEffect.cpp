@@ -195,6 +195,62 @@ void VST3_SingleComponentEffect::autoRepeat(int32 /*tag*/) {}
 
 void VST3_SingleComponentEffect::parameterChanged(Parameter* /*parameter*/) {}
 
+tresult PLUGIN_API VST3_SingleComponentEffect::getState(IBStream* state)
+{
+    if (state == nullptr) return kResultFalse;
+    IBStreamer streamer(state, kLittleEndian);
+    streamer.setByteOrder(kBigEndian);
+    if (!streamer.writeInt32(stateVersion)) return kResultFalse;
+    return writeState(streamer) ? kResultOk : kResultFalse;
+}
+
+tresult PLUGIN_API VST3_SingleComponentEffect::setState(IBStream* state)
+{
+    if (state == nullptr) return kResultFalse;
+    IBStreamer streamer(state, kLittleEndian);
+    streamer.setByteOrder(kBigEndian);
+    int32 version = 0;
+    if (!streamer.readInt32(version) || version != stateVersion) return kResultFalse;
+    return readParameters(streamer) ? kResultOk : kResultFalse;
+}
+
+bool VST3_SingleComponentEffect::writeState(IBStreamer& streamer)
+{
+    const int32 count = parameters.getParameterCount();
+    if (!streamer.writeInt32(count)) return false;
+    for (int32 i = 0; i < count; ++i) {
+        Parameter* parameter = parameters.getParameterByIndex(i);
+        if (!streamer.writeInt32(int32(parameter->getInfo().id)) ||
+            !streamer.writeDouble(parameter->getNormalized()))
+            return false;
+    }
+    return true;
+}
+
+bool VST3_SingleComponentEffect::readParameters(IBStreamer& streamer)
+{
+    int32 count = 0;
+    if (!streamer.readInt32(count) || count < 0) return false;
+    for (int32 i = 0; i < count; ++i) {
+        int32 id = 0;
+        double value = 0.0;
+        if (!streamer.readInt32(id) || !streamer.readDouble(value)) return false;
+        // A value from elsewhere than this writer is refused item by item:
+        // an unknown id is passed over, a value outside 0..1 ends the read.
+        if (!(value >= 0.0 && value <= 1.0)) return false;
+        if (VST3_BaseParameter* parameter = baseParameter(ParamID(id))) {
+            // The stored value itself, not its plain rounding, so that a
+            // state reads back exactly; the engine follows as for a program
+            // value.
+            parameter->setNormalized(value);
+            if (editorInstance == nullptr) {
+                applyParameter(parameter, ParamID(id), 0, parameter->getNormalized());
+            }
+        }
+    }
+    return true;
+}
+
 tresult PLUGIN_API VST3_SingleComponentEffect::queryInterface(const TUID iid, void** obj)
 {
     QUERY_INTERFACE(iid, obj, IProcessContextRequirements::iid, IProcessContextRequirements)

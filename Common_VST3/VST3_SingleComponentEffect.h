@@ -2,6 +2,7 @@
 
 #include "Common_VST3/VST3_BaseParameter.h"
 #include "Common_VST3/VST3_TimerReceiver.h"
+#include "base/source/fstreamer.h"
 #include "pluginterfaces/vst/ivstaudioprocessor.h"
 #include "pluginterfaces/vst/ivstevents.h"
 #include "pluginterfaces/vst/ivstparameterchanges.h"
@@ -37,6 +38,13 @@ public:
                                           Steinberg::int32 numIns,
                                           Steinberg::Vst::SpeakerArrangement* outputs,
                                           Steinberg::int32 numOuts) SMTG_OVERRIDE;
+    // Interface thread. The state: stateVersion, then writeState, all
+    // big-endian. kResultFalse for a null stream or a failed write.
+    tresult PLUGIN_API getState(Steinberg::IBStream* state) SMTG_OVERRIDE;
+    // Interface thread. Reads stateVersion and the parameters as getState
+    // writes them.
+    tresult PLUGIN_API setState(Steinberg::IBStream* state) SMTG_OVERRIDE;
+
     // Audio thread. The four steps; always kResultOk.
     tresult PLUGIN_API process(Steinberg::Vst::ProcessData& data) SMTG_OVERRIDE;
     tresult PLUGIN_API setProcessing(Steinberg::TBool state) SMTG_OVERRIDE;
@@ -78,6 +86,12 @@ public:
                                 Steinberg::int32 sampleOffset, ParamValue value) = 0;
     // Interface thread: a value changed by a control reaches views and commands.
     virtual void parameterChanged(Steinberg::Vst::Parameter* parameter);
+    // Interface thread: the parameters as an int32 count and (int32 id,
+    // double normalized) pairs.
+    virtual bool writeState(Steinberg::IBStreamer& streamer);
+    // Interface thread: reads what writeState wrote, restoring each value by
+    // the road of a program value; stops at the first item that fails.
+    bool readParameters(Steinberg::IBStreamer& streamer);
 
     // Interface thread. Held buttons: the action of `tag` repeats from the
     // timer, first after firstDelay ticks, then every interval ticks.

@@ -6,6 +6,7 @@
 #include <mutex>
 #include <new>
 
+#include "Common_VST3/VST3_MultiStringArrayParameter.h"
 #include "effect/Corvane_Parameters.h"
 #include "pluginterfaces/vst/ivstprocesscontext.h"
 
@@ -36,8 +37,11 @@ std::mutex& instanceMapMutex()
 
 } // namespace
 
+Steinberg::int32 Corvane_SingleComponentEffect::knobMode = 0;
+
 Corvane_SingleComponentEffect::Corvane_SingleComponentEffect()
 {
+    stateVersion = 10;
     std::lock_guard<std::mutex> lock(instanceMapMutex());
     instanceMap()[this] = &dspObject;
 }
@@ -111,6 +115,26 @@ uint32 PLUGIN_API Corvane_SingleComponentEffect::getProcessContextRequirements()
     using R = IProcessContextRequirements;
     return R::kNeedProjectTimeMusic | R::kNeedBarPositionMusic | R::kNeedTempo |
            R::kNeedTimeSignature | R::kNeedTransportState;
+}
+
+void Corvane_SingleComponentEffect::setScaleAndKey(int scale, int key)
+{
+    if (scale < 0 || scale >= scale_count) scale = 2;
+    key = ((key % 12) + 12) % 12;
+    scaleState.scale = int16_t(scale);
+    scaleState.key = int16_t(key);
+    // The key names follow the spelling of the scale; the key index stays.
+    auto* keyParameter = FCast<VST3_MultiStringArrayParameter>(parameters.getParameter(corvane::kKey));
+    if (keyParameter && keyParameter->getCurrentArray() != corvane::keySpellingOf(scale)) {
+        keyParameter->setCurrentArray(corvane::keySpellingOf(scale));
+        keyParameter->setNormalized(keyParameter->toNormalized(key));
+    }
+}
+
+void Corvane_SingleComponentEffect::setCorrectionMode(bool graph)
+{
+    graphModeActive = graph;
+    dspObject.set_auto_mode(!graph);
 }
 
 void Corvane_SingleComponentEffect::setClockPosition(int64_t position)
@@ -191,7 +215,26 @@ void Corvane_SingleComponentEffect::applyParameter(VST3_BaseParameter* parameter
 {
     const double plain = parameter->toPlain(value);
     switch (id) {
+    case corvane::kScale:
+    case corvane::kKey: {
+        // With the editor open the panel makes the change, unless a restored
+        // session pushes it.
+        if (!scaleKeyForced && editorFrame != nullptr) break;
+        const ParamID other = id == corvane::kScale ? corvane::kKey : corvane::kScale;
+        auto* otherParameter = baseParameter(other);
+        if (otherParameter == nullptr) break;
+        const double otherPlain = otherParameter->toPlain(otherParameter->getNormalized());
+        const int scale = int(id == corvane::kScale ? plain : otherPlain);
+        const int key = int(id == corvane::kKey ? plain : otherPlain);
+        setScaleAndKey(scale, key);
+        break;
+    }
+    case corvane::kDetune: scaleState.detune = int16_t(plain); break;
     case corvane::kLRRef: dspObject.set_reference_channel(uint16_t(plain)); break;
+    case corvane::kHoldNoteShown: holdNoteShown = plain != 0.0; break;
+    case corvane::kMIDIOctaves: midiOctavesAll = plain != 0.0; break;
+    case corvane::kClockSource: hostClock = plain == 1.0; break;
+    case corvane::kAutoScroll: autoScroll = plain != 0.0; break;
     case corvane::kBypass: dspObject.set_bypass(plain != 0.0); break;
     default: break;
     }

@@ -4,6 +4,7 @@
 
 #include "Common_VST3/VST3_SingleComponentEffect.h"
 #include "dsp/DT_DSPObject.h"
+#include "dsp/Scale_State.h"
 
 // The vocal pitch-correction effect: the one class the factory creates. It
 // owns the correction engine by value and drives it from the host's blocks.
@@ -34,6 +35,17 @@ public:
     void applyParameter(VST3_BaseParameter* parameter, ParamID id,
                         Steinberg::int32 sampleOffset, ParamValue value) override;
 
+    //--- Session state: the current stream (version 10, also reads 9) and the
+    // old one (version 8) behind a foreign header. Interface thread.
+    tresult PLUGIN_API setState(Steinberg::IBStream* state) SMTG_OVERRIDE;
+    bool writeState(Steinberg::IBStreamer& streamer) override;
+
+    // Interface thread. The scale and key in force, into the scale object;
+    // the key names follow the spelling of the scale.
+    void setScaleAndKey(int scale, int key);
+    // Interface thread. Auto (false) or Graph (true) correction.
+    void setCorrectionMode(bool graph);
+
     //--- The graph clock.
     void setClockPosition(int64_t position);
     void startClock();
@@ -46,11 +58,50 @@ public:
     // null for an unknown effect.
     static DT_DSPObject* engineOf(const void* effect);
 
+    // Read-only views for the panel and tests.
+    const Scale_State& getScaleState() const { return scaleState; }
+    // Interface thread: the scale object for the scales list and keyboard.
+    Scale_State& getScaleState() { return scaleState; }
+    bool isGraphMode() const { return graphModeActive; }
+    Steinberg::int32 getMaxUndos() const { return maxUndos; }
+    bool getCustomCursors() const { return customCursors; }
+    Steinberg::int32 getKnobStyle() const { return knobStyle; }
+    static Steinberg::int32 getKnobMode() { return knobMode; }
+    // Streams that carry the 40-byte foreign header are read when above 0.
+    void setLegacyHeaderMode(Steinberg::int32 mode) { legacyHeaderMode = mode; }
+
+    //--- Values of the state that no parameter holds.
+    struct GraphPlacement {
+        Steinberg::int64 horizontalScale = 0;
+        Steinberg::int64 verticalPosition = 0;
+        Steinberg::int16 horizontalPosition = 0;
+        Steinberg::int16 verticalScale = 0;
+    };
+    const GraphPlacement& getGraphPlacement() const { return graphPlacement; }
+    bool isGraphPlacementPending() const { return graphPlacementPending; }
+
     OBJ_METHODS(Corvane_SingleComponentEffect, VST3_SingleComponentEffect)
 
 protected:
     // The clock step of a block, before the audio.
     void clockStep(Steinberg::Vst::ProcessData& data);
+
+    // Sections of the state stream; each answers false at the first item
+    // that fails.
+    bool readCurrentStream(Steinberg::IBStreamer& streamer, Steinberg::int32 version);
+    bool readOldStream(Steinberg::IBStreamer& streamer);
+    void applyLegacySettings(const Steinberg::int32 (&words)[42]);
+    bool writeSettings(Steinberg::IBStreamer& streamer);
+    bool readSettings(Steinberg::IBStreamer& streamer);
+    bool readGraphPlacement(Steinberg::IBStreamer& streamer, bool wide);
+    bool readScaleSection(Steinberg::IBStreamer& streamer);
+    // Scale, key and detune from their parameters into the scale object.
+    void pushScaleFromParameters();
+    // Runs after every read of a state, good or not: views that show
+    // restored values refresh when they are open.
+    void refreshAfterState();
+    // The undo depth the effect keeps, 1 to 20; values below 1 are ignored.
+    void setMaxUndos(Steinberg::int32 count);
 
     DT_DSPObject dspObject;
     int64_t samplesPerFrame = 0;
@@ -67,4 +118,21 @@ protected:
     bool processCalled = false;
     // Host samples since the input was last flagged as sounding.
     int64_t silentInputSamples = 0;
+
+    Scale_State scaleState;
+    bool holdNoteShown = false;
+    Steinberg::int32 midiScaleMode = 0;
+    bool midiOctavesAll = false;
+    bool autoScroll = true;
+    bool useFormants = true;
+    bool scaleKeyForced = false;
+    Steinberg::int32 maxUndos = 20;
+    Steinberg::int32 capacitySetting = 0;
+    bool customCursors = true;
+    Steinberg::int32 knobStyle = 0;
+    // Knob mode of every instance of the process.
+    static Steinberg::int32 knobMode;
+    GraphPlacement graphPlacement;
+    bool graphPlacementPending = false;
+    Steinberg::int32 legacyHeaderMode = 0;
 };

@@ -1,0 +1,355 @@
+// The session state of the effect: what getState writes and setState reads.
+//
+// Current stream, big-endian, version 10 (9 is read the same way):
+//   1. int32 stateVersion
+//   2. the parameters: int32 count, then (int32 id, double normalized)
+//   3. settings no parameter holds: int32 undo depth, int32 capacity
+//      setting, int16 custom cursors, int32 knob style, int32 knob mode
+//   4. graph placement: int64 horizontal scale, int64 vertical position,
+//      int16 horizontal position, int16 vertical scale
+//   5. the engine: tracked frames (uint32 byte count, then the frames) and
+//      the audio store (uint32 0 for none)
+//   6. the scale object's marks
+//   7. the object history: uint32 step count, int32 current index
+//   8. the time history: uint32 step count, then per step a uint32 pair
+//      count and float pairs, int32 current index
+// Until tracked data and the histories exist, sections 5, 7 and 8 are
+// written empty, and read when they are.
+
+#include <cstring>
+
+#include "effect/Corvane_Parameters.h"
+#include "effect/Corvane_SingleComponentEffect.h"
+
+using namespace Steinberg;
+using namespace Steinberg::Vst;
+
+namespace {
+
+// The first word of a stream behind the older plug-in format's header.
+constexpr int32 kLegacyMarker = 0x56737457; // "VstW"
+constexpr uint32 kLegacyHeaderRest = 212;
+constexpr uint32 kForeignHeader = 40;
+constexpr int32 kOldVersion = 8;
+constexpr int kLegacyWords = 42;
+
+// The scale object's marks through the streamer.
+class Streamer_Reader : public Byte_Reader {
+public:
+    explicit Streamer_Reader(IBStreamer& s) : streamer(s) {}
+    bool read_bytes(void* data, size_t size) override
+    {
+        return streamer.readRaw(data, TSize(size)) == TSize(size);
+    }
+
+private:
+    IBStreamer& streamer;
+};
+
+class Streamer_Writer : public Byte_Writer {
+public:
+    explicit Streamer_Writer(IBStreamer& s) : streamer(s) {}
+    bool write_bytes(const void* data, size_t size) override
+    {
+        return streamer.writeRaw(data, TSize(size)) == TSize(size);
+    }
+
+private:
+    IBStreamer& streamer;
+};
+
+bool skipBytes(IBStreamer& streamer, uint32 count)
+{
+    return streamer.skip(count);
+}
+
+// Tracked frames: a byte count and the frames, kept by the tracked data
+// once it exists; passed over until then.
+bool readFrames(IBStreamer& streamer)
+{
+    uint32 bytes = 0;
+    return streamer.readInt32u(bytes) && skipBytes(streamer, bytes);
+}
+
+// The audio store's references to the session's data files.
+bool readStore(IBStreamer& streamer)
+{
+    uint32 present = 0;
+    if (!streamer.readInt32u(present)) return false;
+    if (present == 0) return true;
+    for (int text = 0; text < 3; ++text) {
+        uint32 length = 0;
+        if (!streamer.readInt32u(length) || length == 0 || !skipBytes(streamer, length)) return false;
+    }
+    uint32 channels = 0;
+    int32 files = 0;
+    if (!streamer.readInt32u(channels) || !streamer.readInt32(files)) return false;
+    for (int32 f = 0; f < files; ++f) {
+        int32 ignored = 0;
+        uint32 length = 0;
+        if (!streamer.readInt32(ignored) || !streamer.readInt32u(length) || length == 0 ||
+            !skipBytes(streamer, length) || !skipBytes(streamer, 12))
+            return false;
+    }
+    uint32 regions = 0;
+    if (!streamer.readInt32u(regions)) return false;
+    for (uint32 r = 0; r < regions; ++r) {
+        if (!skipBytes(streamer, 16)) return false;
+    }
+    int32 closing = 0;
+    return streamer.readInt32(closing);
+}
+
+// The time history; its steps are kept by the time map once it exists.
+bool readTimeHistory(IBStreamer& streamer)
+{
+    uint32 steps = 0;
+    if (!streamer.readInt32u(steps)) return false;
+    for (uint32 s = 0; s < steps; ++s) {
+        uint32 pairs = 0;
+        if (!streamer.readInt32u(pairs)) return false;
+        for (uint32 p = 0; p < pairs; ++p) {
+            if (!skipBytes(streamer, 8)) return false;
+        }
+    }
+    int32 current = 0;
+    return streamer.readInt32(current);
+}
+
+// The current object history; only its empty form exists yet.
+bool readObjectHistory(IBStreamer& streamer)
+{
+    uint32 steps = 0;
+    int32 current = 0;
+    return streamer.readInt32u(steps) && steps == 0 && streamer.readInt32(current);
+}
+
+// One object list of the older encoding: 32-byte records, then a curve for
+// each record of kind 3.
+bool readOldObjectList(IBStreamer& streamer, uint32 bytes)
+{
+    const uint32 records = bytes / 32;
+    uint32 curves = 0;
+    for (uint32 r = 0; r < records; ++r) {
+        unsigned char record[32];
+        if (streamer.readRaw(record, 32) != 32) return false;
+        // The kind is a big-endian int32 at byte 24, cut to 8 bits.
+        if (record[27] == 3) ++curves;
+    }
+    if (!skipBytes(streamer, bytes - records * 32)) return false;
+    for (uint32 c = 0; c < curves; ++c) {
+        uint32 size = 0;
+        if (!streamer.readInt32u(size)) return false;
+        if (size == 0) continue;
+        uint32 stepFrames = 0;
+        uint16 points = 0;
+        if (!streamer.readInt32u(stepFrames) || !streamer.readInt16u(points) ||
+            !skipBytes(streamer, 2))
+            return false;
+        for (uint16 p = 0; p < points; ++p) {
+            if (!skipBytes(streamer, 16)) return false;
+        }
+    }
+    return true;
+}
+
+bool readOldObjectHistory(IBStreamer& streamer)
+{
+    uint32 steps = 0;
+    if (!streamer.readInt32u(steps)) return false;
+    for (uint32 s = 0; s < steps; ++s) {
+        uint32 bytes = 0;
+        if (!streamer.readInt32u(bytes) || !readOldObjectList(streamer, bytes)) return false;
+    }
+    int32 current = 0;
+    return streamer.readInt32(current);
+}
+
+} // namespace
+
+bool Corvane_SingleComponentEffect::writeState(IBStreamer& streamer)
+{
+    if (!VST3_SingleComponentEffect::writeState(streamer) || !writeSettings(streamer)) return false;
+    // Graph placement.
+    if (!streamer.writeInt64(graphPlacement.horizontalScale) ||
+        !streamer.writeInt64(graphPlacement.verticalPosition) ||
+        !streamer.writeInt16(graphPlacement.horizontalPosition) ||
+        !streamer.writeInt16(graphPlacement.verticalScale))
+        return false;
+    // The engine: no frames, no audio store.
+    if (!streamer.writeInt32u(0) || !streamer.writeInt32u(0)) return false;
+    Streamer_Writer writer(streamer);
+    if (!scaleState.write(writer)) return false;
+    // Object history and time history, empty.
+    return streamer.writeInt32u(0) && streamer.writeInt32(-1) && streamer.writeInt32u(0) &&
+           streamer.writeInt32(-1);
+}
+
+bool Corvane_SingleComponentEffect::writeSettings(IBStreamer& streamer)
+{
+    return streamer.writeInt32(maxUndos) && streamer.writeInt32(capacitySetting) &&
+           streamer.writeInt16(customCursors ? 1 : 0) && streamer.writeInt32(knobStyle) &&
+           streamer.writeInt32(knobMode);
+}
+
+bool Corvane_SingleComponentEffect::readSettings(IBStreamer& streamer)
+{
+    int32 undos = 0, capacity = 0, style = 0, mode = 0;
+    int16 cursors = 0;
+    if (!streamer.readInt32(undos) || !streamer.readInt32(capacity) ||
+        !streamer.readInt16(cursors) || !streamer.readInt32(style) || !streamer.readInt32(mode))
+        return false;
+    setMaxUndos(undos);
+    capacitySetting = capacity;
+    customCursors = cursors != 0;
+    knobStyle = style;
+    knobMode = mode;
+    return true;
+}
+
+bool Corvane_SingleComponentEffect::readGraphPlacement(IBStreamer& streamer, bool wide)
+{
+    graphPlacementPending = false;
+    GraphPlacement placement;
+    if (wide) {
+        if (!streamer.readInt64(placement.horizontalScale) ||
+            !streamer.readInt64(placement.verticalPosition) ||
+            !streamer.readInt16(placement.horizontalPosition) ||
+            !streamer.readInt16(placement.verticalScale))
+            return false;
+    } else {
+        int32 words[4];
+        for (int32& w : words) {
+            if (!streamer.readInt32(w)) return false;
+        }
+        placement.horizontalScale = words[0];
+        placement.verticalPosition = words[1];
+        placement.horizontalPosition = int16(words[2]);
+        placement.verticalScale = int16(words[3]);
+    }
+    graphPlacement = placement;
+    // No graph view exists yet to take it: it waits for one.
+    graphPlacementPending = true;
+    return true;
+}
+
+bool Corvane_SingleComponentEffect::readScaleSection(IBStreamer& streamer)
+{
+    Streamer_Reader reader(streamer);
+    return scaleState.read(reader);
+}
+
+void Corvane_SingleComponentEffect::pushScaleFromParameters()
+{
+    auto plainOf = [this](ParamID id) {
+        VST3_BaseParameter* p = baseParameter(id);
+        return p ? p->toPlain(p->getNormalized()) : 0.0;
+    };
+    setScaleAndKey(int(int16_t(plainOf(corvane::kScale))), int(int16_t(plainOf(corvane::kKey))));
+    scaleState.detune = int16_t(plainOf(corvane::kDetune));
+}
+
+void Corvane_SingleComponentEffect::setMaxUndos(int32 count)
+{
+    if (count < 1) return;
+    maxUndos = count > 20 ? 20 : count;
+}
+
+void Corvane_SingleComponentEffect::refreshAfterState()
+{
+    // The graph views and the formant covers that show restored values come
+    // with the editor; while no editor is open there is nothing to refresh.
+}
+
+tresult PLUGIN_API Corvane_SingleComponentEffect::setState(IBStream* state)
+{
+    tresult result = kResultFalse;
+    if (state != nullptr) {
+        IBStreamer streamer(state, kLittleEndian);
+        streamer.setByteOrder(kBigEndian);
+        bool good = false;
+        if (legacyHeaderMode > 0) {
+            good = skipBytes(streamer, kForeignHeader) && readOldStream(streamer);
+        } else {
+            int32 first = 0;
+            if (streamer.readInt32(first)) {
+                if (first == kLegacyMarker) {
+                    good = skipBytes(streamer, kLegacyHeaderRest) && readOldStream(streamer);
+                } else {
+                    stateVersion = first;
+                    good = (first == 9 || first == 10) && readCurrentStream(streamer, first);
+                }
+            }
+        }
+        if (good) {
+            if (VST3_BaseParameter* mode = baseParameter(corvane::kCorrectionMode))
+                setCorrectionMode(mode->toPlain(mode->getNormalized()) != 0.0);
+            result = kResultOk;
+        }
+    }
+    refreshAfterState();
+    return result;
+}
+
+bool Corvane_SingleComponentEffect::readCurrentStream(IBStreamer& streamer, int32 /*version*/)
+{
+    // Versions 9 and 10 share every section's form.
+    if (!readParameters(streamer) || !readSettings(streamer) || !readGraphPlacement(streamer, true) ||
+        !readFrames(streamer) || !readStore(streamer) || !readScaleSection(streamer))
+        return false;
+    pushScaleFromParameters();
+    return readObjectHistory(streamer) && readTimeHistory(streamer);
+}
+
+bool Corvane_SingleComponentEffect::readOldStream(IBStreamer& streamer)
+{
+    int32 version = 0, second = 0, third = 0;
+    if (!streamer.readInt32(version) || version != kOldVersion || !streamer.readInt32(second) ||
+        !streamer.readInt32(third))
+        return false;
+    int32 words[kLegacyWords];
+    for (int32& w : words) {
+        if (!streamer.readInt32(w)) return false;
+    }
+    applyLegacySettings(words);
+    if (!readScaleSection(streamer)) return false;
+    pushScaleFromParameters();
+    return readOldObjectHistory(streamer) && readTimeHistory(streamer) && readFrames(streamer) &&
+           readGraphPlacement(streamer, false) && readStore(streamer);
+}
+
+void Corvane_SingleComponentEffect::applyLegacySettings(const int32 (&words)[42])
+{
+    // Word index to parameter id, in the order the words are applied; -1
+    // marks the words with a rule of their own.
+    static const struct {
+        int word;
+        ParamID id;
+    } plainWords[] = {
+        {0, corvane::kScale},         {1, corvane::kKey},           {2, corvane::kDetune},
+        {3, corvane::kRetuneSpeed},   {5, corvane::kVibratoShape},  {6, corvane::kVibratoPitch},
+        {7, corvane::kVibratoRate},   {8, corvane::kAutoScroll},    {9, corvane::kTracking},
+        {11, corvane::kGraphTools},   {14, corvane::kTieEnvelope},  {15, corvane::kInputType},
+        {16, corvane::kLRRef},        {18, corvane::kLearnScale},   {19, corvane::kTargetNotes},
+        {20, corvane::kIgnoreVibrato}, {21, corvane::kOnsetDelay},  {22, corvane::kVibratoAmplitude},
+        {23, corvane::kVibratoFormant}, {24, corvane::kVibratoVariation}, {25, corvane::kOnsetRate},
+        {26, corvane::kMIDIOctaves},  {27, corvane::kCorrectionMode}, {28, corvane::kKeyboardEdits},
+        {29, corvane::kKeyboardMode}, {30, corvane::kHumanize},     {31, corvane::kNaturalVibrato},
+        {32, corvane::kSnapToNote},   {33, corvane::kClockSource},  {35, corvane::kUseFormants},
+        {36, corvane::kShowLanes},    {37, corvane::kThroatLength}, {38, corvane::kTranspose},
+        {39, corvane::kShowMIDI},     {40, corvane::kTimeDisplay},  {41, corvane::kEnableTimeWarping},
+    };
+    for (const auto& w : plainWords) {
+        double value = double(words[w.word]);
+        if (w.word == 7) value /= 10.0;                                      // tenths of a hertz
+        if (w.word == 14) value = words[14] != 0 && words[13] == 0 ? 1.0 : 0.0; // with word 13
+        setParameterPlain(w.id, value);
+    }
+    // Undo depth, capacity setting, custom cursors, knob style.
+    if (words[10] != maxUndos) setMaxUndos(words[10]);
+    if (words[12] != capacitySetting) capacitySetting = words[12];
+    customCursors = words[17] != 0;
+    const bool styled = words[34] == 2 || words[34] == 3;
+    knobStyle = styled ? 4 : 0;
+    knobMode = styled ? 2 : 0;
+}
