@@ -27,6 +27,8 @@ add_library(vst3sdk STATIC
     ${VST3_SDK_ROOT}/public.sdk/source/vst/vsteditcontroller.cpp
     ${VST3_SDK_ROOT}/public.sdk/source/vst/vstinitiids.cpp
     ${VST3_SDK_ROOT}/public.sdk/source/vst/vstparameters.cpp
+    ${VST3_SDK_ROOT}/public.sdk/source/vst/hosting/hostclasses.cpp
+    ${VST3_SDK_ROOT}/public.sdk/source/vst/hosting/pluginterfacesupport.cpp
 )
 target_include_directories(vst3sdk SYSTEM PUBLIC ${VST3_SDK_ROOT})
 target_compile_definitions(vst3sdk PUBLIC RELEASE=1)

@@ -86,10 +86,45 @@ void CV_DSPObject::set_sample_rate(double rate)
     for (auto& filter : mix_filter) filter.set_sampleRate(engine_sr);
     period_scale = double(decimationFactor);
     set_samples_per_frame(samples_per_frame);
+    set_retune(retune_ms, humanize_ms);
     reset();
 }
 
 void CV_DSPObject::prepare_hook() {}
+
+void CV_DSPObject::set_retune(double r, double h)
+{
+    retune_ms = r;
+    humanize_ms = h;
+    const double sr = engine_rate();
+    // The time in which the smoother covers half its distance, at one update
+    // every five samples.
+    auto pole = [sr](double ms) { return ms == 0.0 ? 0.0 : std::pow(0.5, 1.0 / ((sr / 5.0) * (ms / 1000.0))); };
+    retune_fast = r == 0.0 ? 0.0 : pole(r);
+    retune_slow = pole(r + h);
+    ramp_len = int64_t(sr * 0.4 / 5.0);
+    ramp_step = ramp_len > 0 ? (retune_slow - retune_fast) / double(ramp_len) : 0.0;
+    retune_coef = retune_fast;
+    ramp_step_now = 0.0;
+    ramp_left = 0;
+}
+
+void CV_DSPObject::set_vibrato_shape(int shape)
+{
+    vibrato_shape = shape;
+    vibrato_on = shape != 0;
+}
+
+void CV_DSPObject::set_transpose(int semitones)
+{
+    transpose_ratio = std::pow(2.0, double(semitones) / 12.0);
+}
+
+void CV_DSPObject::set_tracking(double tracking, int type)
+{
+    tracking_amount = tracking;
+    input_type = type;
+}
 
 void CV_DSPObject::set_samples_per_frame(double host_samples)
 {

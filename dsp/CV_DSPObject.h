@@ -47,6 +47,29 @@ public:
     void set_idle(bool on) { idle = on; }
     void set_reference_channel(uint16_t channel) { reference_channel = channel; }
     void set_auto_mode(bool on) { auto_mode = on; }
+    // Correction settings from the parameters; plain stores unless told, any
+    // thread. Times in milliseconds, pitches in cents, amounts in percent.
+    // Retune speed and humanize: the poles of the retune smoother.
+    void set_retune(double retune_ms, double humanize_ms);
+    // 0 "(No Vibrato)", 1 sine, 2 square, 3 sawtooth.
+    void set_vibrato_shape(int shape);
+    void set_vibrato_pitch(double cents) { vib_pitch = cents; }
+    // Thousandths of a vibrato cycle per tracked frame.
+    void set_vibrato_rate(double step) { vib_step = step; }
+    void set_vibrato_delay(double ms) { vib_delay = ms; }
+    void set_vibrato_onset(double ms) { vib_onset = ms; }
+    void set_vibrato_amplitude(double percent) { vib_amp = percent; }
+    void set_vibrato_formant(double dB) { vib_formant = dB; }
+    void set_vibrato_variation(double percent) { vib_variation = percent; }
+    void set_ignore_vibrato(bool on) { ignore_vibrato = on; }
+    void set_natural_vibrato(double amount) { natural_amount = amount; }
+    // Semitones; the ratio multiplies every stored ratio.
+    void set_transpose(int semitones);
+    void set_detune(int cents) { detune_cents = cents; }
+    // The detector's settings: "Tracking" and the index of "Input type".
+    void set_tracking(double tracking, int input_type);
+    void set_time_warping(bool on) { time_map_on = on; }
+
     // Interface thread. Frame length in host samples (the effect's
     // samplesPerFrame, 200 when unset).
     void set_samples_per_frame(double host_samples);
@@ -58,6 +81,12 @@ public:
     // Read-only views for the effect, the displays and tests.
     bool is_idle() const { return idle; }
     bool is_bypassed() const { return bypass; }
+    double get_transpose_ratio() const { return transpose_ratio; }
+    double get_retune_fast() const { return retune_fast; }
+    double get_retune_slow() const { return retune_slow; }
+    int64_t get_ramp_len() const { return ramp_len; }
+    double get_vibrato_rate() const { return vib_step; }
+    bool is_vibrato_on() const { return vibrato_on; }
     uint16_t get_reference_channel() const { return reference_channel; }
     bool is_started() const { return started; }
     bool is_searching() const { return searching; }
@@ -141,6 +170,33 @@ protected:
     double filter_ratio = 1.0;
     biQuad_Filter anti_alias[4];
     biQuad_Filter mix_filter[2];
+
+    // Retune smoother.
+    double retune_ms = 0.0;
+    double humanize_ms = 0.0;
+    double retune_coef = 0.0;
+    double retune_fast = 0.0;
+    double retune_slow = 0.0;
+    int64_t ramp_len = 0;
+    int64_t ramp_left = 0;
+    double ramp_step = 0.0;
+    double ramp_step_now = 0.0;
+
+    // Settings of the vibrato, the natural vibrato and the detector.
+    int vibrato_shape = 0;
+    double vib_step = 0.0;
+    double vib_pitch = 0.0;
+    double vib_delay = 0.0;
+    double vib_onset = 0.0;
+    double vib_amp = 0.0;
+    double vib_formant = 0.0;
+    double vib_variation = 0.0;
+    bool ignore_vibrato = false;
+    double natural_amount = 0.0;
+    int detune_cents = 0;
+    double tracking_amount = 50.0;
+    int input_type = 0;
+    bool time_map_on = false;
 
     // Vibrato state cleared where the voice ends.
     double vib_phase = 0.0;

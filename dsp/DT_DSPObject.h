@@ -21,6 +21,11 @@ public:
     double synthesis_filter(int64_t position, int channel, double x) override;
     void set_throat_ratio(double ratio) override;
 
+    // Any thread: the parameter "Use Formants".
+    void set_formants(bool on) { formants_on = on; }
+    bool get_formants() const { return formants_on; }
+    double get_throat_ratio() const { return throat_ratio; }
+
     // Coefficient of the first-order pre-emphasis and its inverse.
     static constexpr double default_emphasis = 0.9;
 
@@ -29,4 +34,5 @@ protected:
     double emphasis = default_emphasis;
     double de_state[max_channels] = {0.0, 0.0};
     double throat_ratio = 1.0;
+    bool formants_on = true;
 };

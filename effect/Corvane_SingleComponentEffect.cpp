@@ -229,7 +229,53 @@ void Corvane_SingleComponentEffect::applyParameter(VST3_BaseParameter* parameter
         setScaleAndKey(scale, key);
         break;
     }
-    case corvane::kDetune: scaleState.detune = int16_t(plain); break;
+    case corvane::kDetune:
+        scaleState.detune = int16_t(plain);
+        dspObject.set_detune(int(plain));
+        break;
+    case corvane::kRetuneSpeed:
+    case corvane::kHumanize: {
+        // The two make one smoother; Graph mode takes them from its objects.
+        const ParamID other = id == corvane::kRetuneSpeed ? corvane::kHumanize : corvane::kRetuneSpeed;
+        auto* otherParameter = baseParameter(other);
+        if (otherParameter == nullptr || graphModeActive) break;
+        const double otherPlain = otherParameter->toPlain(otherParameter->getNormalized());
+        const double retune = double(int64_t(id == corvane::kRetuneSpeed ? plain : otherPlain));
+        const double humanize = double(int64_t(id == corvane::kHumanize ? plain : otherPlain));
+        dspObject.set_retune(retune, humanize);
+        break;
+    }
+    case corvane::kVibratoShape: dspObject.set_vibrato_shape(int(plain)); break;
+    case corvane::kVibratoPitch: dspObject.set_vibrato_pitch(plain); break;
+    case corvane::kVibratoRate: {
+        // Thousandths of a vibrato cycle per tracked frame, in single precision.
+        const float rate = float(processSetup.sampleRate);
+        const float frame = float(getSamplesPerFrame());
+        dspObject.set_vibrato_rate(double(1000.0f / (rate / (float(plain) * frame))));
+        break;
+    }
+    case corvane::kTracking:
+    case corvane::kInputType: {
+        auto* tracking = baseParameter(corvane::kTracking);
+        auto* type = baseParameter(corvane::kInputType);
+        if (tracking == nullptr || type == nullptr) break;
+        const double trackingPlain = id == corvane::kTracking ? plain : tracking->toPlain(tracking->getNormalized());
+        const double typePlain = id == corvane::kInputType ? plain : type->toPlain(type->getNormalized());
+        dspObject.set_tracking(trackingPlain, int(typePlain));
+        break;
+    }
+    case corvane::kIgnoreVibrato: dspObject.set_ignore_vibrato(plain != 0.0); break;
+    case corvane::kOnsetDelay: dspObject.set_vibrato_delay(double(int64_t(plain))); break;
+    case corvane::kVibratoAmplitude: dspObject.set_vibrato_amplitude(double(int64_t(plain))); break;
+    case corvane::kVibratoFormant: dspObject.set_vibrato_formant(double(int64_t(plain))); break;
+    case corvane::kVibratoVariation: dspObject.set_vibrato_variation(double(int64_t(plain))); break;
+    case corvane::kOnsetRate: dspObject.set_vibrato_onset(double(int64_t(plain))); break;
+    case corvane::kNaturalVibrato: dspObject.set_natural_vibrato(plain); break;
+    case corvane::kUseFormants: dspObject.set_formants(plain != 0.0); break;
+    // The throat length in percent of the natural tube.
+    case corvane::kThroatLength: dspObject.set_throat_ratio(plain / 100.0); break;
+    case corvane::kTranspose: dspObject.set_transpose(int(plain)); break;
+    case corvane::kEnableTimeWarping: dspObject.set_time_warping(plain != 0.0); break;
     case corvane::kLRRef: dspObject.set_reference_channel(uint16_t(plain)); break;
     case corvane::kHoldNoteShown: holdNoteShown = plain != 0.0; break;
     case corvane::kMIDIOctaves: midiOctavesAll = plain != 0.0; break;

@@ -5,6 +5,10 @@
 
 #include "effect/Corvane_Parameters.h"
 #include "hostlib/Host_Interfaces.h"
+#include "public.sdk/source/common/memorystream.h"
+
+#include <cmath>
+#include <string>
 
 #include <gtest/gtest.h>
 
@@ -151,4 +155,117 @@ TEST(CorvaneEffect, HeldButtonsRepeatFromTheTimer)
     EXPECT_EQ(effect->ticks.size(), 3u);
     EXPECT_EQ(effect->getRepeatingTag(), -1);
     effect->release();
+}
+
+TEST(CorvaneEffect, EngineSidesOfTheCatalogue)
+{
+    Effect e;
+    const double sr = 44100.0;  // the set-up before a host's own
+    auto setPlain = [&](Vst::ParamID id, double plain) {
+        auto* p = e.effect->getParameterObject(id);
+        ASSERT_NE(p, nullptr);
+        EXPECT_EQ(e.effect->setParamNormalized(id, p->toNormalized(plain)), kResultOk);
+    };
+    setPlain(corvane::kRetuneSpeed, 20);
+    setPlain(corvane::kHumanize, 30);
+    // Half the distance in 20 ms at one update every five samples.
+    EXPECT_NEAR(e.engine->get_retune_fast(), std::pow(0.5, 1.0 / (sr / 5 * 0.020)), 1e-12);
+    EXPECT_NEAR(e.engine->get_retune_slow(), std::pow(0.5, 1.0 / (sr / 5 * 0.050)), 1e-12);
+    EXPECT_EQ(e.engine->get_ramp_len(), 3528);
+    setPlain(corvane::kRetuneSpeed, 0);
+    EXPECT_EQ(e.engine->get_retune_fast(), 0.0);
+
+    // 5.5 Hz at 200 samples a frame: 1000 * 5.5 * 200 / 44100 thousandths.
+    setPlain(corvane::kVibratoRate, 5.5);
+    EXPECT_NEAR(e.engine->get_vibrato_rate(), 1000.0 * 5.5 * 200.0 / sr, 1e-3);
+    setPlain(corvane::kVibratoShape, 1);
+    EXPECT_TRUE(e.engine->is_vibrato_on());
+    setPlain(corvane::kTranspose, 12);
+    EXPECT_DOUBLE_EQ(e.engine->get_transpose_ratio(), 2.0);
+    setPlain(corvane::kTranspose, -7);
+    EXPECT_NEAR(e.engine->get_transpose_ratio(), std::pow(2.0, -7.0 / 12.0), 1e-12);
+    setPlain(corvane::kThroatLength, 130);
+    EXPECT_DOUBLE_EQ(e.engine->get_throat_ratio(), 1.3);
+    setPlain(corvane::kUseFormants, 0);
+    EXPECT_FALSE(e.engine->get_formants());
+
+    // Scale and key reach the scale object; the key names follow the scale.
+    setPlain(corvane::kScale, 1);
+    setPlain(corvane::kKey, 1);
+    EXPECT_EQ(e.effect->getScaleState().scale, 1);
+    EXPECT_EQ(e.effect->getScaleState().key, 1);
+    Vst::String128 text;
+    e.effect->getParamStringByValue(corvane::kKey, e.effect->getParamNormalized(corvane::kKey), text);
+    EXPECT_EQ(VST3_BaseParameter::toUtf8(text), "C#");  // minor keys are spelt with sharps here
+    setPlain(corvane::kScale, 0);
+    e.effect->getParamStringByValue(corvane::kKey, e.effect->getParamNormalized(corvane::kKey), text);
+    EXPECT_EQ(VST3_BaseParameter::toUtf8(text), "Db");
+    setPlain(corvane::kDetune, -12);
+    EXPECT_EQ(e.effect->getScaleState().detune, -12);
+}
+
+TEST(CorvaneEffect, MarksAndSettingsSurviveTheState)
+{
+    Effect source;
+    Scale_State& marks = source.effect->getScaleState();
+    marks.setRowBypassed(3, 0, 2, 1);   // Chromatic
+    marks.setRowRemoved(1, 0, 0, 1);    // Major
+    marks.setRowRemoved(30, 0, 24, 1);  // Partch
+    auto* stream = new MemoryStream();
+    ASSERT_EQ(source.effect->getState(stream), kResultOk);
+
+    Effect target;
+    stream->seek(0, IBStream::kIBSeekSet, nullptr);
+    ASSERT_EQ(target.effect->setState(stream), kResultOk);
+    stream->release();
+    const Scale_State& read = target.effect->getScaleState();
+    EXPECT_TRUE(read.bypassedRows[2][3]);
+    EXPECT_TRUE(read.bypassedKeys[2][(3 + 5) % 12]);
+    EXPECT_TRUE(read.removedRows[0][1]);
+    EXPECT_TRUE(read.removedRows[24][30]);
+    EXPECT_FALSE(read.removedRows[24][29]);
+    EXPECT_EQ(target.effect->getMaxUndos(), 20);
+}
+
+TEST(CorvaneEffect, OldSettingsWithRulesOfTheirOwn)
+{
+    // Word 10 of 50 gives 20 undos; word 17 the cursors; word 34 of 3 the
+    // knob style 4 and mode 2.
+    std::vector<char> bytes;
+    auto i32 = [&](int32_t v) {
+        for (int s = 24; s >= 0; s -= 8) bytes.push_back(char((uint32_t(v) >> s) & 0xFF));
+    };
+    for (char c : std::string("VstW")) bytes.push_back(c);
+    bytes.insert(bytes.end(), 212, 0);
+    i32(8);
+    i32(0);
+    i32(0);
+    int32_t words[42] = {};
+    words[0] = 2;
+    words[10] = 50;
+    words[17] = 0;
+    words[34] = 3;
+    for (int32_t w : words) i32(w);
+    for (int group = 0; group < 2; ++group) {
+        bytes.push_back(0);
+        bytes.push_back(29);
+        bytes.insert(bytes.end(), 58 * 2, 0);
+    }
+    i32(0), i32(-1), i32(0), i32(-1), i32(0);
+    i32(1), i32(2), i32(3), i32(4);
+    i32(0);
+    Effect e;
+    auto* stream = new MemoryStream(bytes.data(), TSize(bytes.size()));
+    EXPECT_EQ(e.effect->setState(stream), kResultOk);
+    stream->release();
+    EXPECT_EQ(e.effect->getMaxUndos(), 20);
+    EXPECT_FALSE(e.effect->getCustomCursors());
+    EXPECT_EQ(e.effect->getKnobStyle(), 4);
+    EXPECT_EQ(Corvane_SingleComponentEffect::getKnobMode(), 2);
+    EXPECT_EQ(e.effect->getGraphPlacement().horizontalScale, 1);
+    EXPECT_EQ(e.effect->getGraphPlacement().verticalScale, 4);
+    EXPECT_TRUE(e.effect->isGraphPlacementPending());
+
+    // A null stream is refused.
+    EXPECT_EQ(e.effect->setState(nullptr), kResultFalse);
 }
