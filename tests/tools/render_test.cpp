@@ -1,6 +1,7 @@
-// corvane-render run as a user runs it, on real WAV files.
+// corvane-render run as a user runs it, on real sound files.
 
 #include <dirent.h>
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sndfile.h>
 #include <sys/stat.h>
@@ -8,17 +9,20 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <string>
 #include <vector>
 
 #include "support/signals.h"
+#include "voicegen/Voice_Generator.h"
 
 namespace {
 
 const std::string kTool = CORVANE_RENDER_PATH;
 const std::string kTmp = CORVANE_TEST_TMP;
+// The engine's delay at 44.1 and 48 kHz, in host samples.
+constexpr size_t kLatency = 2660;
 
 struct Result {
     int status;
@@ -38,38 +42,66 @@ std::string slurp(const std::string& path)
     return text;
 }
 
-std::string quote(const std::string& s)
+// An empty folder of the running test's own: ctest runs the cases of this
+// program side by side, and the checks below look at whole folders.
+std::string test_folder()
 {
-    std::string q = "'";
-    for (char c : s) q += c == '\'' ? std::string("'\\''") : std::string(1, c);
-    return q + "'";
-}
-
-Result run(const std::vector<std::string>& args)
-{
-    std::string command = quote(kTool);
-    for (const auto& a : args) command += " " + quote(a);
-    const std::string out = kTmp + "/render-stdout.txt", err = kTmp + "/render-stderr.txt";
-    command += " >" + out + " 2>" + err;
-    const int raw = std::system(command.c_str());
-    return {WIFEXITED(raw) ? WEXITSTATUS(raw) : -1, slurp(out), slurp(err)};
-}
-
-bool exists(const std::string& path)
-{
-    struct stat info {};
-    return ::stat(path.c_str(), &info) == 0;
-}
-
-std::string temp(const std::string& name)
-{
-    const std::string path = kTmp + "/" + name;
-    std::remove(path.c_str());
+    const auto* test = ::testing::UnitTest::GetInstance()->current_test_info();
+    std::string path = kTmp + "/render";
+    ::mkdir(path.c_str(), 0777);
+    path += "/" + std::string(test->name());
+    ::mkdir(path.c_str(), 0777);
+    if (DIR* folder = ::opendir(path.c_str())) {
+        while (const dirent* entry = ::readdir(folder)) {
+            const std::string name = entry->d_name;
+            if (name != "." && name != "..") std::remove((path + "/" + name).c_str());
+        }
+        ::closedir(folder);
+    }
     return path;
 }
 
-void write_wav(const std::string& path, const std::vector<std::vector<float>>& channels, int rate,
-               int format = SF_FORMAT_WAV | SF_FORMAT_PCM_16)
+std::vector<std::string> files_in(const std::string& folder)
+{
+    std::vector<std::string> names;
+    if (DIR* d = ::opendir(folder.c_str())) {
+        while (const dirent* entry = ::readdir(d)) {
+            const std::string name = entry->d_name;
+            if (name != "." && name != "..") names.push_back(name);
+        }
+        ::closedir(d);
+    }
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+// Runs the tool with these arguments, its output streams caught in files of
+// the folder.
+Result run(const std::string& folder, const std::vector<std::string>& args)
+{
+    const std::string out = folder + "/../" + ::testing::UnitTest::GetInstance()->current_test_info()->name() +
+                            ".stdout";
+    const std::string err = out.substr(0, out.size() - 7) + ".stderr";
+    const pid_t child = ::fork();
+    if (child == 0) {
+        const int o = ::open(out.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+        const int e = ::open(err.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+        ::dup2(o, 1);
+        ::dup2(e, 2);
+        std::vector<char*> argv;
+        argv.push_back(const_cast<char*>(kTool.c_str()));
+        for (const auto& a : args) argv.push_back(const_cast<char*>(a.c_str()));
+        argv.push_back(nullptr);
+        ::execv(kTool.c_str(), argv.data());
+        ::_exit(127);
+    }
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, slurp(out), slurp(err)};
+}
+
+void write_sound(const std::string& path, const std::vector<std::vector<float>>& channels, int rate,
+                 int format)
 {
     SF_INFO info{};
     info.samplerate = rate;
@@ -84,128 +116,210 @@ void write_wav(const std::string& path, const std::vector<std::vector<float>>& c
     sf_close(f);
 }
 
-struct Wav {
+struct Sound {
     SF_INFO info{};
-    std::vector<float> data;
+    std::vector<float> data;  // interleaved
 };
 
-Wav read_wav(const std::string& path)
+Sound read_sound(const std::string& path)
 {
-    Wav w;
-    SNDFILE* f = sf_open(path.c_str(), SFM_READ, &w.info);
-    if (!f) return w;
-    w.data.resize(size_t(w.info.frames * w.info.channels));
-    sf_readf_float(f, w.data.data(), w.info.frames);
+    Sound s;
+    SNDFILE* f = sf_open(path.c_str(), SFM_READ, &s.info);
+    if (!f) return s;
+    s.data.resize(size_t(s.info.frames * s.info.channels));
+    sf_readf_float(f, s.data.data(), s.info.frames);
     sf_close(f);
-    return w;
+    return s;
+}
+
+void write_text(const std::string& path, const char* text)
+{
+    if (FILE* f = std::fopen(path.c_str(), "w")) {
+        std::fputs(text, f);
+        std::fclose(f);
+    }
 }
 
 } // namespace
 
-TEST(Render, RendersAWavFileDelayedByTheLatency)
+TEST(Render, OutputHasTheInputsLengthRateAndChannels)
 {
-    const std::string in = temp("in-stereo.wav"), out = temp("out-stereo.wav");
-    const auto a = test_signals::impulse(9000, 100, 0.5f);
-    const auto b = test_signals::impulse(9000, 200, -0.25f);
-    write_wav(in, {a, b}, 44100);
-    const Result r = run({"--block", "300", in, out});
-    ASSERT_EQ(r.status, 0) << r.err;
-    EXPECT_NE(r.out.find("latency: 2660 samples"), std::string::npos) << r.out;
-    EXPECT_NE(r.out.find("real-time factor"), std::string::npos) << r.out;
-    const Wav w = read_wav(out);
-    EXPECT_EQ(w.info.samplerate, 44100);
-    EXPECT_EQ(w.info.channels, 2);
-    EXPECT_EQ(w.info.frames, 9000);
-    EXPECT_EQ(w.info.format & SF_FORMAT_SUBMASK, SF_FORMAT_FLOAT);
-    // The 16-bit input holds 0.5 and -0.25 exactly.
-    EXPECT_NEAR(w.data[2 * (100 + 2660)], 0.5, 1e-6);
-    EXPECT_NEAR(w.data[2 * (200 + 2660) + 1], -0.25, 1e-6);
-    EXPECT_NEAR(w.data[2 * (100 + 2660) + 1], 0.0, 1e-6);
-}
+    const std::string folder = test_folder();
+    const int wav16 = SF_FORMAT_WAV | SF_FORMAT_PCM_16;
+    const struct {
+        const char* name;
+        int channels;
+        int rate;
+        int format;
+        std::vector<std::string> options;
+        size_t latency;
+    } cases[] = {
+        {"stereo-44k.wav", 2, 44100, wav16, {"--block", "300"}, 2660},
+        {"mono-48k.aiff", 1, 48000, SF_FORMAT_AIFF | SF_FORMAT_PCM_24, {"--block=1"}, 2660},
+        {"stereo-48k-float.wav", 2, 48000, SF_FORMAT_WAV | SF_FORMAT_FLOAT, {"--rate", "48000"}, 2660},
+        {"mono-96k.wav", 1, 96000, wav16, {"--block", "65536"}, 5320},
+    };
+    for (const auto& c : cases) {
+        const std::string in = folder + "/" + c.name;
+        const std::string out = folder + "/out-" + c.name + ".wav";
+        const size_t length = 9000;
+        // Impulses of heights a 16-bit file holds exactly, one per channel.
+        std::vector<std::vector<float>> channels = {test_signals::impulse(length, 100, 0.5f)};
+        if (c.channels == 2) channels.push_back(test_signals::impulse(length, 200, -0.25f));
+        write_sound(in, channels, c.rate, c.format);
+        std::vector<std::string> args = c.options;
+        args.push_back(in);
+        args.push_back(out);
+        const Result r = run(folder, args);
+        ASSERT_EQ(r.status, 0) << c.name << ": " << r.err;
+        EXPECT_EQ(r.err, "") << c.name;
+        EXPECT_NE(r.out.find("latency: " + std::to_string(c.latency) + " samples"), std::string::npos) << r.out;
+        EXPECT_NE(r.out.find("real-time factor: "), std::string::npos) << r.out;
 
-TEST(Render, MonoAtAHighRate)
-{
-    const std::string in = temp("in-mono-96k.wav"), out = temp("out-mono-96k.wav");
-    write_wav(in, {test_signals::sine(20000, 1000.0, 96000, 0.3)}, 96000);
-    const Result r = run({in, out});
-    ASSERT_EQ(r.status, 0) << r.err;
-    EXPECT_NE(r.out.find("latency: 5320 samples"), std::string::npos) << r.out;
-    const Wav w = read_wav(out);
-    EXPECT_EQ(w.info.channels, 1);
-    EXPECT_EQ(w.info.samplerate, 96000);
-    EXPECT_EQ(w.info.frames, 20000);
+        const Sound s = read_sound(out);
+        EXPECT_EQ(s.info.frames, sf_count_t(length)) << c.name;
+        EXPECT_EQ(s.info.samplerate, c.rate) << c.name;
+        EXPECT_EQ(s.info.channels, c.channels) << c.name;
+        EXPECT_EQ(s.info.format, SF_FORMAT_WAV | SF_FORMAT_FLOAT) << c.name;
+        if (c.latency != kLatency || s.data.size() != length * size_t(c.channels)) continue;
+        // At these rates the impulses come out whole, delayed by the latency.
+        const size_t n = size_t(c.channels);
+        for (size_t i = 0; i < length; ++i) {
+            ASSERT_NEAR(s.data[i * n], i == 100 + kLatency ? 0.5 : 0.0, 1e-6) << c.name << " " << i;
+            if (n == 2) {
+                ASSERT_NEAR(s.data[i * n + 1], i == 200 + kLatency ? -0.25 : 0.0, 1e-6) << c.name << " " << i;
+            }
+        }
+    }
 }
 
 TEST(Render, DemoPhraseWithoutInput)
 {
-    const std::string out = temp("demo-out.wav"), in = temp("demo-in.wav");
-    const Result r = run({"--rate", "44100", "--write-input", in, out});
+    const std::string folder = test_folder();
+    const std::string out = folder + "/demo-out.wav", in = folder + "/demo-in.wav";
+    const Result r = run(folder, {"--rate", "44100", "--write-input", in, out});
     ASSERT_EQ(r.status, 0) << r.err;
-    const Wav input = read_wav(in), output = read_wav(out);
+    EXPECT_NE(r.out.find("latency: 2660 samples"), std::string::npos) << r.out;
+    const Sound input = read_sound(in), output = read_sound(out);
+    // The phrase as the generator renders it at that rate, saved as floats.
+    const std::vector<float> phrase = voicegen::render_demo_phrase(44100.0);
     EXPECT_EQ(input.info.samplerate, 44100);
-    EXPECT_EQ(output.info.frames, input.info.frames);
-    EXPECT_GT(input.info.frames, 44100 * 5);
+    EXPECT_EQ(input.info.channels, 1);
+    EXPECT_EQ(input.data, phrase);
+    EXPECT_EQ(output.info.samplerate, 44100);
+    EXPECT_EQ(output.info.channels, 1);
+    ASSERT_EQ(output.data.size(), phrase.size());
     // What went in comes out 2660 samples later.
-    for (size_t i = 2660; i < input.data.size(); i += 97)
-        ASSERT_NEAR(output.data[i], input.data[i - 2660], 1e-6) << i;
+    for (size_t i = kLatency; i < phrase.size(); i += 97)
+        ASSERT_NEAR(output.data[i], phrase[i - kLatency], 1e-6) << i;
+    EXPECT_EQ(files_in(folder), (std::vector<std::string>{"demo-in.wav", "demo-out.wav"}));
 }
 
-TEST(Render, ListsTheModulesClasses)
+TEST(Render, ParametersSetByValueOrListText)
 {
-    const Result r = run({"--list-classes"});
-    ASSERT_EQ(r.status, 0) << r.err;
-    EXPECT_NE(r.out.find("\"Corvane+Time_VST\""), std::string::npos) << r.out;
-    EXPECT_NE(r.out.find("\"Fx|Pitch Shift\""), std::string::npos) << r.out;
-    const Result help = run({"--help"});
-    EXPECT_EQ(help.status, 0);
-    EXPECT_NE(help.out.find("usage: corvane-render"), std::string::npos);
-}
-
-TEST(Render, MistakesGiveOneLineAndNoOutput)
-{
-    const std::string good = temp("good.wav");
-    write_wav(good, {test_signals::sine(4000, 440.0, 48000, 0.3)}, 48000);
-    const std::string three = temp("three.wav");
-    write_wav(three, {std::vector<float>(100), std::vector<float>(100), std::vector<float>(100)}, 48000);
-    const std::string text = temp("not-audio.wav");
-    if (FILE* f = std::fopen(text.c_str(), "w")) {
-        std::fputs("this is not a wav file\n", f);
-        std::fclose(f);
+    const std::string folder = test_folder();
+    const std::string in = folder + "/in.wav";
+    write_sound(in, {test_signals::sine(4800, 220.0, 48000, 0.3)}, 48000, SF_FORMAT_WAV | SF_FORMAT_FLOAT);
+    const std::vector<std::vector<std::string>> settings = {
+        {"--set", "Retune Speed=0", "--set", "Retune Speed=400"},
+        {"--set", "Detune=-100", "--set=Detune=12.5"},
+        {"--set", "Vibrato Shape=Square", "--set", "Input type=Low Male"},
+        // A list item by its number.
+        {"--set", "Vibrato Shape=3"},
+    };
+    for (const auto& s : settings) {
+        const std::string out = folder + "/out.wav";
+        std::vector<std::string> args = s;
+        args.push_back(in);
+        args.push_back(out);
+        const Result r = run(folder, args);
+        EXPECT_EQ(r.status, 0) << s[1] << ": " << r.err;
+        EXPECT_EQ(read_sound(out).info.frames, 4800) << s[1];
     }
-    const std::string out = temp("never.wav");
+}
+
+TEST(Render, ListsClassesParametersAndHelp)
+{
+    const std::string folder = test_folder();
+    const Result classes = run(folder, {"--list-classes"});
+    ASSERT_EQ(classes.status, 0) << classes.err;
+    EXPECT_NE(classes.out.find("factory vendor \"Halvorne Audio Technologies\""), std::string::npos) << classes.out;
+    EXPECT_NE(classes.out.find("class \"Corvane+Time_VST\": category \"Audio Module Class\", "
+                               "sub-categories \"Fx|Pitch Shift\", vendor \"Halvorne Audio Technologies\", "
+                               "version \"7.6.8.0\", SDK \"VST 3.5.2\""),
+              std::string::npos)
+        << classes.out;
+
+    const Result params = run(folder, {"--list-params"});
+    ASSERT_EQ(params.status, 0) << params.err;
+    // A heading and the 90 parameters.
+    EXPECT_EQ(std::count(params.out.begin(), params.out.end(), '\n'), 91) << params.out;
+    EXPECT_NE(params.out.find("Retune Speed"), std::string::npos);
+
+    const Result help = run(folder, {"--help"});
+    EXPECT_EQ(help.status, 0);
+    EXPECT_EQ(help.out.rfind("usage: corvane-render", 0), 0u) << help.out;
+    EXPECT_EQ(help.err, "");
+    EXPECT_TRUE(files_in(folder).empty());
+}
+
+TEST(Render, MistakesGiveOneLineAndLeaveNoFile)
+{
+    const std::string folder = test_folder();
+    const std::string good = folder + "/good.wav";
+    write_sound(good, {test_signals::sine(4000, 440.0, 48000, 0.3)}, 48000, SF_FORMAT_WAV | SF_FORMAT_PCM_16);
+    const std::string three = folder + "/three.wav";
+    write_sound(three, {std::vector<float>(100), std::vector<float>(100), std::vector<float>(100)}, 48000,
+                SF_FORMAT_WAV | SF_FORMAT_PCM_16);
+    const std::string text = folder + "/not-audio.wav";
+    write_text(text, "this is not a sound file\n");
+    const std::string out = folder + "/never.wav";
 
     const struct {
         std::vector<std::string> args;
-        const char* message;
+        std::string message;
     } cases[] = {
-        {{kTmp + "/missing.wav", out}, "cannot read"},
-        {{text, out}, "cannot read"},
-        {{three, out}, "3 channels"},
+        {{folder + "/missing.wav", out}, "cannot read " + folder + "/missing.wav: "},
+        {{text, out}, "cannot read " + text + ": "},
+        {{three, out}, three + " has 3 channels: only mono and stereo files are rendered"},
         {{"--set", "No Such Knob=3", good, out}, "no parameter titled \"No Such Knob\""},
-        {{"--set", "missing-equals", good, out}, "Title=value"},
-        {{"--block", "0", good, out}, "--block"},
-        {{"--block", "70000", good, out}, "--block"},
-        {{"--block", "12x", good, out}, "--block"},
-        {{"--rate", "44100", good, out}, "differs from the rate"},
-        {{"--rate", "fast", out}, "--rate"},
-        {{"--plugin", kTmp + "/None.vst3", good, out}, "no plug-in module"},
-        {{"--frobnicate", good, out}, "unknown option"},
-        {{}, "no output file"},
-        {{good, kTmp + "/no/such/folder/out.wav"}, "cannot write"},
-        {{"--write-input", kTmp + "/x.wav", good, out}, "--write-input"},
+        {{"--set", "missing-equals", good, out}, "--set takes \"Title=value\""},
+        {{"--set", "Retune Speed=400.5", good, out}, "\"Retune Speed\" = 400.5 is out of range (0 to 400)"},
+        {{"--set", "Detune=-101", good, out}, "\"Detune\" = -101 is out of range (-100 to 100)"},
+        {{"--set", "Detune=fast", good, out}, "\"Detune\" takes a number, not \"fast\""},
+        {{"--set", "Detune=", good, out}, "\"Detune\" takes a number, not \"\""},
+        {{"--set", "Vibrato Shape=Triangle", good, out},
+         "\"Vibrato Shape\" has no value \"Triangle\" (one of: (No Vibrato), Sine Wave, Square, Sawtooth)"},
+        {{"--set", "Vibrato Shape=4", good, out}, "\"Vibrato Shape\" = 4 is out of range (0 to 3)"},
+        {{"--set"}, "--set needs a value"},
+        {{"--block", "0", good, out}, "--block takes a whole number from 1 to 65536"},
+        {{"--block", "65537", good, out}, "--block takes a whole number from 1 to 65536"},
+        {{"--block", "12x", good, out}, "--block takes a whole number from 1 to 65536"},
+        {{"--block", "-5", good, out}, "--block takes a whole number from 1 to 65536"},
+        {{"--rate", "44100", good, out}, "--rate 44100 differs from the rate of " + good + " (48000 Hz)"},
+        {{"--rate", "fast", out}, "--rate takes a whole number of hertz"},
+        {{"--plugin", folder + "/None.vst3", good, out}, "no plug-in module at " + folder + "/None.vst3"},
+        {{"--frobnicate", good, out}, "unknown option --frobnicate"},
+        {{}, "no output file given"},
+        {{good, out, out}, "too many files given"},
+        {{good, folder + "/no/such/folder/out.wav"}, "cannot write " + folder + "/no/such/folder/out.wav: "},
+        {{"--write-input", folder + "/x.wav", good, out}, "--write-input saves the demo phrase"},
+        {{"--write-input", folder + "/no/x.wav", out}, "cannot write " + folder + "/no/x.wav: "},
     };
+    const std::vector<std::string> before = files_in(folder);
     for (const auto& c : cases) {
-        const Result r = run(c.args);
+        const Result r = run(folder, c.args);
         EXPECT_NE(r.status, 0) << c.message;
-        EXPECT_EQ(r.err.rfind("corvane-render: ", 0), 0u) << r.err;
-        EXPECT_NE(r.err.find(c.message), std::string::npos) << r.err;
+        EXPECT_EQ(r.err.rfind("corvane-render: " + c.message, 0), 0u) << r.err;
         EXPECT_EQ(std::count(r.err.begin(), r.err.end(), '\n'), 1) << r.err;
-        EXPECT_FALSE(exists(out)) << c.message;
+        EXPECT_EQ(r.out, "") << c.message;
+        // No output, and no temporary file left beside it.
+        EXPECT_EQ(files_in(folder), before) << c.message;
     }
-    // No temporary file is left behind either.
-    DIR* folder = ::opendir(kTmp.c_str());
-    ASSERT_NE(folder, nullptr);
-    while (const dirent* entry = ::readdir(folder))
-        EXPECT_EQ(std::string(entry->d_name).find(".corvane-render-"), std::string::npos) << entry->d_name;
-    ::closedir(folder);
+
+    // A failed render leaves a file already there as it was.
+    write_text(out, "an earlier render\n");
+    const Result r = run(folder, {"--set", "No Such Knob=1", good, out});
+    EXPECT_NE(r.status, 0);
+    EXPECT_EQ(slurp(out), "an earlier render\n");
 }

@@ -1,13 +1,16 @@
 #include "hostlib/Host_Interfaces.h"
 
-#include <memory>
-
-#include "pluginterfaces/base/ustring.h"
+#include <algorithm>
 
 using namespace Steinberg;
 using namespace Steinberg::Vst;
 
 namespace hostlib {
+
+Param_Value_Queue::Param_Value_Queue(ParamID parameter, int32 capacity) : id(parameter)
+{
+    points.reserve(size_t(std::max<int32>(capacity, 1)));
+}
 
 tresult PLUGIN_API Param_Value_Queue::getPoint(int32 index, int32& sampleOffset, ParamValue& value)
 {
@@ -19,35 +22,79 @@ tresult PLUGIN_API Param_Value_Queue::getPoint(int32 index, int32& sampleOffset,
 
 tresult PLUGIN_API Param_Value_Queue::addPoint(int32 sampleOffset, ParamValue value, int32& index)
 {
-    points.push_back({sampleOffset, value});
-    index = int32(points.size()) - 1;
+    if (sampleOffset < 0) return kResultFalse;
+    auto at = std::lower_bound(points.begin(), points.end(), sampleOffset,
+                               [](const Point& p, int32 offset) { return p.offset < offset; });
+    if (at != points.end() && at->offset == sampleOffset) {
+        at->value = value;
+        index = int32(at - points.begin());
+        return kResultOk;
+    }
+    if (points.size() == points.capacity()) return kResultFalse;
+    index = int32(at - points.begin());
+    points.insert(at, Point{sampleOffset, value});
     return kResultOk;
+}
+
+void Param_Value_Queue::reset(ParamID new_id)
+{
+    id = new_id;
+    points.clear();
+}
+
+Parameter_Changes::Parameter_Changes(int32 max_parameters, int32 max_points)
+{
+    queues.reserve(size_t(std::max<int32>(max_parameters, 1)));
+    for (int32 i = 0; i < max_parameters; ++i) queues.emplace_back(0, max_points);
 }
 
 IParamValueQueue* PLUGIN_API Parameter_Changes::getParameterData(int32 index)
 {
-    if (index < 0 || index >= int32(queues.size())) return nullptr;
-    return queues[size_t(index)].get();
+    if (index < 0 || index >= used) return nullptr;
+    return &queues[size_t(index)];
 }
 
 IParamValueQueue* PLUGIN_API Parameter_Changes::addParameterData(const ParamID& id, int32& index)
 {
-    for (size_t i = 0; i < queues.size(); ++i) {
-        if (queues[i]->getParameterId() == id) {
-            index = int32(i);
-            return queues[i].get();
+    for (int32 i = 0; i < used; ++i) {
+        if (queues[size_t(i)].getParameterId() == id) {
+            index = i;
+            return &queues[size_t(i)];
         }
     }
-    queues.push_back(std::make_unique<Param_Value_Queue>(id));
-    index = int32(queues.size()) - 1;
-    return queues.back().get();
+    if (used == int32(queues.size())) return nullptr;
+    queues[size_t(used)].reset(id);
+    index = used++;
+    return &queues[size_t(index)];
 }
 
-void Parameter_Changes::add(ParamID id, int32 offset, ParamValue value)
+bool Parameter_Changes::add(ParamID id, int32 offset, ParamValue value)
 {
     int32 index = 0;
+    IParamValueQueue* queue = addParameterData(id, index);
     int32 point = 0;
-    addParameterData(id, index)->addPoint(offset, value, point);
+    return queue != nullptr && queue->addPoint(offset, value, point) == kResultOk;
+}
+
+IParamValueQueue* Parameter_Changes::find(ParamID id)
+{
+    for (int32 i = 0; i < used; ++i) {
+        if (queues[size_t(i)].getParameterId() == id) return &queues[size_t(i)];
+    }
+    return nullptr;
+}
+
+bool Parameter_Changes::last_value(ParamID id, ParamValue& value)
+{
+    IParamValueQueue* queue = find(id);
+    if (queue == nullptr || queue->getPointCount() == 0) return false;
+    int32 offset = 0;
+    return queue->getPoint(queue->getPointCount() - 1, offset, value) == kResultOk;
+}
+
+Event_List::Event_List(int32 capacity)
+{
+    events.reserve(size_t(std::max<int32>(capacity, 1)));
 }
 
 tresult PLUGIN_API Event_List::getEvent(int32 index, Event& e)
@@ -59,74 +106,48 @@ tresult PLUGIN_API Event_List::getEvent(int32 index, Event& e)
 
 tresult PLUGIN_API Event_List::addEvent(Event& e)
 {
-    events.push_back(e);
+    if (events.size() == events.capacity()) return kResultFalse;
+    auto at = std::upper_bound(events.begin(), events.end(), e.sampleOffset,
+                               [](int32 offset, const Event& x) { return offset < x.sampleOffset; });
+    events.insert(at, e);
     return kResultOk;
+}
+
+tresult PLUGIN_API Component_Handler::beginEdit(ParamID /*id*/)
+{
+    ++openEdits;
+    return kResultOk;
+}
+
+tresult PLUGIN_API Component_Handler::performEdit(ParamID id, ParamValue valueNormalized)
+{
+    if (changes == nullptr) return kResultOk;
+    return changes->add(id, 0, valueNormalized) ? kResultOk : kResultFalse;
+}
+
+tresult PLUGIN_API Component_Handler::endEdit(ParamID /*id*/)
+{
+    if (openEdits > 0) --openEdits;
+    return kResultOk;
+}
+
+tresult PLUGIN_API Component_Handler::restartComponent(int32 flags)
+{
+    restartFlags |= flags;
+    return kResultOk;
+}
+
+int32 Component_Handler::take_restart_flags()
+{
+    const int32 flags = restartFlags;
+    restartFlags = 0;
+    return flags;
 }
 
 tresult PLUGIN_API Host_Application::getName(String128 name)
 {
-    from_utf8("corvane host", name, 128);
+    from_utf8(kName, name, 128);
     return kResultOk;
-}
-
-tresult PLUGIN_API Host_Application::createInstance(TUID /*cid*/, TUID /*iid*/, void** obj)
-{
-    *obj = nullptr;
-    return kResultFalse;
-}
-
-std::string to_utf8(const TChar* text)
-{
-    std::string out;
-    if (text == nullptr) return out;
-    for (size_t i = 0; text[i] != 0; ++i) {
-        uint32_t c = uint16_t(text[i]);
-        if (c >= 0xD800 && c < 0xDC00 && text[i + 1] >= 0xDC00 && text[i + 1] < 0xE000) {
-            c = 0x10000 + ((c - 0xD800) << 10) + (uint16_t(text[i + 1]) - 0xDC00);
-            ++i;
-        }
-        if (c < 0x80) {
-            out += char(c);
-        } else if (c < 0x800) {
-            out += char(0xC0 | (c >> 6));
-            out += char(0x80 | (c & 0x3F));
-        } else if (c < 0x10000) {
-            out += char(0xE0 | (c >> 12));
-            out += char(0x80 | ((c >> 6) & 0x3F));
-            out += char(0x80 | (c & 0x3F));
-        } else {
-            out += char(0xF0 | (c >> 18));
-            out += char(0x80 | ((c >> 12) & 0x3F));
-            out += char(0x80 | ((c >> 6) & 0x3F));
-            out += char(0x80 | (c & 0x3F));
-        }
-    }
-    return out;
-}
-
-void from_utf8(const std::string& text, TChar* out, int capacity)
-{
-    int n = 0;
-    for (size_t i = 0; i < text.size() && n < capacity - 2;) {
-        const unsigned char b = static_cast<unsigned char>(text[i]);
-        uint32_t c = b;
-        int extra = 0;
-        if (b >= 0xF0) { c = b & 0x07; extra = 3; }
-        else if (b >= 0xE0) { c = b & 0x0F; extra = 2; }
-        else if (b >= 0xC0) { c = b & 0x1F; extra = 1; }
-        ++i;
-        for (int k = 0; k < extra && i < text.size(); ++k, ++i) {
-            c = (c << 6) | (static_cast<unsigned char>(text[i]) & 0x3F);
-        }
-        if (c >= 0x10000) {
-            c -= 0x10000;
-            out[n++] = TChar(0xD800 + (c >> 10));
-            out[n++] = TChar(0xDC00 + (c & 0x3FF));
-        } else {
-            out[n++] = TChar(c);
-        }
-    }
-    out[n] = 0;
 }
 
 } // namespace hostlib

@@ -1,214 +1,368 @@
-// corvane-render: renders a WAV file, or the embedded demo phrase, through the
-// built plug-in module block by block, as a host would, without compensating
-// its latency.
+// corvane-render: renders a sound file, or the embedded demo phrase, through
+// the plug-in module block by block as a host would, into a 32-bit float WAV
+// file of the same length, rate and channels. The module's latency is not
+// compensated: the output starts with it.
 
 #include <sndfile.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cctype>
+#include <cerrno>
 #include <chrono>
 #include <cmath>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <exception>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "hostlib/Plugin_Host.h"
 #include "voicegen/Voice_Generator.h"
 
+#ifndef CORVANE_DEFAULT_BUNDLE
+#error "CORVANE_DEFAULT_BUNDLE must name the bundle the tool loads by default"
+#endif
+
 namespace {
 
+constexpr long kMinBlock = 1;
+constexpr long kMaxBlock = 65536;
+constexpr long kDefaultBlock = 512;
+constexpr long kMinRate = 8000;
+constexpr long kMaxRate = 384000;
+constexpr long kDefaultRate = 48000;
+constexpr int kMaxChannels = hostlib::Instance::kMaxChannels;
+// Frames read from the input file at a time.
+constexpr sf_count_t kReadChunk = 65536;
+
 const char* const kUsage =
-    "usage: corvane-render [--plugin BUNDLE] [--set \"Title=value\"]... [--rate HZ] [--block N]\n"
-    "                      [--write-input FILE.wav] [--list-classes] [--list-params]\n"
-    "                      [IN.wav] OUT.wav\n"
+    "usage: corvane-render [options] [IN] OUT.wav\n"
     "\n"
-    "Renders IN.wav (mono or stereo, any rate) through the plug-in into OUT.wav\n"
-    "(32-bit float, same rate and channels, latency not compensated). Without\n"
-    "IN.wav it renders the embedded demo phrase.\n"
+    "Renders IN (mono or stereo, any rate, any format libsndfile reads) through\n"
+    "the plug-in into OUT.wav: 32-bit float WAV, same rate, channels and length,\n"
+    "latency not compensated. Without IN it renders the embedded demo phrase\n"
+    "(mono). Prints the reported latency and the real-time factor (seconds of\n"
+    "audio rendered per second of processing).\n"
     "\n"
-    "  --plugin BUNDLE        the .vst3 bundle to load (default: the build's own)\n"
-    "  --set \"Title=value\"    set a parameter by its title to a plain value, or a\n"
-    "                         list parameter to one of its texts; may repeat\n"
-    "  --rate HZ              sample rate of the demo phrase (default 48000)\n"
+    "  --plugin BUNDLE        the .vst3 bundle (or .so) to load\n"
+    "                         (default: " CORVANE_DEFAULT_BUNDLE ")\n"
+    "  --set \"Title=value\"    set the parameter of that exact title to a plain\n"
+    "                         value; a list parameter takes one of its texts (or\n"
+    "                         its item number); may be repeated\n"
+    "  --rate HZ              sample rate of the demo phrase, 8000 to 384000\n"
+    "                         (default 48000); with IN, must match its rate\n"
     "  --block N              host block size, 1 to 65536 (default 512)\n"
-    "  --write-input FILE     also write the demo phrase that was rendered\n"
+    "  --write-input FILE     also write the demo phrase as rendered (no IN)\n"
     "  --list-classes         print the module's classes and exit\n"
-    "  --list-params          print the parameter table as a host sees it and exit\n"
-    "  --help                 show this text\n";
+    "  --list-params          print the parameters as a host sees them and exit\n"
+    "  --help                 show this text and exit\n";
+
+// A user's mistake or an unusable file: one line on stderr, exit status 1.
+struct Failure {
+    std::string message;
+};
+
+[[noreturn]] void fail(const std::string& message)
+{
+    throw Failure{message};
+}
+
+std::string quoted(const std::string& text)
+{
+    return "\"" + text + "\"";
+}
+
+// A whole decimal number, digits only.
+bool parse_whole(const std::string& text, long& value)
+{
+    if (text.empty() || text.size() > 9) return false;
+    for (char c : text) {
+        if (c < '0' || c > '9') return false;
+    }
+    value = std::strtol(text.c_str(), nullptr, 10);
+    return true;
+}
+
+// A finite decimal number as the C locale writes it.
+bool parse_number(const std::string& text, double& value)
+{
+    if (text.empty() || std::isspace(static_cast<unsigned char>(text[0]))) return false;
+    char* end = nullptr;
+    errno = 0;
+    value = std::strtod(text.c_str(), &end);
+    return end != nullptr && *end == '\0' && errno == 0 && std::isfinite(value) &&
+           text.find_first_of("xXnN") == std::string::npos;
+}
+
+std::string number_text(double value)
+{
+    char text[64];
+    std::snprintf(text, sizeof text, "%g", value);
+    return text;
+}
 
 struct Options {
     std::string plugin = CORVANE_DEFAULT_BUNDLE;
     std::vector<std::string> settings;
-    double rate = 48000.0;
+    long rate = kDefaultRate;
     bool rateGiven = false;
-    long block = 512;
+    long block = kDefaultBlock;
     std::string writeInput;
+    bool help = false;
     bool listClasses = false;
     bool listParams = false;
     std::string input;
     std::string output;
 };
 
-[[noreturn]] void fail(const std::string& message)
-{
-    std::fprintf(stderr, "corvane-render: %s\n", message.c_str());
-    std::exit(1);
-}
-
-bool parse_number(const std::string& text, double& value)
-{
-    if (text.empty()) return false;
-    char* end = nullptr;
-    value = std::strtod(text.c_str(), &end);
-    return end && *end == '\0' && std::isfinite(value);
-}
-
 Options parse(int argc, char** argv)
 {
     Options o;
-    std::vector<std::string> positional;
+    std::vector<std::string> files;
+    bool optionsEnded = false;
     for (int i = 1; i < argc; ++i) {
-        const std::string arg = argv[i];
-        auto value = [&](const char* name) -> std::string {
-            if (i + 1 >= argc) fail(std::string(name) + " needs a value");
+        std::string arg = argv[i];
+        if (optionsEnded || arg.size() < 2 || arg[0] != '-') {
+            files.push_back(arg);
+            continue;
+        }
+        if (arg == "--") {
+            optionsEnded = true;
+            continue;
+        }
+        // "--name=value" and "--name value" alike.
+        std::string inlineValue;
+        bool hasInline = false;
+        const size_t eq = arg.find('=');
+        if (arg.compare(0, 2, "--") == 0 && eq != std::string::npos) {
+            inlineValue = arg.substr(eq + 1);
+            arg.erase(eq);
+            hasInline = true;
+        }
+        auto value = [&]() -> std::string {
+            if (hasInline) return inlineValue;
+            if (i + 1 >= argc) fail(arg + " needs a value (see --help)");
             return argv[++i];
         };
+        auto no_value = [&]() {
+            if (hasInline) fail(arg + " takes no value (see --help)");
+        };
         if (arg == "--help" || arg == "-h") {
-            std::fputs(kUsage, stdout);
-            std::exit(0);
+            no_value();
+            o.help = true;
         } else if (arg == "--plugin") {
-            o.plugin = value("--plugin");
+            o.plugin = value();
         } else if (arg == "--set") {
-            o.settings.push_back(value("--set"));
+            o.settings.push_back(value());
         } else if (arg == "--rate") {
-            double rate = 0.0;
-            if (!parse_number(value("--rate"), rate) || rate < 8000.0 || rate > 384000.0)
-                fail("--rate takes a sample rate from 8000 to 384000 Hz");
-            o.rate = rate;
+            if (!parse_whole(value(), o.rate) || o.rate < kMinRate || o.rate > kMaxRate)
+                fail("--rate takes a whole number of hertz from 8000 to 384000");
             o.rateGiven = true;
         } else if (arg == "--block") {
-            double block = 0.0;
-            if (!parse_number(value("--block"), block) || block < 1 || block > 65536 ||
-                block != std::floor(block))
+            if (!parse_whole(value(), o.block) || o.block < kMinBlock || o.block > kMaxBlock)
                 fail("--block takes a whole number from 1 to 65536");
-            o.block = long(block);
         } else if (arg == "--write-input") {
-            o.writeInput = value("--write-input");
+            o.writeInput = value();
         } else if (arg == "--list-classes") {
+            no_value();
             o.listClasses = true;
         } else if (arg == "--list-params") {
+            no_value();
             o.listParams = true;
-        } else if (arg.size() > 1 && arg[0] == '-') {
-            fail("unknown option " + arg + " (see --help)");
         } else {
-            positional.push_back(arg);
+            fail("unknown option " + arg + " (see --help)");
         }
     }
-    if (o.listClasses || o.listParams) return o;
-    if (positional.empty()) fail("no output file given (see --help)");
-    if (positional.size() > 2) fail("too many files given (see --help)");
-    o.output = positional.back();
-    if (positional.size() == 2) o.input = positional[0];
+    if (o.help) return o;
+    if (o.listClasses || o.listParams) {
+        if (!files.empty()) fail("--list-classes and --list-params take no files");
+        return o;
+    }
+    if (files.empty()) fail("no output file given (see --help)");
+    if (files.size() > 2) fail("too many files given: at most IN and OUT (see --help)");
+    o.output = files.back();
+    if (files.size() == 2) o.input = files[0];
     if (!o.input.empty() && !o.writeInput.empty())
-        fail("--write-input writes the demo phrase, which is rendered only without an input file");
+        fail("--write-input saves the demo phrase, which is rendered only without an input file");
+    if (!o.writeInput.empty() && o.writeInput == o.output)
+        fail("--write-input and the output name the same file");
     return o;
 }
 
-// Channel-major audio.
+// Channel-major audio at a whole sample rate.
 struct Audio {
     std::vector<std::vector<float>> channels;
-    double rate = 0.0;
+    int rate = 0;
+
+    size_t frames() const { return channels.empty() ? 0 : channels[0].size(); }
 };
 
-Audio read_wav(const std::string& path)
+Audio read_audio(const std::string& path)
 {
     SF_INFO info{};
     SNDFILE* file = sf_open(path.c_str(), SFM_READ, &info);
     if (file == nullptr) fail("cannot read " + path + ": " + sf_strerror(nullptr));
-    if (info.channels < 1 || info.channels > 2) {
-        sf_close(file);
-        fail(path + " has " + std::to_string(info.channels) + " channels; mono or stereo only");
-    }
-    std::vector<float> interleaved(size_t(info.frames) * size_t(info.channels));
-    const sf_count_t got = sf_readf_float(file, interleaved.data(), info.frames);
-    sf_close(file);
+    std::unique_ptr<SNDFILE, int (*)(SNDFILE*)> closer(file, sf_close);
+    if (info.channels < 1 || info.channels > kMaxChannels)
+        fail(path + " has " + std::to_string(info.channels) +
+             " channels: only mono and stereo files are rendered");
     Audio audio;
     audio.rate = info.samplerate;
-    audio.channels.assign(size_t(info.channels), std::vector<float>(size_t(got)));
-    for (sf_count_t i = 0; i < got; ++i) {
-        for (int c = 0; c < info.channels; ++c)
-            audio.channels[size_t(c)][size_t(i)] = interleaved[size_t(i) * size_t(info.channels) + size_t(c)];
+    audio.channels.assign(size_t(info.channels), {});
+    const size_t count = size_t(info.channels);
+    std::vector<float> chunk(size_t(kReadChunk) * count);
+    // Read to the end rather than trusting the header's frame count.
+    for (;;) {
+        const sf_count_t got = sf_readf_float(file, chunk.data(), kReadChunk);
+        if (got <= 0) break;
+        for (size_t c = 0; c < count; ++c) {
+            auto& channel = audio.channels[c];
+            for (sf_count_t i = 0; i < got; ++i) channel.push_back(chunk[size_t(i) * count + c]);
+        }
     }
+    if (sf_error(file) != SF_ERR_NO_ERROR) fail("cannot read " + path + ": " + sf_strerror(file));
     return audio;
 }
 
-// Writes through a temporary file beside the target, renamed at the end, so
-// a failure leaves no half-written file behind.
-void write_wav(const std::string& path, const Audio& audio)
-{
-    const size_t slash = path.find_last_of('/');
-    const std::string folder = slash == std::string::npos ? "." : path.substr(0, slash);
-    std::string temp = folder + "/.corvane-render-XXXXXX";
-    std::vector<char> name(temp.begin(), temp.end());
-    name.push_back('\0');
-    const int fd = ::mkstemp(name.data());
-    if (fd < 0) fail("cannot write " + path + ": " + std::strerror(errno));
-    temp = name.data();
-    // mkstemp makes the file private; give it the mode any new file gets.
-    const mode_t mask = ::umask(0);
-    ::umask(mask);
-    ::fchmod(fd, 0666 & ~mask);
+// Names of the temporary files not yet renamed, for the signal handler.
+// Written outside the handler only; the handler only reads them.
+constexpr int kMaxPending = 2;
+constexpr size_t kMaxPathBytes = 4096;
+char pendingPaths[kMaxPending][kMaxPathBytes];
+volatile std::sig_atomic_t pendingUsed[kMaxPending];
 
-    SF_INFO info{};
-    info.samplerate = int(audio.rate);
-    info.channels = int(audio.channels.size());
-    info.format = SF_FORMAT_WAV | SF_FORMAT_FLOAT;
-    SNDFILE* file = sf_open_fd(fd, SFM_WRITE, &info, SF_TRUE);
-    if (file == nullptr) {
-        ::unlink(temp.c_str());
-        fail("cannot write " + path + ": " + sf_strerror(nullptr));
+extern "C" void remove_pending_and_exit(int signal)
+{
+    for (int i = 0; i < kMaxPending; ++i) {
+        if (pendingUsed[i]) ::unlink(pendingPaths[i]);
     }
-    const size_t frames = audio.channels.empty() ? 0 : audio.channels[0].size();
-    std::vector<float> interleaved(frames * audio.channels.size());
-    for (size_t i = 0; i < frames; ++i) {
-        for (size_t c = 0; c < audio.channels.size(); ++c)
-            interleaved[i * audio.channels.size() + c] = audio.channels[c][i];
-    }
-    const sf_count_t written = sf_writef_float(file, interleaved.data(), sf_count_t(frames));
-    const int closed = sf_close(file);
-    if (written != sf_count_t(frames) || closed != 0 || ::rename(temp.c_str(), path.c_str()) != 0) {
-        ::unlink(temp.c_str());
-        fail("cannot write " + path);
-    }
+    ::_exit(128 + signal);
 }
 
-void apply_setting(hostlib::Instance& instance, const std::string& setting)
+// A file written under a temporary name in the target's folder and renamed
+// onto the target by commit, so that no half-written target is ever seen.
+// Made before the work starts, so an unwritable target fails early; removed
+// if never committed, also on SIGINT, SIGTERM and SIGHUP.
+class Pending_File {
+public:
+    explicit Pending_File(const std::string& path) : target(path)
+    {
+        const size_t slash = target.find_last_of('/');
+        const std::string folder = slash == std::string::npos ? "." : target.substr(0, slash + 1);
+        std::string pattern = folder + (slash == std::string::npos ? "/" : "") + ".corvane-render-XXXXXX";
+        std::vector<char> name(pattern.begin(), pattern.end());
+        name.push_back('\0');
+        if (name.size() > kMaxPathBytes) fail("cannot write " + target + ": the name is too long");
+        const int fd = ::mkstemp(name.data());
+        if (fd < 0) fail("cannot write " + target + ": " + std::strerror(errno));
+        temp = name.data();
+        // mkstemp makes the file private; give it the mode any new file gets.
+        const mode_t mask = ::umask(0);
+        ::umask(mask);
+        ::fchmod(fd, 0666 & ~mask);
+        ::close(fd);
+        for (slot = 0; slot < kMaxPending && pendingUsed[slot]; ++slot) {
+        }
+        if (slot < kMaxPending) {
+            std::memcpy(pendingPaths[slot], temp.c_str(), temp.size() + 1);
+            pendingUsed[slot] = 1;
+        }
+    }
+
+    ~Pending_File()
+    {
+        if (!committed) ::unlink(temp.c_str());
+        release_slot();
+    }
+
+    Pending_File(const Pending_File&) = delete;
+    Pending_File& operator=(const Pending_File&) = delete;
+
+    // 32-bit float WAV.
+    void write(const Audio& audio)
+    {
+        SF_INFO info{};
+        info.samplerate = audio.rate;
+        info.channels = int(audio.channels.size());
+        info.format = SF_FORMAT_WAV | SF_FORMAT_FLOAT;
+        SNDFILE* file = sf_open(temp.c_str(), SFM_WRITE, &info);
+        if (file == nullptr) fail("cannot write " + target + ": " + sf_strerror(nullptr));
+        const size_t frames = audio.frames();
+        const size_t count = audio.channels.size();
+        std::vector<float> interleaved(frames * count);
+        for (size_t i = 0; i < frames; ++i) {
+            for (size_t c = 0; c < count; ++c) interleaved[i * count + c] = audio.channels[c][i];
+        }
+        const sf_count_t written = sf_writef_float(file, interleaved.data(), sf_count_t(frames));
+        const std::string reason = sf_strerror(file);
+        const int closed = sf_close(file);
+        if (written != sf_count_t(frames) || closed != 0) fail("cannot write " + target + ": " + reason);
+    }
+
+    void commit()
+    {
+        if (::rename(temp.c_str(), target.c_str()) != 0)
+            fail("cannot write " + target + ": " + std::strerror(errno));
+        committed = true;
+        release_slot();
+    }
+
+private:
+    void release_slot()
+    {
+        if (slot < kMaxPending) pendingUsed[slot] = 0;
+        slot = kMaxPending;
+    }
+
+    std::string target;
+    std::string temp;
+    int slot = kMaxPending;
+    bool committed = false;
+};
+
+void set_parameter(hostlib::Instance& instance, const std::string& setting)
 {
     const size_t eq = setting.find('=');
-    if (eq == std::string::npos) fail("--set takes \"Title=value\", not \"" + setting + "\"");
+    if (eq == std::string::npos) fail("--set takes \"Title=value\", not " + quoted(setting));
     const std::string title = setting.substr(0, eq);
     const std::string text = setting.substr(eq + 1);
     hostlib::Parameter_Info info;
-    if (!instance.find_parameter(title, info)) fail("no parameter titled \"" + title + "\"");
+    if (!instance.find_parameter(title, info)) fail("no parameter titled " + quoted(title));
+    if (info.flags & Steinberg::Vst::ParameterInfo::kIsReadOnly)
+        fail("parameter " + quoted(title) + " is read-only");
 
-    const bool isList = (info.flags & Steinberg::Vst::ParameterInfo::kIsList) != 0;
     double plain = 0.0;
-    if (isList && !parse_number(text, plain)) {
-        if (!instance.set_text(info.id, text))
-            fail("\"" + text + "\" is not a value of \"" + title + "\"");
-        return;
+    const bool isNumber = parse_number(text, plain);
+    if (info.is_list()) {
+        // Its texts first: a list's texts may themselves be numbers.
+        if (instance.set_text(info.id, text)) return;
+        if (!isNumber) {
+            std::string items;
+            for (Steinberg::int32 k = 0; k <= info.step_count; ++k)
+                items += (k ? ", " : "") + instance.text_of(info.id, double(k) / info.step_count);
+            fail(quoted(title) + " has no value " + quoted(text) + " (one of: " + items + ")");
+        }
+    } else if (!isNumber) {
+        fail(quoted(title) + " takes a number, not " + quoted(text));
     }
-    if (!parse_number(text, plain)) fail("\"" + title + "\" takes a number, not \"" + text + "\"");
-    const double low = instance.plain_of(info.id, 0.0);
-    const double high = instance.plain_of(info.id, 1.0);
-    if (plain < std::fmin(low, high) || plain > std::fmax(low, high)) {
-        char range[128];
-        std::snprintf(range, sizeof range, "%g to %g", std::fmin(low, high), std::fmax(low, high));
-        fail("\"" + title + "\" = " + text + " is out of range (" + range + ")");
+    if (plain < info.plain_min() || plain > info.plain_max())
+        fail(quoted(title) + " = " + text + " is out of range (" + number_text(info.plain_min()) +
+             " to " + number_text(info.plain_max()) + ")");
+    if (!instance.set_plain(info.id, plain)) fail("the plug-in refused " + quoted(setting));
+}
+
+void list_classes(const hostlib::Module& module)
+{
+    std::printf("factory vendor %s\n", quoted(module.factory_vendor()).c_str());
+    for (const auto& c : module.classes()) {
+        std::printf("class %s: category %s, sub-categories %s, vendor %s, version %s, SDK %s\n",
+                    quoted(c.name).c_str(), quoted(c.category).c_str(), quoted(c.sub_categories).c_str(),
+                    quoted(c.vendor).c_str(), quoted(c.version).c_str(), quoted(c.sdk_version).c_str());
     }
-    if (!instance.set_plain(info.id, plain)) fail("the plug-in refused \"" + setting + "\"");
 }
 
 // One line per parameter: id, title, short title, units, plain range,
@@ -216,96 +370,116 @@ void apply_setting(hostlib::Instance& instance, const std::string& setting)
 void list_parameters(hostlib::Instance& instance)
 {
     using Steinberg::Vst::ParameterInfo;
+    const struct {
+        Steinberg::int32 bit;
+        const char* name;
+    } flagNames[] = {{ParameterInfo::kCanAutomate, "automate"}, {ParameterInfo::kIsReadOnly, "read-only"},
+                     {ParameterInfo::kIsWrapAround, "wrap"},    {ParameterInfo::kIsList, "list"},
+                     {ParameterInfo::kIsHidden, "hidden"},      {ParameterInfo::kIsProgramChange, "program"},
+                     {ParameterInfo::kIsBypass, "bypass"}};
     std::printf("%-4s %-24s %-6s %-10s %-22s %-14s %-5s %s\n", "id", "title", "short", "units",
                 "range", "default", "steps", "flags");
     for (const auto& p : instance.parameters()) {
-        char range[64], fallback[64];
-        std::snprintf(range, sizeof range, "%g .. %g", instance.plain_of(p.id, 0.0),
-                      instance.plain_of(p.id, 1.0));
-        std::snprintf(fallback, sizeof fallback, "%g", instance.plain_of(p.id, p.default_normalized));
+        const std::string range = number_text(p.plain_at_0) + " .. " + number_text(p.plain_at_1);
         std::string text = instance.text_of(p.id, p.default_normalized);
-        if (text.empty()) text = fallback;
+        if (text.empty()) text = number_text(p.default_plain);
         std::string flags;
-        const struct {
-            Steinberg::int32 bit;
-            const char* name;
-        } names[] = {{ParameterInfo::kCanAutomate, "automate"}, {ParameterInfo::kIsReadOnly, "read-only"},
-                     {ParameterInfo::kIsList, "list"}, {ParameterInfo::kIsHidden, "hidden"},
-                     {ParameterInfo::kIsBypass, "bypass"}};
-        for (const auto& n : names) {
-            if (p.flags & n.bit) flags += (flags.empty() ? "" : ",") + std::string(n.name);
+        for (const auto& f : flagNames) {
+            if (p.flags & f.bit) flags += (flags.empty() ? "" : ",") + std::string(f.name);
         }
         std::printf("%-4u %-24s %-6s %-10s %-22s %-14s %-5d %s\n", p.id, p.title.c_str(),
-                    p.short_title.c_str(), p.units.c_str(), range, text.c_str(), p.step_count,
+                    p.short_title.c_str(), p.units.c_str(), range.c_str(), text.c_str(), p.step_count,
                     flags.c_str());
     }
+}
+
+int run(int argc, char** argv)
+{
+    const Options options = parse(argc, argv);
+    if (options.help) {
+        std::fputs(kUsage, stdout);
+        return 0;
+    }
+
+    std::string error;
+    const auto module = hostlib::Module::load(options.plugin, error);
+    if (!module) fail(error);
+    if (options.listClasses) {
+        list_classes(*module);
+        return 0;
+    }
+    if (options.listParams) {
+        const auto instance = hostlib::Instance::create(*module, "", error);
+        if (!instance) fail(error);
+        list_parameters(*instance);
+        return 0;
+    }
+
+    // Both targets are claimed before the work, so an unwritable one fails
+    // at once.
+    Pending_File output(options.output);
+    std::unique_ptr<Pending_File> savedInput;
+    if (!options.writeInput.empty()) savedInput = std::make_unique<Pending_File>(options.writeInput);
+
+    Audio input;
+    if (options.input.empty()) {
+        input.rate = int(options.rate);
+        input.channels.push_back(voicegen::render_demo_phrase(double(options.rate)));
+    } else {
+        input = read_audio(options.input);
+        if (options.rateGiven && input.rate != options.rate)
+            fail("--rate " + std::to_string(options.rate) + " differs from the rate of " + options.input +
+                 " (" + std::to_string(input.rate) + " Hz)");
+    }
+    const int channels = int(input.channels.size());
+    const double rate = input.rate;
+
+    const auto instance = hostlib::Instance::create(*module, "", error);
+    if (!instance) fail(error);
+    if (!instance->set_channels(channels, channels))
+        fail("the plug-in refuses " + std::string(channels == 2 ? "stereo" : "mono") + " buses");
+    if (!instance->setup(rate, Steinberg::int32(options.block), true))
+        fail("the plug-in refuses a rate of " + std::to_string(input.rate) + " Hz");
+    for (const auto& setting : options.settings) set_parameter(*instance, setting);
+    if (!instance->activate(true)) fail("the plug-in failed to activate");
+
+    Audio rendered;
+    rendered.rate = input.rate;
+    const auto start = std::chrono::steady_clock::now();
+    const Steinberg::tresult result =
+        instance->process_all(input.channels, rendered.channels, Steinberg::int32(options.block));
+    const double wallSeconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    if (result != Steinberg::kResultOk) fail("the plug-in failed to process a block");
+    const Steinberg::uint32 latency = instance->latency();
+
+    if (savedInput) {
+        savedInput->write(input);
+        savedInput->commit();
+    }
+    output.write(rendered);
+    output.commit();
+
+    const double audioSeconds = double(input.frames()) / rate;
+    std::printf("latency: %u samples (%.2f ms)\n", latency, 1000.0 * latency / rate);
+    if (audioSeconds > 0.0 && wallSeconds > 0.0)
+        std::printf("real-time factor: %.1f (%.3f s of audio in %.4f s)\n", audioSeconds / wallSeconds,
+                    audioSeconds, wallSeconds);
+    else
+        std::printf("real-time factor: n/a (%.3f s of audio)\n", audioSeconds);
+    return 0;
 }
 
 } // namespace
 
 int main(int argc, char** argv)
 {
-    const Options options = parse(argc, argv);
-
-    std::string error;
-    auto module = hostlib::Module::load(options.plugin, error);
-    if (!module) fail(error);
-
-    if (options.listClasses) {
-        std::printf("factory vendor: %s\n", module->factory_vendor().c_str());
-        for (const auto& c : module->classes()) {
-            std::printf("class \"%s\"  category \"%s\"  sub-categories \"%s\"  vendor \"%s\"  "
-                        "version \"%s\"  SDK \"%s\"\n",
-                        c.name.c_str(), c.category.c_str(), c.sub_categories.c_str(),
-                        c.vendor.c_str(), c.version.c_str(), c.sdk_version.c_str());
-        }
-        return 0;
+    for (int signal : {SIGINT, SIGTERM, SIGHUP}) std::signal(signal, remove_pending_and_exit);
+    try {
+        return run(argc, argv);
+    } catch (const Failure& failure) {
+        std::fprintf(stderr, "corvane-render: %s\n", failure.message.c_str());
+    } catch (const std::exception& e) {
+        std::fprintf(stderr, "corvane-render: %s\n", e.what());
     }
-
-    if (options.listParams) {
-        auto instance = hostlib::Instance::create(*module, "", error);
-        if (!instance) fail(error);
-        list_parameters(*instance);
-        return 0;
-    }
-
-    Audio input;
-    if (options.input.empty()) {
-        input.rate = options.rate;
-        input.channels.push_back(voicegen::render_demo_phrase(options.rate));
-    } else {
-        input = read_wav(options.input);
-        if (options.rateGiven && input.rate != options.rate)
-            fail("--rate " + std::to_string(long(options.rate)) + " differs from the rate of " +
-                 options.input + " (" + std::to_string(long(input.rate)) + " Hz)");
-    }
-    const int channels = int(input.channels.size());
-
-    auto instance = hostlib::Instance::create(*module, "", error);
-    if (!instance) fail(error);
-    if (!instance->set_channels(channels, channels))
-        fail("the plug-in refuses " + std::to_string(channels) + " channels");
-    if (!instance->setup(input.rate, Steinberg::int32(options.block), true))
-        fail("the plug-in refuses a rate of " + std::to_string(long(input.rate)) + " Hz");
-    for (const auto& setting : options.settings) apply_setting(*instance, setting);
-    if (!instance->activate(true)) fail("the plug-in failed to activate");
-
-    Audio output;
-    output.rate = input.rate;
-    const auto start = std::chrono::steady_clock::now();
-    instance->process_all(input.channels, output.channels, Steinberg::int32(options.block));
-    const double seconds =
-        std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-    const Steinberg::uint32 latency = instance->latency();
-    instance->activate(false);
-
-    if (!options.writeInput.empty()) write_wav(options.writeInput, input);
-    write_wav(options.output, output);
-
-    const double audioSeconds = double(input.channels[0].size()) / input.rate;
-    std::printf("latency: %u samples (%.1f ms)\n", latency, 1000.0 * latency / input.rate);
-    std::printf("rendered %.2f s of audio in %.3f s: real-time factor %.4f (%.0fx faster than real time)\n",
-                audioSeconds, seconds, audioSeconds > 0.0 ? seconds / audioSeconds : 0.0,
-                seconds > 0.0 ? audioSeconds / seconds : 0.0);
-    return 0;
+    return 1;
 }
