@@ -117,6 +117,70 @@ uint32 PLUGIN_API Corvane_SingleComponentEffect::getProcessContextRequirements()
            R::kNeedTimeSignature | R::kNeedTransportState;
 }
 
+void Corvane_SingleComponentEffect::putParameter(ParamID id, double plain)
+{
+    if (Parameter* parameter = parameters.getParameter(id)) {
+        parameter->setNormalized(parameter->toNormalized(plain));
+    }
+}
+
+void Corvane_SingleComponentEffect::parameterChanged(Parameter* parameter)
+{
+    if (parameter == nullptr) return;
+    const ParamID id = parameter->getInfo().id;
+    if (id > corvane::kGraphScrollRight) return;
+    const double plain = parameter->toPlain(parameter->getNormalized());
+    // Buttons act only on a press, a plain value of exactly 1.0.
+    const bool press = plain == 1.0;
+
+    switch (id) {
+    case corvane::kCorrectionMode: setCorrectionMode(press); break;
+    case corvane::kScale:
+    case corvane::kKey: {
+        auto* scale = baseParameter(corvane::kScale);
+        auto* key = baseParameter(corvane::kKey);
+        if (scale == nullptr || key == nullptr) break;
+        setScaleAndKey(int(scale->toPlain(scale->getNormalized())), int(key->toPlain(key->getNormalized())));
+        // The MIDI modes live only on the Chromatic scale.
+        if (id == corvane::kScale && plain != 2.0) {
+            if (midiScaleMode == 2) putParameter(corvane::kTargetNotes, 0.0);
+            if (midiScaleMode == 1) putParameter(corvane::kLearnScale, 0.0);
+            midiScaleMode = 0;
+        }
+        break;
+    }
+    case corvane::kDetune: scaleState.detune = int16_t(plain); break;
+    case corvane::kLearnScale:
+    case corvane::kTargetNotes: {
+        const int32 mode = id == corvane::kLearnScale ? 1 : 2;
+        if (press) {
+            // The two modes exclude each other.
+            const ParamID other = mode == 1 ? corvane::kTargetNotes : corvane::kLearnScale;
+            if (midiScaleMode != 0 && midiScaleMode != mode) putParameter(other, 0.0);
+            midiScaleMode = mode;
+        } else if (midiScaleMode == mode) {
+            midiScaleMode = 0;
+        }
+        break;
+    }
+    case corvane::kUseFormants: useFormants = press; break;
+    case corvane::kNudgeUp:
+    case corvane::kNudgeDown:
+    case corvane::kScaleUp:
+    case corvane::kScaleDown:
+    case corvane::kGraphScrollUp:
+    case corvane::kGraphScrollDown:
+    case corvane::kGraphScrollLeft:
+    case corvane::kGraphScrollRight:
+        // Held buttons repeat while their view is open; the views of these
+        // buttons come with the editor, so without one a press stops the
+        // repeat.
+        stopAutoRepeat();
+        break;
+    default: break;
+    }
+}
+
 void Corvane_SingleComponentEffect::setScaleAndKey(int scale, int key)
 {
     if (scale < 0 || scale >= scale_count) scale = 2;

@@ -34,6 +34,11 @@ public:
     void processAudio(Steinberg::Vst::ProcessData& data) override;
     void applyParameter(VST3_BaseParameter* parameter, ParamID id,
                         Steinberg::int32 sampleOffset, ParamValue value) override;
+    // Interface thread: what a control's change does beyond the engine. Rows
+    // that act on views find them absent while the editor is closed and are
+    // skipped.
+    void parameterChanged(Steinberg::Vst::Parameter* parameter) override;
+    Steinberg::int32 getMidiScaleMode() const { return midiScaleMode; }
 
     //--- Session state: the current stream (version 10, also reads 9) and the
     // old one (version 8) behind a foreign header. Interface thread.
@@ -100,6 +105,8 @@ protected:
     // Runs after every read of a state, good or not: views that show
     // restored values refresh when they are open.
     void refreshAfterState();
+    // Puts a parameter to a plain value from the program's side.
+    void putParameter(ParamID id, double plain);
     // The undo depth the effect keeps, 1 to 20; values below 1 are ignored.
     void setMaxUndos(Steinberg::int32 count);
 

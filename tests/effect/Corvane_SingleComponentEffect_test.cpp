@@ -269,3 +269,37 @@ TEST(CorvaneEffect, OldSettingsWithRulesOfTheirOwn)
     // A null stream is refused.
     EXPECT_EQ(e.effect->setState(nullptr), kResultFalse);
 }
+
+TEST(CorvaneEffect, MidiModesExcludeEachOtherAndLiveOnTheChromaticScale)
+{
+    Effect e;
+    Vst::EditController* controller = e.effect;
+    auto change = [&](Vst::ParamID id, double plain) {
+        auto* p = e.effect->getParameterObject(id);
+        p->setNormalized(p->toNormalized(plain));
+        e.effect->parameterChanged(p);
+    };
+    change(corvane::kLearnScale, 1.0);
+    EXPECT_EQ(e.effect->getMidiScaleMode(), 1);
+    change(corvane::kTargetNotes, 1.0);
+    EXPECT_EQ(e.effect->getMidiScaleMode(), 2);
+    EXPECT_EQ(controller->getParamNormalized(corvane::kLearnScale), 0.0);
+    EXPECT_EQ(controller->getParamNormalized(corvane::kTargetNotes), 1.0);
+    // Releasing the other button changes nothing; releasing this one ends it.
+    change(corvane::kLearnScale, 0.0);
+    EXPECT_EQ(e.effect->getMidiScaleMode(), 2);
+
+    // Chromatic keeps the mode, any other scale ends it and its button.
+    change(corvane::kScale, 2.0);
+    EXPECT_EQ(e.effect->getMidiScaleMode(), 2);
+    change(corvane::kScale, 5.0);
+    EXPECT_EQ(e.effect->getMidiScaleMode(), 0);
+    EXPECT_EQ(controller->getParamNormalized(corvane::kTargetNotes), 0.0);
+    EXPECT_EQ(e.effect->getScaleState().scale, 5);
+
+    change(corvane::kCorrectionMode, 1.0);
+    EXPECT_TRUE(e.effect->isGraphMode());
+    // Ids beyond the panel's rows do nothing.
+    e.effect->parameterChanged(nullptr);
+    e.effect->parameterChanged(e.effect->getParameterObject(corvane::kBypass));
+}
