@@ -6,7 +6,7 @@ JOBS ?= 2
 RENDER = $(BUILD_DIR)/tools/render/corvane-render
 BUNDLE = $(BUILD_DIR)/Corvane+Time_VST.vst3
 
-.PHONY: all deps configure build demo test test-sanitize bench install clean
+.PHONY: all deps configure build demo test test-sanitize fuzz bench install clean
 
 all: build
 
@@ -31,6 +31,17 @@ test-sanitize: deps
 	@cmake --build $(ASAN_DIR) -j $(JOBS)
 	ctest --test-dir $(ASAN_DIR) --output-on-failure -j $(JOBS)
 
+# Runs the session-state fuzzer for FUZZ_SECONDS, starting from the seeds in
+# fuzz/seeds; new inputs go to build-fuzz/corpus, crashes to build-fuzz/.
+FUZZ_DIR ?= build-fuzz
+FUZZ_SECONDS ?= 300
+fuzz:
+	@sh scripts/install-deps.sh fuzz
+	@CC=clang CXX=clang++ cmake -S . -B $(FUZZ_DIR) -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCORVANE_FUZZ=ON -DCORVANE_BUILD_TESTS=OFF -DCORVANE_BUILD_BENCH=OFF > /dev/null
+	@cmake --build $(FUZZ_DIR) -j $(JOBS) --target session_state_fuzz
+	@mkdir -p $(FUZZ_DIR)/corpus
+	$(FUZZ_DIR)/fuzz/session_state_fuzz -max_total_time=$(FUZZ_SECONDS) -max_len=65536 -artifact_prefix=$(FUZZ_DIR)/ $(FUZZ_DIR)/corpus fuzz/seeds
+
 bench: build
 	$(BUILD_DIR)/bench/corvane-bench
 
@@ -40,4 +51,4 @@ install: build
 	cp -r "$(BUNDLE)" "$(HOME)/.vst3/"
 
 clean:
-	rm -rf $(BUILD_DIR) $(ASAN_DIR) out
+	rm -rf $(BUILD_DIR) $(ASAN_DIR) $(FUZZ_DIR) out

@@ -41,7 +41,6 @@ Steinberg::int32 Corvane_SingleComponentEffect::knobMode = 0;
 
 Corvane_SingleComponentEffect::Corvane_SingleComponentEffect()
 {
-    stateVersion = 10;
     std::lock_guard<std::mutex> lock(instanceMapMutex());
     instanceMap()[this] = &dspObject;
 }

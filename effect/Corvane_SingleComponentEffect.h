@@ -42,6 +42,7 @@ public:
 
     //--- Session state: the current stream (version 10, also reads 9) and the
     // old one (version 8) behind a foreign header. Interface thread.
+    tresult PLUGIN_API getState(Steinberg::IBStream* state) SMTG_OVERRIDE;
     tresult PLUGIN_API setState(Steinberg::IBStream* state) SMTG_OVERRIDE;
     bool writeState(Steinberg::IBStreamer& streamer) override;
 

@@ -1,6 +1,7 @@
 #!/bin/sh
 # Installs the Debian packages the build, the tools and the tests need.
-# Does nothing when every package is already present.
+# Does nothing when every package is already present. With the argument
+# "fuzz" it also installs clang and its fuzzer runtime, for `make fuzz`.
 set -e
 
 PACKAGES="
@@ -20,6 +21,9 @@ xvfb
 xauth
 fonts-dejavu-core
 "
+if [ "$1" = "fuzz" ]; then
+    PACKAGES="$PACKAGES clang libclang-rt-14-dev"
+fi
 
 missing=""
 for p in $PACKAGES; do

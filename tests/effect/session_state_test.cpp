@@ -141,7 +141,16 @@ TEST_F(SessionState, VersionsAreCheckedBeforeAnythingChanges)
         const auto before = values(*target);
         EXPECT_FALSE(target->set_state(refused)) << version;
         EXPECT_EQ(values(*target), before) << version;
+        // A project saved after the failed load still opens.
+        std::vector<char> resaved;
+        ASSERT_TRUE(target->get_state(resaved));
+        EXPECT_EQ(resaved[3], 10);
+        EXPECT_TRUE(make()->set_state(resaved)) << version;
     }
+    // A version-9 stream is written back in the current form.
+    std::vector<char> upgraded;
+    ASSERT_TRUE(reader->get_state(upgraded));
+    EXPECT_EQ(upgraded, saved);
     auto target = make();
     EXPECT_FALSE(target->set_state({}));
     EXPECT_FALSE(target->set_state({0, 0}));

@@ -323,3 +323,39 @@ TEST(Render, MistakesGiveOneLineAndLeaveNoFile)
     EXPECT_NE(r.status, 0);
     EXPECT_EQ(slurp(out), "an earlier render\n");
 }
+
+TEST(Render, StateSavedAndRestored)
+{
+    const std::string folder = test_folder();
+    const std::string in = folder + "/in.wav";
+    write_sound(in, {test_signals::sine(2400, 220.0, 48000, 0.3)}, 48000, SF_FORMAT_WAV | SF_FORMAT_FLOAT);
+    const std::string first = folder + "/first.state";
+    const std::string second = folder + "/second.state";
+    const std::string defaults = folder + "/defaults.state";
+
+    Result r = run(folder, {"--set", "Scale=Major", "--set", "Detune=-25", "--save-state", first, in,
+                            folder + "/a.wav"});
+    ASSERT_EQ(r.status, 0) << r.err;
+    r = run(folder, {"--load-state", first, "--save-state", second, in, folder + "/b.wav"});
+    ASSERT_EQ(r.status, 0) << r.err;
+    r = run(folder, {"--save-state", defaults, in, folder + "/c.wav"});
+    ASSERT_EQ(r.status, 0) << r.err;
+    // What was restored is written again unchanged, and differs from the
+    // defaults, so the settings travelled through the file.
+    EXPECT_FALSE(slurp(first).empty());
+    EXPECT_EQ(slurp(first), slurp(second));
+    EXPECT_NE(slurp(first), slurp(defaults));
+
+    // A file that is not a state is refused with one line, before any audio
+    // is written.
+    const std::string junk = folder + "/junk.state";
+    write_text(junk, "not a state at all");
+    r = run(folder, {"--load-state", junk, in, folder + "/d.wav"});
+    EXPECT_EQ(r.status, 1);
+    EXPECT_NE(r.err.find("refuses the state"), std::string::npos) << r.err;
+    r = run(folder, {"--load-state", folder + "/missing.state", in, folder + "/d.wav"});
+    EXPECT_EQ(r.status, 1);
+    EXPECT_NE(r.err.find("cannot open"), std::string::npos) << r.err;
+    const auto names = files_in(folder);
+    EXPECT_EQ(std::count(names.begin(), names.end(), "d.wav"), 0);
+}

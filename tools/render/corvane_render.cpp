@@ -16,6 +16,8 @@
 #include <cstdlib>
 #include <cstring>
 #include <exception>
+#include <fstream>
+#include <iterator>
 #include <memory>
 #include <string>
 #include <vector>
@@ -57,6 +59,10 @@ const char* const kUsage =
     "                         (default 48000); with IN, must match its rate\n"
     "  --block N              host block size, 1 to 65536 (default 512)\n"
     "  --write-input FILE     also write the demo phrase as rendered (no IN)\n"
+    "  --load-state FILE      restore a state saved by --save-state (or by a\n"
+    "                         host) before the --set values are applied\n"
+    "  --save-state FILE      write the plug-in's state after the render, as a\n"
+    "                         host saves it into a project\n"
     "  --list-classes         print the module's classes and exit\n"
     "  --list-params          print the parameters as a host sees them and exit\n"
     "  --help                 show this text and exit\n";
@@ -112,6 +118,8 @@ struct Options {
     bool rateGiven = false;
     long block = kDefaultBlock;
     std::string writeInput;
+    std::string loadState;
+    std::string saveState;
     bool help = false;
     bool listClasses = false;
     bool listParams = false;
@@ -167,6 +175,10 @@ Options parse(int argc, char** argv)
                 fail("--block takes a whole number from 1 to 65536");
         } else if (arg == "--write-input") {
             o.writeInput = value();
+        } else if (arg == "--load-state") {
+            o.loadState = value();
+        } else if (arg == "--save-state") {
+            o.saveState = value();
         } else if (arg == "--list-classes") {
             no_value();
             o.listClasses = true;
@@ -393,6 +405,23 @@ void list_parameters(hostlib::Instance& instance)
     }
 }
 
+void load_state(hostlib::Instance& instance, const std::string& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    if (!file) fail("cannot open " + quoted(path) + ": " + std::strerror(errno));
+    const std::vector<char> bytes((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
+    if (!instance.set_state(bytes)) fail("the plug-in refuses the state in " + quoted(path));
+}
+
+void save_state(hostlib::Instance& instance, const std::string& path)
+{
+    std::vector<char> bytes;
+    if (!instance.get_state(bytes)) fail("the plug-in gave no state");
+    std::ofstream file(path, std::ios::binary | std::ios::trunc);
+    if (!file || !file.write(bytes.data(), std::streamsize(bytes.size())) || !file.flush())
+        fail("cannot write " + quoted(path) + ": " + std::strerror(errno));
+}
+
 int run(int argc, char** argv)
 {
     const Options options = parse(argc, argv);
@@ -440,6 +469,7 @@ int run(int argc, char** argv)
         fail("the plug-in refuses " + std::string(channels == 2 ? "stereo" : "mono") + " buses");
     if (!instance->setup(rate, Steinberg::int32(options.block), true))
         fail("the plug-in refuses a rate of " + std::to_string(input.rate) + " Hz");
+    if (!options.loadState.empty()) load_state(*instance, options.loadState);
     for (const auto& setting : options.settings) set_parameter(*instance, setting);
     if (!instance->activate(true)) fail("the plug-in failed to activate");
 
@@ -458,6 +488,7 @@ int run(int argc, char** argv)
     }
     output.write(rendered);
     output.commit();
+    if (!options.saveState.empty()) save_state(*instance, options.saveState);
 
     const double audioSeconds = double(input.frames()) / rate;
     std::printf("latency: %u samples (%.2f ms)\n", latency, 1000.0 * latency / rate);
