@@ -15,6 +15,9 @@ CV_DSPObject::CV_DSPObject(int64_t block_limit) : Downsample_DSP(block_limit)
     period_ring = new double[engine::ring_len];
     held_period_ring = new double[engine::ring_len];
     ratio_ring = new double[engine::ring_len];
+    smoother = new pitch_smoother();
+    vib_table = new float[vib_table_size];
+    set_vibrato_shape(0);
     CV_DSPObject::reset();
 }
 
@@ -28,6 +31,8 @@ CV_DSPObject::~CV_DSPObject()
     delete[] period_ring;
     delete[] held_period_ring;
     delete[] ratio_ring;
+    delete smoother;
+    delete[] vib_table;
 }
 
 void CV_DSPObject::reset()
@@ -48,6 +53,21 @@ void CV_DSPObject::reset()
         filter.clear();
     }
     for (auto& filter : mix_filter) filter.clear();
+    for (auto& filter : pre_filter) filter.clear();
+    vib_noise_filter.clear();
+    smoother->set_restart();
+    std::fill(coarse_ring, coarse_ring + coarse_len, 0.0);
+    std::fill(coarse_energy, coarse_energy + coarse_lags, 0.0);
+    std::fill(coarse_corr, coarse_corr + coarse_lags, 0.0);
+    std::fill(lag_energy, lag_energy + 2 * max_lag_half, 0.0);
+    std::fill(lag_corr, lag_corr + 2 * max_lag_half, 0.0);
+    coarse_count = coarse_index = 0;
+    base_lag = 0;
+    decide_count = 0;
+    last_target = -1;
+    target_index = 0;
+    octave_fold = 1.0;
+    frame_target_inv = 0.0;
 
     write_index = 0;
     delayed_index = ring_back(write_index, engine::delayed_distance, engine::ring_len);
@@ -85,6 +105,13 @@ void CV_DSPObject::set_sample_rate(double rate)
     for (auto& filter : anti_alias) filter.set_sampleRate(engine_sr);
     for (auto& filter : mix_filter) filter.set_sampleRate(engine_sr);
     period_scale = double(decimationFactor);
+    // The fine window: wide enough for the coarse stage's error and a
+    // vibrato's movement between decisions, narrow enough to keep the
+    // highest voices (its half width is the shortest period that locks).
+    lag_half = int32_t(std::lround(engine_sr / 2000.0));
+    lag_half = std::clamp<int32_t>(lag_half, 4, max_lag_half);
+    set_tracking(tracking_amount, input_type);
+    configure_mix_filters();
     set_samples_per_frame(samples_per_frame);
     set_retune(retune_ms, humanize_ms);
     reset();
@@ -109,27 +136,16 @@ void CV_DSPObject::set_retune(double r, double h)
     ramp_left = 0;
 }
 
-void CV_DSPObject::set_vibrato_shape(int shape)
-{
-    vibrato_shape = shape;
-    vibrato_on = shape != 0;
-}
-
 void CV_DSPObject::set_transpose(int semitones)
 {
     transpose_ratio = std::pow(2.0, double(semitones) / 12.0);
-}
-
-void CV_DSPObject::set_tracking(double tracking, int type)
-{
-    tracking_amount = tracking;
-    input_type = type;
 }
 
 void CV_DSPObject::set_samples_per_frame(double host_samples)
 {
     samples_per_frame = host_samples > 0.0 ? host_samples : engine::default_samples_per_frame;
     frame_len = samples_per_frame / double(decimationFactor);
+    update_frame_rate_values();
 }
 
 void CV_DSPObject::set_position(int64_t host_position)
@@ -232,7 +248,17 @@ void CV_DSPObject::analyze_sample(double primary, double secondary, bool two_cha
     input_ring[0][write_index] = primary;
     input_ring[1][write_index] = secondary;
 
-    // 4. Detector feed: the pitch stays unvoiced until a detector locks.
+    // 4. Detector feed.
+    double filtered = pre_filter[1].process(pre_filter[0].process(primary));
+    if (third_filter_on) filtered = pre_filter[2].process(filtered);
+    if (searching) {
+        if ((write_index & 7) == 0) {
+            const int64_t lag = coarse_update(filtered);
+            if (lag > 0) fine_start(lag);
+        }
+    } else {
+        fine_update();
+    }
 
     // 5. Control rings.
     period_ring[write_index] = period;
@@ -284,6 +310,8 @@ void CV_DSPObject::close_frame(double primary)
 {
     if (auto_mode) {
         ++frame_index;
+        if (vibrato_on && period != 0.0) vibrato_step();
+        smooth_frame();
     }
     frame_min_period = 3000.0;
     frame_max_period = -1.0;
@@ -309,7 +337,9 @@ void CV_DSPObject::output_sample(float* const* out, int64_t i, bool two_channels
     read_pos += read_ratio;
     old_read_pos += read_ratio;
     const double writer = double(write_index);
-    if (read_pos >= writer - double(engine::read_distance)) {
+    // The reader splices back once it passes its closest distance; resting
+    // exactly there (a ratio of 1.0 from the start) it keeps the fixed delay.
+    if (read_pos > writer - double(engine::read_distance)) {
         old_read_pos = read_pos;
         splice_mix = 0.0;
         read_pos -= read_period;

@@ -5,6 +5,7 @@
 #include "Common_VST3/biQuad_Filter.h"
 #include "dsp/Downsample_DSP.h"
 #include "dsp/engine_constants.h"
+#include "dsp/pitch_smoother.h"
 
 // The per-sample loop of the engine, at the engine rate: input rings, the
 // detector feed, the control rings, the residual and read rings, and the
@@ -51,23 +52,59 @@ public:
     // thread. Times in milliseconds, pitches in cents, amounts in percent.
     // Retune speed and humanize: the poles of the retune smoother.
     void set_retune(double retune_ms, double humanize_ms);
-    // 0 "(No Vibrato)", 1 sine, 2 square, 3 sawtooth.
+    // 0 "(No Vibrato)", 1 sine, 2 square, 3 sawtooth. Interface thread: a
+    // new shape rewrites the one-cycle table.
     void set_vibrato_shape(int shape);
-    void set_vibrato_pitch(double cents) { vib_pitch = cents; }
-    // Thousandths of a vibrato cycle per tracked frame.
+    // Peak pitch deviation in cents, as a factor around 1.0.
+    void set_vibrato_pitch(double cents);
+    // Table steps per tracked frame (1000 steps make a cycle).
     void set_vibrato_rate(double step) { vib_step = step; }
-    void set_vibrato_delay(double ms) { vib_delay = ms; }
-    void set_vibrato_onset(double ms) { vib_onset = ms; }
-    void set_vibrato_amplitude(double percent) { vib_amp = percent; }
-    void set_vibrato_formant(double dB) { vib_formant = dB; }
-    void set_vibrato_variation(double percent) { vib_variation = percent; }
+    // Onset delay and fade-in time in milliseconds, kept in frames.
+    void set_vibrato_delay(double ms);
+    void set_vibrato_onset(double ms);
+    // Peak gain deviation in percent.
+    void set_vibrato_amplitude(double percent) { vib_amp = percent / 100.0; }
+    // Gain in dB of the formant filter the vibrato blends in; interface
+    // thread.
+    void set_vibrato_formant(double dB);
+    // Random variation of the rate in percent.
+    void set_vibrato_variation(double percent) { vib_variation = percent * 0.2; }
     void set_ignore_vibrato(bool on) { ignore_vibrato = on; }
-    void set_natural_vibrato(double amount) { natural_amount = amount; }
+    // Scales the singer's own vibrato: 0 dB leaves it, -12 dB keeps a quarter
+    // of its depth, +12 dB makes it four times as deep.
+    void set_natural_vibrato(double dB);
     // Semitones; the ratio multiplies every stored ratio.
     void set_transpose(int semitones);
     void set_detune(int cents) { detune_cents = cents; }
-    // The detector's settings: "Tracking" and the index of "Input type".
+    // The detector's settings: "Tracking" (0 to 100) and the index of "Input
+    // type". Interface thread, never during process: sets the pre-filters.
     void set_tracking(double tracking, int input_type);
+
+    // Interface thread. The note table of Auto mode, explicit form: `count`
+    // notes (at most max_targets) in rising order of period, their periods
+    // (0 for a note that is not corrected) and `count` + 1 bounds, in host
+    // samples times 64, and how many octaves each note lies above the
+    // detector's range. A count of 0 turns the correction off.
+    void set_note_table(int64_t count, const int64_t* periods, const int64_t* bounds,
+                        const int64_t* octaves);
+    // Interface thread. The one-octave form: periods and bounds of one octave
+    // in host samples times `scale`, rising; a period is folded into it.
+    void set_octave_table(int64_t count, const int64_t* periods, const int64_t* bounds,
+                          double scale);
+
+    // The vibrato of Auto mode frame by frame, outside the audio path, for
+    // frames at framesPerSecond. Settings as on the Auto page: shape 1 to 3,
+    // rate in Hz, onset delay and rate in ms, variation in percent, pitch
+    // depth in cents. `t` is the caller's frame clock (start at 0.0); `value`
+    // and `mix` receive the shape value and the formant mix. Returns the
+    // pitch factor. Interface thread only: it keeps static state.
+    static float vibrato_factor(float& t, bool init, float& value, float& mix, float framesPerSecond,
+                                int shape, float rateHz, int onsetDelayMs, int onsetRateMs,
+                                int variation, int pitchCents);
+
+    static constexpr int64_t max_targets = 78;
+    static constexpr int64_t target_sentinel = 8388607;
+    static constexpr int64_t vib_table_size = 1000;
     void set_time_warping(bool on) { time_map_on = on; }
 
     // Interface thread. Frame length in host samples (the effect's
@@ -90,6 +127,19 @@ public:
     uint16_t get_reference_channel() const { return reference_channel; }
     bool is_started() const { return started; }
     bool is_searching() const { return searching; }
+    double get_period() const { return period; }
+    double get_last_period() const { return last_period; }
+    double get_smooth_ratio() const { return smooth_ratio; }
+    double get_applied_ratio() const { return applied_ratio; }
+    double get_target_ratio() const { return target_ratio; }
+    double get_natural_ratio() const { return natural_ratio; }
+    double get_slow_ratio() const { return slow_ratio; }
+    double get_retune_coef() const { return retune_coef; }
+    double get_filter_ratio() const { return filter_ratio; }
+    int64_t get_last_target() const { return last_target; }
+    int64_t get_target_count() const { return target_count; }
+    int32_t get_lag_half() const { return lag_half; }
+    double get_vibrato_value() const { return vib_value; }
     int64_t get_input_pos() const { return input_pos; }
     int64_t get_source_pos() const { return source_pos; }
     int64_t get_frame_index() const { return frame_index; }
@@ -120,6 +170,37 @@ protected:
     // Three-point parabolic interpolation of a ring around a position.
     static double interpolate(const double* ring, double position);
 
+    // The detector. One filtered sample every eighth sample while searching:
+    // a start lag for the fine stage, or 0.
+    int64_t coarse_update(double x);
+    // Arms the fine stage at a start lag.
+    void fine_start(int64_t lag);
+    // One sample of the fine stage, and every fifth a decision.
+    void fine_update();
+    void decide();
+    // Sum over L products x[n - i] * x[n - i - L] of the input ring.
+    double direct_corr(int64_t lag) const;
+    // The input ring `back` samples before the newest.
+    double input_back(int64_t back) const
+    {
+        return input_ring[0][ring_back(write_index, back, engine::ring_len)];
+    }
+    // Everything back to unvoiced at once, no glide.
+    void lose_lock();
+
+    // The correction of a decision with a period.
+    void correct();
+    void search_explicit();
+    void search_folded();
+    void note_change(int64_t index);
+    void check_anti_alias();
+    // Once a frame in Auto mode.
+    void vibrato_step();
+    void smooth_frame();
+    // Frame-rate values derived from the settings.
+    void update_frame_rate_values();
+    void configure_mix_filters();
+
     // Mode flags.
     bool searching = true;
     bool search_reset = true;
@@ -147,9 +228,43 @@ protected:
     // Written by the interface thread, read once per sample by the loop.
     uint16_t reference_channel = 0;
 
-    // Detector results. No detector runs yet, so the pitch stays unvoiced.
+    // Detector: the coarse stage on every eighth filtered sample.
+    static constexpr int coarse_len = 500;
+    static constexpr int coarse_lags = 250;
+    biQuad_Filter pre_filter[3];
+    bool third_filter_on = false;
+    double coarse_ring[coarse_len];
+    double coarse_energy[coarse_lags];
+    double coarse_corr[coarse_lags];
+    int64_t coarse_count = 0;
+    int64_t coarse_index = 0;
+    double rise_threshold = 0.0;
+    double dip_threshold = 0.2;
+    // The fine stage: a window of 2 * lag_half lags around the period.
+    static constexpr int max_lag_half = 30;
+    int64_t base_lag = 0;
+    int32_t lag_half = max_lag_half;
+    double lag_energy[2 * max_lag_half];
+    double lag_corr[2 * max_lag_half];
+    int64_t decide_count = 0;
+    // Detector results.
     double period = 0.0;
     double last_period = 0.0;
+
+    // Note tables of Auto mode.
+    int64_t target_count = 0;
+    bool explicit_targets = true;
+    int64_t target_period[max_targets];
+    int64_t target_bound[max_targets + 1];
+    int64_t target_octaves[max_targets];
+    int64_t target_index = 0;
+    int64_t last_target = -1;
+    double octave_fold = 1.0;
+    // Turns engine samples into the table's unit in the one-octave form.
+    double octave_table_scale = 1.0;
+    pitch_smoother* smoother;
+    double frame_target_inv = 0.0;
+    double throat_base = 1.0;
     // Display scale of the period: the engine's periods in host samples.
     double period_scale = 1.0;
 
@@ -184,6 +299,11 @@ protected:
 
     // Settings of the vibrato, the natural vibrato and the detector.
     int vibrato_shape = 0;
+    float* vib_table;
+    int64_t vib_table_len = vib_table_size;
+    biQuad_Filter vib_noise_filter;
+    double vib_delay_ms = 0.0;
+    double vib_onset_ms = 0.0;
     double vib_step = 0.0;
     double vib_pitch = 0.0;
     double vib_delay = 0.0;

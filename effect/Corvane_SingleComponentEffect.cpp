@@ -89,6 +89,7 @@ tresult PLUGIN_API Corvane_SingleComponentEffect::setupProcessing(ProcessSetup& 
     if (result != kResultOk) return result;
     dspObject.set_sample_rate(setup.sampleRate);
     dspObject.set_samples_per_frame(double(getSamplesPerFrame()));
+    updateNoteTable();
     latencySamples = int32(engine::latency * dspObject.get_decimation_factor());
     return kResultOk;
 }
@@ -148,7 +149,10 @@ void Corvane_SingleComponentEffect::parameterChanged(Parameter* parameter)
         }
         break;
     }
-    case corvane::kDetune: scaleState.detune = int16_t(plain); break;
+    case corvane::kDetune:
+        scaleState.detune = int16_t(plain);
+        updateNoteTable();
+        break;
     case corvane::kLearnScale:
     case corvane::kTargetNotes: {
         const int32 mode = id == corvane::kLearnScale ? 1 : 2;
@@ -192,6 +196,64 @@ void Corvane_SingleComponentEffect::setScaleAndKey(int scale, int key)
         keyParameter->setCurrentArray(corvane::keySpellingOf(scale));
         keyParameter->setNormalized(keyParameter->toNormalized(key));
     }
+    updateNoteTable();
+}
+
+void Corvane_SingleComponentEffect::updateNoteTable()
+{
+    // Built without allocating, so that a change arriving with the audio
+    // (automation, MIDI notes) can be taken in between two blocks.
+    const double rate = processSetup.sampleRate > 0.0 ? processSetup.sampleRate : 44100.0;
+    noteTable.build(scaleState, rate);
+    noteTable.apply(dspObject);
+}
+
+void Corvane_SingleComponentEffect::processEvents(IEventList* events)
+{
+    if (events == nullptr) return;
+    const int32 count = events->getEventCount();
+    bool changed = false;
+    for (int32 i = 0; i < count; ++i) {
+        Event e{};
+        if (events->getEvent(i, e) != kResultOk) continue;
+        int velocity;
+        int pitch;
+        if (e.type == Event::kNoteOnEvent) {
+            velocity = int(e.noteOn.velocity * 127.0f);
+            pitch = e.noteOn.pitch & 0xFF;
+        } else if (e.type == Event::kNoteOffEvent) {
+            velocity = 0;
+            pitch = e.noteOff.pitch & 0xFF;
+        } else {
+            continue;
+        }
+        if (pitch < Scale_State::lowest_note || pitch > 96) continue;
+        if (graphModeActive) continue; // recorded beside the pitch once Graph mode tracks
+        changed |= midiNoteToScale(pitch, velocity);
+    }
+    if (changed) setScaleAndKey(scaleState.scale, scaleState.key);
+}
+
+bool Corvane_SingleComponentEffect::midiNoteToScale(int pitch, int velocity)
+{
+    const int mode = midiScaleMode;
+    if (mode != 1 && mode != 2) return false;
+    if (mode == 1 && velocity == 0) return false; // learning ignores releases
+    const uint8_t removed = velocity == 0 ? 1 : 0;
+    // The note folded into the octave above middle C, relative to the key.
+    const int key = scaleState.key;
+    int n = pitch - key;
+    while (n < 60) n += 12;
+    while (n > 71) n -= 12;
+    const int pc = n - 60;
+    constexpr int chromatic = 2;
+    if (!midiOctavesAll) {
+        scaleState.setKeyRemoved(pitch - Scale_State::lowest_note, chromatic, removed);
+    } else {
+        // The row and every key of its pitch class.
+        scaleState.setRowRemoved(pc, key, chromatic, removed);
+    }
+    return true;
 }
 
 void Corvane_SingleComponentEffect::setCorrectionMode(bool graph)
@@ -295,6 +357,7 @@ void Corvane_SingleComponentEffect::applyParameter(VST3_BaseParameter* parameter
     case corvane::kDetune:
         scaleState.detune = int16_t(plain);
         dspObject.set_detune(int(plain));
+        updateNoteTable();
         break;
     case corvane::kRetuneSpeed:
     case corvane::kHumanize: {

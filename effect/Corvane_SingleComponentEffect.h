@@ -5,6 +5,7 @@
 #include "Common_VST3/VST3_SingleComponentEffect.h"
 #include "dsp/DT_DSPObject.h"
 #include "dsp/Scale_State.h"
+#include "dsp/note_tables.h"
 
 // The vocal pitch-correction effect: the one class the factory creates. It
 // owns the correction engine by value and drives it from the host's blocks.
@@ -38,6 +39,8 @@ public:
     // that act on views find them absent while the editor is closed and are
     // skipped.
     void parameterChanged(Steinberg::Vst::Parameter* parameter) override;
+    // Audio thread. Notes on and off in the MIDI modes of Auto mode.
+    void processEvents(Steinberg::Vst::IEventList* events) override;
     Steinberg::int32 getMidiScaleMode() const { return midiScaleMode; }
 
     //--- Session state: the current stream (version 10, also reads 9) and the
@@ -49,6 +52,9 @@ public:
     // Interface thread. The scale and key in force, into the scale object;
     // the key names follow the spelling of the scale.
     void setScaleAndKey(int scale, int key);
+    // Any thread, between blocks on the audio thread: the engine's note
+    // table from the scale object.
+    void updateNoteTable();
     // Interface thread. Auto (false) or Graph (true) correction.
     void setCorrectionMode(bool graph);
 
@@ -106,6 +112,9 @@ protected:
     // Runs after every read of a state, good or not: views that show
     // restored values refresh when they are open.
     void refreshAfterState();
+    // One MIDI note (19 to 96) into the Chromatic scale's marks, by the mode
+    // of parameters 36 and 37; true when a mark was written.
+    bool midiNoteToScale(int pitch, int velocity);
     // Puts a parameter to a plain value from the program's side.
     void putParameter(ParamID id, double plain);
     // The undo depth the effect keeps, 1 to 20; values below 1 are ignored.
@@ -128,6 +137,7 @@ protected:
     int64_t silentInputSamples = 0;
 
     Scale_State scaleState;
+    Note_Table noteTable;
     bool holdNoteShown = false;
     Steinberg::int32 midiScaleMode = 0;
     bool midiOctavesAll = false;

@@ -31,8 +31,10 @@ protected:
         ASSERT_TRUE(module) << error;
     }
 
+    // With `bypass` the signal takes the whole delay path with no
+    // correction, which makes it a pure delay.
     std::unique_ptr<hostlib::Instance> make(int inputs, int outputs, double rate,
-                                            int32 max_block = 4096)
+                                            int32 max_block = 4096, bool bypass = false)
     {
         std::string error;
         auto instance = hostlib::Instance::create(*module, "Corvane+Time_VST", error);
@@ -41,6 +43,7 @@ protected:
         EXPECT_TRUE(instance->set_channels(inputs, outputs));
         EXPECT_TRUE(instance->setup(rate, max_block));
         EXPECT_TRUE(instance->activate(true));
+        if (bypass) EXPECT_TRUE(instance->set_plain(89, 1.0));
         return instance;
     }
 
@@ -164,10 +167,10 @@ TEST_F(ModuleTest, LatencyIsTheEngineDelayInHostSamples)
     }
 }
 
-TEST_F(ModuleTest, ImpulseAndSignalsComeOutDelayedUnchanged)
+TEST_F(ModuleTest, BypassedImpulseAndSignalsComeOutDelayedUnchanged)
 {
     for (double rate : {44100.0, 48000.0}) {
-        auto instance = make(1, 1, rate);
+        auto instance = make(1, 1, rate, 4096, true);
         ASSERT_TRUE(instance);
         const auto impulse = test_signals::impulse(8000, 123, 0.75f);
         std::vector<std::vector<float>> out;
@@ -175,7 +178,7 @@ TEST_F(ModuleTest, ImpulseAndSignalsComeOutDelayedUnchanged)
         for (size_t i = 0; i < out[0].size(); ++i)
             ASSERT_NEAR(out[0][i], i == 123 + kEngineLatency ? 0.75 : 0.0, 1e-6) << i;
     }
-    auto instance = make(2, 2, 48000.0);
+    auto instance = make(2, 2, 48000.0, 4096, true);
     ASSERT_TRUE(instance);
     const auto a = test_signals::noise(30000, 0.9, 21);
     const auto b = test_signals::sine(30000, 330.0, 48000.0, 0.6);
@@ -192,7 +195,7 @@ TEST_F(ModuleTest, HigherRatesDelayByTheLatencyPlusTheFilters)
     // Down and up, each filter delays a 200 Hz tone by its group delay there:
     // 3.17 host samples at 96 kHz, 6.31 at 192 kHz.
     for (double rate : {88200.0, 96000.0, 192000.0}) {
-        auto instance = make(1, 1, rate);
+        auto instance = make(1, 1, rate, 4096, true);
         ASSERT_TRUE(instance);
         const auto x = test_signals::sine(size_t(rate * 1.2), 200.0, rate, 0.5);
         std::vector<std::vector<float>> out;
@@ -230,7 +233,7 @@ TEST_F(ModuleTest, LongBlocksAreCutWithoutChangingTheOutput)
 
 TEST_F(ModuleTest, VariableBlocksOfAnySizeUpToTheMaximum)
 {
-    auto instance = make(1, 2, 48000.0, 1000);
+    auto instance = make(1, 2, 48000.0, 1000, true);
     ASSERT_TRUE(instance);
     const auto x = test_signals::noise(12000, 0.4, 8);
     std::vector<float> l(x.size()), r(x.size());

@@ -1,0 +1,77 @@
+#include "dsp/note_tables.h"
+
+#include <algorithm>
+#include <cmath>
+
+double Note_Frequency(int key_note, int64_t interval, int detune)
+{
+    const double reference = 440.0 * std::pow(2.0, double(detune) / 1200.0);
+    return reference * std::pow(2.0, double(key_note - 69) / 12.0 + double(interval) / 120000.0);
+}
+
+namespace {
+
+struct Entry {
+    double period;
+    bool bypassed;
+};
+
+} // namespace
+
+void Note_Table::build(Scale_State& scale, double host_rate)
+{
+    const int s = scale.scale >= 0 && scale.scale < scale_count ? scale.scale : 2;
+    const int key = ((scale.key % 12) + 12) % 12;
+    const int64_t* intervals = scale_intervals[s];
+    Entry entries[CV_DSPObject::max_targets];
+    int n = 0;
+
+    explicit_form = Is_TwelveNoteScale(s);
+    unit = 64.0;
+    if (explicit_form) {
+        for (int k = 0; k < Scale_State::keyboard_keys; ++k) {
+            if (scale.isKeyRemoved(k, s)) continue;
+            const int note = Scale_State::lowest_note + k;
+            const int position = ((note - key) % 12 + 12) % 12;
+            const double hz = Note_Frequency(note - position, intervals[position], scale.detune);
+            entries[n++] = {host_rate / hz * unit, scale.isKeyBypassed(k, s)};
+        }
+    } else {
+        // One octave low enough that whole units resolve a small fraction of
+        // a cent: the key of MIDI octave -1.
+        const int rows = Scale_State::rowsOf(s);
+        for (int r = 0; r < rows && n < CV_DSPObject::max_targets; ++r) {
+            if (scale.isRowRemoved(r, s)) continue;
+            const double hz = Note_Frequency(key, intervals[r], scale.detune);
+            entries[n++] = {host_rate / hz * unit, scale.isRowBypassed(r, s)};
+        }
+    }
+    std::sort(entries, entries + n, [](const Entry& a, const Entry& b) { return a.period < b.period; });
+
+    count = n;
+    for (int i = 0; i < n; ++i) {
+        periods[i] = entries[i].bypassed ? 0 : int64_t(entries[i].period);
+        octaves[i] = 0;
+    }
+    for (int i = 1; i < n; ++i) bounds[i] = int64_t(std::sqrt(entries[i - 1].period * entries[i].period));
+    if (n == 0) {
+        bounds[0] = 0;
+    } else if (explicit_form) {
+        bounds[0] = 0;
+        bounds[n] = CV_DSPObject::target_sentinel;
+    } else {
+        // The octave wraps: the lowest note borders the highest one of the
+        // octave below.
+        const double wrap = std::sqrt(entries[n - 1].period * 2.0 * entries[0].period);
+        bounds[0] = int64_t(wrap * 0.5);
+        bounds[n] = int64_t(wrap);
+    }
+}
+
+void Note_Table::apply(CV_DSPObject& engine) const
+{
+    if (explicit_form)
+        engine.set_note_table(count, periods, bounds, octaves);
+    else
+        engine.set_octave_table(count, periods, bounds, unit);
+}

@@ -1,0 +1,267 @@
+// The detector and the Auto-mode correction of the engine, driven directly.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <memory>
+#include <vector>
+
+#include "dsp/DT_DSPObject.h"
+#include "dsp/note_tables.h"
+#include "support/pitch_estimate.h"
+#include "support/signals.h"
+#include "voicegen/Voice_Generator.h"
+
+namespace {
+
+constexpr int64_t kLatency = 2660;
+
+// An engine in Auto mode at a rate, its note table from a scale object.
+struct Engine {
+    DT_DSPObject dsp;
+    Scale_State scale;
+    Note_Table table;
+    double rate;
+
+    explicit Engine(double r, double retune_ms = 0.0) : rate(r)
+    {
+        dsp.set_sample_rate(rate);
+        dsp.set_channels(false, false);
+        dsp.set_tracking(50.0, 1);
+        dsp.set_retune(retune_ms, 0.0);
+        dsp.reset();
+        dsp.set_idle(false);
+        set_scale(2, 0);
+    }
+    void set_scale(int s, int key)
+    {
+        scale.scale = int16_t(s);
+        scale.key = int16_t(key);
+        table.build(scale, rate);
+        table.apply(dsp);
+    }
+    // Runs x in blocks of 256; calls `each` after every block.
+    template <typename F>
+    std::vector<float> run(const std::vector<float>& x, F each)
+    {
+        std::vector<float> y(x.size());
+        for (size_t pos = 0; pos < x.size(); pos += 256) {
+            const int64_t n = std::min<int64_t>(256, int64_t(x.size() - pos));
+            const float* in[2] = {x.data() + pos, nullptr};
+            float* out[2] = {y.data() + pos, nullptr};
+            dsp.process(in, out, n);
+            each(pos + size_t(n));
+        }
+        return y;
+    }
+    std::vector<float> run(const std::vector<float>& x)
+    {
+        return run(x, [](size_t) {});
+    }
+};
+
+double hz_at(const std::vector<float>& y, double seconds, double rate)
+{
+    return test_pitch::estimate_hz(y, size_t(seconds * rate), size_t(0.04 * rate), rate);
+}
+
+} // namespace
+
+TEST(Detector, LocksOnTonesAcrossTheVoiceRange)
+{
+    for (double rate : {44100.0, 48000.0}) {
+        for (double hz : {82.0, 110.0, 196.0, 330.0, 523.0, 880.0, 1100.0}) {
+            Engine e(rate);
+            e.dsp.set_auto_mode(false);
+            const auto x = test_signals::sine(size_t(0.5 * rate), hz, rate, 0.5);
+            double worst = 0.0;
+            bool locked = true;
+            e.run(x, [&](size_t done) {
+                if (done < size_t(0.2 * rate)) return;
+                if (e.dsp.is_searching()) locked = false;
+                worst = std::max(worst, std::fabs(e.dsp.get_period() - rate / hz));
+            });
+            EXPECT_TRUE(locked) << hz << " Hz at " << rate;
+            EXPECT_LT(worst, 0.0009 * rate / hz) << hz << " Hz at " << rate;
+        }
+    }
+}
+
+namespace {
+
+// The pitch of the output a while after the onset of a steady tone, with
+// retune 0: where the correction put it.
+double corrected_hz(Engine& e, double in_hz, double at_s = 0.45)
+{
+    const auto x = test_signals::sine(size_t(0.6 * e.rate), in_hz, e.rate, 0.5);
+    const auto y = e.run(x);
+    return hz_at(y, at_s, e.rate);
+}
+
+double note_hz(double midi) { return 440.0 * std::pow(2.0, (midi - 69.0) / 12.0); }
+
+} // namespace
+
+TEST(Correction, ChromaticSnapsToTheNearestNote)
+{
+    for (double rate : {44100.0, 48000.0, 96000.0}) {
+        const struct {
+            double in_hz, out_hz;
+        } cases[] = {
+            {450.0, note_hz(69)},   // +39 cents above A4
+            {430.0, note_hz(69)},   // -40 cents
+            {455.0, note_hz(70)},   // +58 cents: A#4
+            {200.0, note_hz(55)},   // G3 +35
+            {130.0, note_hz(48)},   // C3 -11
+            {700.0, note_hz(77)},   // F5 +16
+        };
+        for (const auto& c : cases) {
+            Engine e(rate);
+            const double out = corrected_hz(e, c.in_hz);
+            EXPECT_NEAR(test_pitch::cents_between(out, c.out_hz), 0.0, 3.0)
+                << c.in_hz << " Hz at " << rate << " gave " << out;
+        }
+    }
+}
+
+TEST(Correction, ScaleKeyDetuneAndMarks)
+{
+    const double rate = 48000.0;
+    {
+        // C major, in the one-octave form: 270 Hz (C4 +55) goes down to C4,
+        // in every octave.
+        Engine e(rate);
+        e.set_scale(0, 0);
+        EXPECT_NEAR(test_pitch::cents_between(corrected_hz(e, 270.0), note_hz(60)), 0.0, 3.0);
+        Engine low(rate);
+        low.set_scale(0, 0);
+        EXPECT_NEAR(test_pitch::cents_between(corrected_hz(low, 135.0), note_hz(48)), 0.0, 3.0);
+        // F# is no note of C major; in G major it is.
+        Engine g(rate);
+        g.set_scale(0, 7);
+        EXPECT_NEAR(test_pitch::cents_between(corrected_hz(g, 375.0), note_hz(66)), 0.0, 3.0);
+    }
+    {
+        // Detune moves the reference: A4 at 445.1 Hz.
+        Engine e(rate);
+        e.scale.detune = 20;
+        e.set_scale(2, 0);
+        EXPECT_NEAR(test_pitch::cents_between(corrected_hz(e, 452.0), 440.0), 20.0, 3.0);
+    }
+    {
+        // A removed note sends its pitches to the neighbour on their side.
+        Engine e(rate);
+        e.scale.setRowRemoved(9, 0, 2, 1); // A, in every octave
+        e.set_scale(2, 0);
+        EXPECT_NEAR(test_pitch::cents_between(corrected_hz(e, 445.0), note_hz(70)), 0.0, 3.0);
+        Engine below(rate);
+        below.scale.setRowRemoved(9, 0, 2, 1);
+        below.set_scale(2, 0);
+        EXPECT_NEAR(test_pitch::cents_between(corrected_hz(below, 435.0), note_hz(68)), 0.0, 3.0);
+    }
+    {
+        // A bypassed note passes untouched; its neighbours still correct.
+        Engine e(rate);
+        e.scale.setRowBypassed(9, 0, 2, 1);
+        e.set_scale(2, 0);
+        EXPECT_NEAR(test_pitch::cents_between(corrected_hz(e, 447.0), 447.0), 0.0, 3.0);
+        Engine g(rate);
+        g.scale.setRowBypassed(9, 0, 2, 1);
+        g.set_scale(2, 0);
+        EXPECT_NEAR(test_pitch::cents_between(corrected_hz(g, 400.0), note_hz(67)), 0.0, 3.0);
+    }
+    {
+        // Every note removed: no correction at all.
+        Engine e(rate);
+        for (int row = 0; row < 12; ++row) e.scale.setRowRemoved(row, 0, 2, 1);
+        e.set_scale(2, 0);
+        EXPECT_EQ(e.dsp.get_target_count(), 0);
+        EXPECT_NEAR(test_pitch::cents_between(corrected_hz(e, 450.0), 450.0), 0.0, 3.0);
+    }
+}
+
+TEST(Correction, RetuneSpeedSetsTheGlide)
+{
+    const double rate = 48000.0;
+    const double in_hz = 452.0; // A4 +47 cents
+    auto offset_at = [&](double retune_ms, double t) {
+        Engine e(rate, retune_ms);
+        const auto x = test_signals::sine(size_t(1.2 * rate), in_hz, rate, 0.5);
+        const auto y = e.run(x);
+        // The output at t seconds after the voice, through the delay.
+        const double out = test_pitch::estimate_hz(y, size_t(t * rate) + kLatency, size_t(0.01 * rate), rate);
+        return test_pitch::cents_between(out, 440.0);
+    };
+    // At 0 the note is caught at once.
+    EXPECT_NEAR(offset_at(0.0, 0.1), 0.0, 3.0);
+    // At 100 ms half the way is covered in about 100 ms.
+    const double early = offset_at(100.0, 0.03);
+    const double half = offset_at(100.0, 0.13);
+    const double late = offset_at(100.0, 0.9);
+    EXPECT_GT(early, 25.0);
+    EXPECT_GT(half, 12.0);
+    EXPECT_LT(half, 36.0);
+    EXPECT_NEAR(late, 0.0, 3.0);
+}
+
+TEST(Correction, RetuneAndHumanizePoles)
+{
+    DT_DSPObject dsp;
+    dsp.set_sample_rate(48000.0);
+    dsp.set_retune(0.0, 0.0);
+    EXPECT_EQ(dsp.get_retune_fast(), 0.0);
+    EXPECT_EQ(dsp.get_retune_slow(), 0.0);
+    dsp.set_retune(20.0, 30.0);
+    // Half the distance in 20 ms at one update every five samples.
+    EXPECT_NEAR(std::pow(dsp.get_retune_fast(), 48000.0 / 5.0 * 0.02), 0.5, 1e-12);
+    EXPECT_NEAR(std::pow(dsp.get_retune_slow(), 48000.0 / 5.0 * 0.05), 0.5, 1e-12);
+    EXPECT_EQ(dsp.get_ramp_len(), 3840);
+}
+
+TEST(Correction, TransposeShiftsEveryNoteAndTheAntiAliasFollows)
+{
+    const double rate = 48000.0;
+    Engine e(rate);
+    e.dsp.set_transpose(12);
+    EXPECT_NEAR(test_pitch::cents_between(corrected_hz(e, 220.0), 440.0), 0.0, 3.0);
+    EXPECT_NEAR(e.dsp.get_filter_ratio(), 2.0, 0.01);
+    Engine down(rate);
+    down.dsp.set_transpose(-7);
+    EXPECT_NEAR(test_pitch::cents_between(corrected_hz(down, 440.0), note_hz(62)), 0.0, 3.0);
+}
+
+TEST(Correction, SilenceAndNoiseNeverLock)
+{
+    Engine e(48000.0);
+    std::vector<float> silence(48000, 0.0f);
+    bool locked = false;
+    e.run(silence, [&](size_t) { locked |= !e.dsp.is_searching(); });
+    EXPECT_FALSE(locked);
+    const auto noise = test_signals::noise(48000, 0.3, 3);
+    int locked_blocks = 0, blocks = 0;
+    e.run(noise, [&](size_t) {
+        ++blocks;
+        if (!e.dsp.is_searching()) ++locked_blocks;
+    });
+    EXPECT_LT(locked_blocks, blocks / 10);
+}
+
+TEST(Correction, LockIsLostWhenTheVoiceStops)
+{
+    Engine e(48000.0);
+    auto x = test_signals::sine(24000, 300.0, 48000.0, 0.5);
+    x.resize(48000, 0.0f);
+    bool locked_in_tone = false;
+    bool searching_after = false;
+    e.run(x, [&](size_t done) {
+        if (done > 12000 && done < 24000) locked_in_tone |= !e.dsp.is_searching();
+        if (done > 25000) searching_after = e.dsp.is_searching();
+    });
+    EXPECT_TRUE(locked_in_tone);
+    EXPECT_TRUE(searching_after);
+    EXPECT_EQ(e.dsp.get_period(), 0.0);
+    // The last period is kept for the splices of the unvoiced stretch.
+    EXPECT_GT(e.dsp.get_last_period(), 150.0);
+    EXPECT_EQ(e.dsp.get_applied_ratio(), 1.0);
+}
