@@ -242,20 +242,22 @@ void CV_DSPObject::set_tracking(double tracking, int type)
     dip_threshold = 0.05 + 0.3 * t;
     rise_threshold = 0.1 - 0.1 * t;
 
-    // The pre-filters: a high-pass below the voice's range and a low-pass
-    // above its fundamentals, which also guards the decimation by eight of
-    // the coarse stage; low voices get a second low-pass against the upper
-    // harmonics that would otherwise win the first dip.
+    // The pre-filters: a high-pass below the voice's range against rumble,
+    // and low-passes with their corner at the bottom of the range, so that
+    // across the range each harmonic comes out weaker than the one below it
+    // and the fundamental wins the first dip even where a formant lifts the
+    // second or third harmonic. Only the coarse stage sees this signal; the
+    // fine stage tracks the unfiltered input around the lag it was given.
     struct Band {
         double high_pass_hz, low_pass_hz;
         bool third;
     };
     static const Band bands[5] = {
-        {100.0, 1400.0, false}, // Soprano: about 160 to 1100 Hz
-        {70.0, 1000.0, false},  // Alto/Tenor: about 100 to 700 Hz
-        {45.0, 600.0, true},    // Low Male: about 65 to 400 Hz
-        {45.0, 1600.0, false},  // Instrument: about 65 to 1300 Hz
-        {25.0, 450.0, true},    // Bass Inst: about 30 to 350 Hz
+        {80.0, 200.0, true},   // Soprano: about 160 to 1100 Hz
+        {55.0, 130.0, true},   // Alto/Tenor: about 100 to 700 Hz
+        {40.0, 90.0, true},    // Low Male: about 65 to 400 Hz
+        {40.0, 150.0, false},  // Instrument: about 65 to 1300 Hz
+        {22.0, 60.0, true},    // Bass Inst: about 30 to 350 Hz
     };
     const Band& band = bands[input_type];
     const double sr = engine_rate();

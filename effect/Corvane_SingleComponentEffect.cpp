@@ -71,6 +71,7 @@ tresult PLUGIN_API Corvane_SingleComponentEffect::initialize(FUnknown* context)
     if (result != kResultOk) return result;
     corvane::addParameters(parameters, privateParameters);
     dspObject.set_sample_rate(processSetup.sampleRate);
+    updateNoteTable();
     latencySamples = int32(engine::latency * dspObject.get_decimation_factor());
     return kResultOk;
 }

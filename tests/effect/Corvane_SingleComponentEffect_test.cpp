@@ -3,6 +3,7 @@
 #include <utility>
 #include <vector>
 
+#include "dsp/Scale_State.h"
 #include "effect/Corvane_Parameters.h"
 #include "hostlib/Host_Interfaces.h"
 #include "public.sdk/source/common/memorystream.h"
@@ -67,7 +68,8 @@ struct Effect {
         effect->release();
     }
     // One block of 64 silent samples carrying a queue of points for an id.
-    void block(Vst::ParamID id, std::vector<std::pair<int32, double>> points, int32 inputs = 1)
+    void block(Vst::ParamID id, std::vector<std::pair<int32, double>> points, int32 inputs = 1,
+               Vst::IEventList* events = nullptr)
     {
         hostlib::Parameter_Changes changes;
         for (const auto& p : points) changes.add(id, p.first, p.second);
@@ -86,6 +88,7 @@ struct Effect {
         data.inputs = &inBus;
         data.outputs = &outBus;
         data.inputParameterChanges = &changes;
+        data.inputEvents = events;
         effect->process(data);
         lastOutput = out;
     }
@@ -302,4 +305,73 @@ TEST(CorvaneEffect, MidiModesExcludeEachOtherAndLiveOnTheChromaticScale)
     // Ids beyond the panel's rows do nothing.
     e.effect->parameterChanged(nullptr);
     e.effect->parameterChanged(e.effect->getParameterObject(corvane::kBypass));
+}
+
+TEST(CorvaneEffect, MidiNotesTeachTheScaleOrPickTheTargets)
+{
+    Effect e;
+    auto press = [&](Vst::ParamID id, double plain) {
+        auto* p = e.effect->getParameterObject(id);
+        p->setNormalized(p->toNormalized(plain));
+        e.effect->parameterChanged(p);
+    };
+    auto notes = [&](std::vector<std::pair<int, float>> list) {
+        hostlib::Event_List events;
+        for (const auto& n : list) {
+            Vst::Event ev{};
+            if (n.second > 0.0f || n.second < 0.0f) {
+                ev.type = Vst::Event::kNoteOnEvent;
+                ev.noteOn.pitch = int16(n.first);
+                ev.noteOn.velocity = n.second < 0.0f ? 0.0f : n.second;
+            } else {
+                ev.type = Vst::Event::kNoteOffEvent;
+                ev.noteOff.pitch = int16(n.first);
+            }
+            events.addEvent(ev);
+        }
+        e.block(corvane::kBypass, {}, 1, &events);
+    };
+    Scale_State& scale = e.effect->getScaleState();
+    constexpr int chromatic = 2;
+    const int64_t all = e.engine->get_target_count();
+    ASSERT_EQ(all, 78);
+
+    // No mode: notes change nothing.
+    notes({{69, 0.0f}});
+    EXPECT_FALSE(scale.isKeyRemoved(69 - 19, chromatic));
+
+    // Target notes, as played: a note-off removes that one key, and the
+    // engine's table loses it at once.
+    press(corvane::kTargetNotes, 1.0);
+    notes({{69, 0.0f}});
+    EXPECT_TRUE(scale.isKeyRemoved(69 - 19, chromatic));
+    EXPECT_FALSE(scale.isKeyRemoved(57 - 19, chromatic));
+    EXPECT_EQ(e.engine->get_target_count(), all - 1);
+    // A note-on brings it back; one whose velocity truncates to 0 is a
+    // note-off; pitches 18 and 97 are ignored, 19 and 96 taken.
+    notes({{69, 0.5f}});
+    EXPECT_FALSE(scale.isKeyRemoved(69 - 19, chromatic));
+    notes({{69, 0.5f / 127.0f}});
+    EXPECT_TRUE(scale.isKeyRemoved(69 - 19, chromatic));
+    notes({{18, 0.0f}, {97, 0.0f}, {19, 0.0f}, {96, 0.0f}});
+    EXPECT_TRUE(scale.isKeyRemoved(0, chromatic));
+    EXPECT_TRUE(scale.isKeyRemoved(77, chromatic));
+    EXPECT_EQ(e.engine->get_target_count(), all - 3);
+    notes({{69, 1.0f}, {19, 1.0f}, {96, 1.0f}});
+
+    // All octaves: the pitch class's row and every key of it.
+    e.block(corvane::kMIDIOctaves, {{0, 1.0}});
+    notes({{45, 0.0f}});
+    EXPECT_TRUE(scale.isRowRemoved(9, chromatic));
+    for (int note = 21; note <= 96; note += 12) EXPECT_TRUE(scale.isKeyRemoved(note - 19, chromatic)) << note;
+    EXPECT_EQ(e.engine->get_target_count(), all - 7);
+
+    // Learning ignores releases; a note-on enables.
+    press(corvane::kLearnScale, 1.0);
+    EXPECT_EQ(e.effect->getMidiScaleMode(), 1);
+    notes({{46, 0.0f}});
+    EXPECT_FALSE(scale.isRowRemoved(10, chromatic));
+    notes({{57, 0.9f}});
+    EXPECT_FALSE(scale.isRowRemoved(9, chromatic));
+    EXPECT_EQ(e.engine->get_target_count(), all);
 }
