@@ -265,3 +265,91 @@ TEST(Correction, LockIsLostWhenTheVoiceStops)
     EXPECT_GT(e.dsp.get_last_period(), 150.0);
     EXPECT_EQ(e.dsp.get_applied_ratio(), 1.0);
 }
+
+namespace {
+
+// Peak-to-peak pitch of y, in cents, over [from, to) seconds of the input,
+// measured in short windows.
+double pitch_swing(const std::vector<float>& y, double rate, double from, double to)
+{
+    double low = 1e9, high = -1e9;
+    for (double t = from; t < to; t += 0.01) {
+        const double hz = test_pitch::estimate_hz(y, size_t(t * rate) + kLatency, size_t(0.012 * rate), rate);
+        if (hz <= 0.0) continue;
+        const double c = 1200.0 * std::log2(hz / 440.0);
+        low = std::min(low, c);
+        high = std::max(high, c);
+    }
+    return high - low;
+}
+
+} // namespace
+
+TEST(Vibrato, ShapeDepthAndOnsetOnAHeldNote)
+{
+    const double rate = 48000.0;
+    Engine e(rate);
+    e.dsp.set_samples_per_frame(200.0);
+    e.dsp.set_vibrato_shape(1);
+    e.dsp.set_vibrato_pitch(50.0);
+    e.dsp.set_vibrato_rate(1000.0 / (rate / (5.0 * 200.0))); // 5 Hz
+    e.dsp.set_vibrato_delay(500.0);
+    e.dsp.set_vibrato_onset(200.0);
+    const auto x = test_signals::sine(size_t(1.6 * rate), 440.0, rate, 0.4);
+    const auto y = e.run(x);
+    // Before the onset delay the note is held straight; after the fade-in it
+    // swings by twice the depth.
+    EXPECT_LT(pitch_swing(y, rate, 0.1, 0.45), 8.0);
+    EXPECT_NEAR(pitch_swing(y, rate, 0.9, 1.5), 100.0, 15.0);
+}
+
+TEST(Vibrato, NaturalVibratoScalesTheSingersOwn)
+{
+    const double rate = 48000.0;
+    voicegen::Voice_Settings settings;
+    settings.sample_rate = rate;
+    settings.jitter = 0.0;
+    voicegen::Voice_Generator voice(settings);
+    // A held A4 with a vibrato of 40 cents at 5.5 Hz.
+    std::vector<double> f0(size_t(2.0 * rate));
+    for (size_t i = 0; i < f0.size(); ++i)
+        f0[i] = 440.0 * std::pow(2.0, 40.0 / 1200.0 * std::sin(2.0 * M_PI * 5.5 * double(i) / rate));
+    const auto x = voice.render_contour(f0, voicegen::Vowel::A, 0.5);
+    auto swing = [&](double dB, bool ignore) {
+        Engine e(rate, 400.0); // a slow retune leaves the vibrato to these settings
+        e.dsp.set_samples_per_frame(200.0);
+        e.dsp.set_natural_vibrato(dB);
+        e.dsp.set_ignore_vibrato(ignore);
+        return pitch_swing(e.run(x), rate, 1.0, 1.8);
+    };
+    const double natural = swing(0.0, false);
+    EXPECT_NEAR(natural, 80.0, 20.0);
+    EXPECT_LT(swing(-12.0, false), 0.5 * natural);
+    EXPECT_GT(swing(6.0, false), 1.4 * natural);
+}
+
+TEST(Vibrato, FrameGeneratorForImportedNotes)
+{
+    const float fps = 240.0f;
+    float t = 0.0f, value = 0.0f, mix = 0.0f;
+    // Straight through the delay of 100 ms (24 frames).
+    float f = CV_DSPObject::vibrato_factor(t, true, value, mix, fps, 1, 5.0f, 100, 100, 0, 100);
+    EXPECT_EQ(f, 1.0f);
+    EXPECT_EQ(t, 1.0f);
+    while (t <= 24.0f) CV_DSPObject::vibrato_factor(t, false, value, mix, fps, 1, 5.0f, 100, 100, 0, 100);
+    // Then a sine of 100 cents at full depth once the onset has passed.
+    float low = 10.0f, high = 0.0f;
+    for (int i = 0; i < 200; ++i) {
+        f = CV_DSPObject::vibrato_factor(t, false, value, mix, fps, 1, 5.0f, 100, 100, 0, 100);
+        if (t > 60.0f) {
+            low = std::min(low, f);
+            high = std::max(high, f);
+            EXPECT_NEAR(std::log2(f) * 1200.0, 100.0 * value, 1e-3);
+        }
+    }
+    EXPECT_NEAR(std::log2(high) * 1200.0, 100.0, 2.0);
+    EXPECT_NEAR(std::log2(low) * 1200.0, -100.0, 2.0);
+    // An unknown shape gives no vibrato.
+    t = 50.0f;
+    EXPECT_EQ(CV_DSPObject::vibrato_factor(t, false, value, mix, fps, 7, 5.0f, 100, 100, 0, 100), 1.0f);
+}
