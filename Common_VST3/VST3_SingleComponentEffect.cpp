@@ -200,7 +200,7 @@ tresult PLUGIN_API VST3_SingleComponentEffect::getState(IBStream* state)
     if (state == nullptr) return kResultFalse;
     IBStreamer streamer(state, kLittleEndian);
     streamer.setByteOrder(kBigEndian);
-    if (!streamer.writeInt32(stateVersion)) return kResultFalse;
+    if (!streamer.writeInt32(writtenStateVersion())) return kResultFalse;
     return writeState(streamer) ? kResultOk : kResultFalse;
 }
 

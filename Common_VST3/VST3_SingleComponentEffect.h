@@ -89,6 +89,8 @@ public:
     // Interface thread: the parameters as an int32 count and (int32 id,
     // double normalized) pairs.
     virtual bool writeState(Steinberg::IBStreamer& streamer);
+    // The version getState writes first; stateVersion unless replaced.
+    virtual Steinberg::int32 writtenStateVersion() const { return stateVersion; }
     // Interface thread: reads what writeState wrote, restoring each value by
     // the road of a program value; stops at the first item that fails.
     bool readParameters(Steinberg::IBStreamer& streamer);

@@ -31,8 +31,6 @@ constexpr int32 kLegacyMarker = 0x56737457; // "VstW"
 constexpr uint32 kLegacyHeaderRest = 212;
 constexpr uint32 kForeignHeader = 40;
 constexpr int32 kOldVersion = 8;
-// The version of the stream getState writes.
-constexpr int32 kCurrentVersion = 10;
 constexpr int kLegacyWords = 42;
 
 // The scale object's marks through the streamer.
@@ -169,6 +167,13 @@ bool readOldObjectHistory(IBStreamer& streamer)
 
 } // namespace
 
+// Always the current form, whatever stateVersion a refused stream left
+// behind: a project saved after a failed load must still open.
+int32 Corvane_SingleComponentEffect::writtenStateVersion() const
+{
+    return 10;
+}
+
 bool Corvane_SingleComponentEffect::writeState(IBStreamer& streamer)
 {
     if (!VST3_SingleComponentEffect::writeState(streamer) || !writeSettings(streamer)) return false;
@@ -261,17 +266,6 @@ void Corvane_SingleComponentEffect::refreshAfterState()
 {
     // The graph views and the formant covers that show restored values come
     // with the editor; while no editor is open there is nothing to refresh.
-}
-
-tresult PLUGIN_API Corvane_SingleComponentEffect::getState(IBStream* state)
-{
-    // Always the current form, whatever stateVersion a refused stream left
-    // behind: a project saved after a failed load must still open.
-    if (state == nullptr) return kResultFalse;
-    IBStreamer streamer(state, kLittleEndian);
-    streamer.setByteOrder(kBigEndian);
-    if (!streamer.writeInt32(kCurrentVersion)) return kResultFalse;
-    return writeState(streamer) ? kResultOk : kResultFalse;
 }
 
 tresult PLUGIN_API Corvane_SingleComponentEffect::setState(IBStream* state)

@@ -45,9 +45,9 @@ public:
 
     //--- Session state: the current stream (version 10, also reads 9) and the
     // old one (version 8) behind a foreign header. Interface thread.
-    tresult PLUGIN_API getState(Steinberg::IBStream* state) SMTG_OVERRIDE;
     tresult PLUGIN_API setState(Steinberg::IBStream* state) SMTG_OVERRIDE;
     bool writeState(Steinberg::IBStreamer& streamer) override;
+    Steinberg::int32 writtenStateVersion() const override;
 
     // Interface thread. The scale and key in force, into the scale object;
     // the key names follow the spelling of the scale.
