@@ -12,6 +12,7 @@ pkg-config
 make
 juce-modules-source-data
 libcairo2-dev
+libfontconfig-dev
 libsndfile1-dev
 libx11-dev
 libgtest-dev

@@ -9,11 +9,14 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
 #include <vector>
 
+#include "plot_image.h"
+#include "render/Pitch_Plot.h"
 #include "support/signals.h"
 #include "voicegen/Voice_Generator.h"
 
@@ -358,4 +361,128 @@ TEST(Render, StateSavedAndRestored)
     EXPECT_NE(r.err.find("cannot open"), std::string::npos) << r.err;
     const auto names = files_in(folder);
     EXPECT_EQ(std::count(names.begin(), names.end(), "d.wav"), 0);
+}
+
+namespace {
+
+struct Plot_Rect {
+    int left, right, top, bottom;
+};
+
+Plot_Rect plot_rect(int width, int height)
+{
+    const render::Plot_Area a = render::Pitch_Plot::area(width, height);
+    return {int(std::ceil(a.left)), int(std::floor(a.left + a.width)), int(std::ceil(a.top)),
+            int(std::floor(a.top + a.height))};
+}
+
+} // namespace
+
+TEST(Render, PitchPlotOfTheDemoPhrase)
+{
+    const std::string folder = test_folder();
+    const std::string out = folder + "/out.wav", plot = folder + "/pitch.png";
+    const struct {
+        std::vector<std::string> size;
+        int width, height;
+    } cases[] = {{{}, 1200, 600}, {{"--plot-size", "480x240"}, 480, 240}};
+    for (const auto& c : cases) {
+        std::vector<std::string> args = c.size;
+        for (const char* a : {"--pitch-plot", plot.c_str(), out.c_str()}) args.push_back(a);
+        const Result r = run(folder, args);
+        ASSERT_EQ(r.status, 0) << r.err;
+        EXPECT_EQ(r.err, "");
+        const plot_image::Image image = plot_image::Image::from_png(plot);
+        ASSERT_EQ(image.width(), c.width);
+        ASSERT_EQ(image.height(), c.height);
+        // Both curves are there, each over much of the phrase's length.
+        const Plot_Rect a = plot_rect(c.width, c.height);
+        for (const auto colour : {render::kInputColour, render::kOutputColour}) {
+            EXPECT_GT(plot_image::count_of(image, colour, a.left, a.right, a.top, a.bottom), size_t(c.width / 2));
+            const auto columns = plot_image::columns_of(image, colour, a.left, a.right, a.top, a.bottom);
+            EXPECT_GT(columns.second - columns.first, (a.right - a.left) / 2);
+        }
+        EXPECT_EQ(files_in(folder), (std::vector<std::string>{"out.wav", "pitch.png"}));
+    }
+}
+
+TEST(Render, PitchPlotOfTheFirstChannelWithTheLatencyRemoved)
+{
+    // The first channel holds A4 from 1 s to 2 s of 3 s, the second a D#4
+    // throughout. A4 lies three semitones under a C, D#4 three above one.
+    const std::string folder = test_folder();
+    const double rate = 48000;
+    const size_t length = size_t(3.0 * rate);
+    std::vector<float> first(length, 0.0f);
+    const auto a4 = test_signals::sine(length, 440.0, rate, 0.4);
+    for (size_t i = size_t(1.0 * rate); i < size_t(2.0 * rate); ++i) first[i] = a4[i];
+    const std::string in = folder + "/in.wav", out = folder + "/out.wav", plot = folder + "/pitch.png";
+    write_sound(in, {first, test_signals::sine(length, 311.127, rate, 0.4)}, int(rate), SF_FORMAT_WAV | SF_FORMAT_FLOAT);
+    const Result r = run(folder, {"--pitch-plot", plot, in, out});
+    ASSERT_EQ(r.status, 0) << r.err;
+
+    const plot_image::Image image = plot_image::Image::from_png(plot);
+    ASSERT_EQ(image.width(), 1200);
+    const Plot_Rect a = plot_rect(1200, 600);
+    const double seconds = double(a.right - a.left) / 3.0;
+    const int middle = a.left + int(1.5 * seconds);
+    const auto grid = plot_image::grid_at(image, a.left + int(0.5 * seconds), a.top, a.bottom);
+    const double row = plot_image::mean(plot_image::rows_of(image, middle, render::kInputColour, a.top, a.bottom));
+    ASSERT_GE(row, 0.0);
+    bool under_a_c = false;
+    for (size_t i = 0; i + 3 < grid.rows.size(); ++i) {
+        if (grid.strong[i] && std::fabs(grid.rows[i + 3] - row) <= 1.5) under_a_c = true;
+    }
+    EXPECT_TRUE(under_a_c) << "input curve at row " << row;
+
+    // The output's curve spans the same second as the input's: the 2660
+    // samples of latency (55 ms, some 20 pixels here) are taken off.
+    const auto in_cols = plot_image::columns_of(image, render::kInputColour, a.left, a.right, a.top, a.bottom);
+    const auto out_cols = plot_image::columns_of(image, render::kOutputColour, a.left, a.right, a.top, a.bottom);
+    ASSERT_GE(out_cols.first, 0);
+    EXPECT_NEAR(in_cols.first - a.left, seconds, 5.0);
+    EXPECT_NEAR(out_cols.first, in_cols.first, 5.0);
+    EXPECT_NEAR(out_cols.second, in_cols.second, 5.0);
+}
+
+TEST(Render, PitchPlotMistakesGiveOneLineAndLeaveNoFile)
+{
+    const std::string folder = test_folder();
+    const std::string good = folder + "/good.wav";
+    write_sound(good, {test_signals::sine(4800, 440.0, 48000, 0.3)}, 48000, SF_FORMAT_WAV | SF_FORMAT_FLOAT);
+    const std::string out = folder + "/out.wav", plot = folder + "/plot.png";
+    const std::string size_message = "--plot-size takes WIDTHxHEIGHT in pixels, from 320x200 to 10000x10000";
+    const struct {
+        std::vector<std::string> args;
+        std::string message;
+    } cases[] = {
+        {{"--pitch-plot", folder + "/no/such/plot.png", good, out}, "cannot write " + folder + "/no/such/plot.png: "},
+        {{"--pitch-plot", out, good, out}, "--pitch-plot names the same file as another output"},
+        {{"--pitch-plot"}, "--pitch-plot needs a value"},
+        {{"--plot-size", "800x600", good, out}, "--plot-size sizes the picture of --pitch-plot"},
+        {{"--pitch-plot", plot, "--plot-size", "800", good, out}, size_message},
+        {{"--pitch-plot", plot, "--plot-size", "800x", good, out}, size_message},
+        {{"--pitch-plot", plot, "--plot-size", "x600", good, out}, size_message},
+        {{"--pitch-plot", plot, "--plot-size", "800X600", good, out}, size_message},
+        {{"--pitch-plot", plot, "--plot-size", "-800x600", good, out}, size_message},
+        {{"--pitch-plot", plot, "--plot-size", "319x600", good, out}, size_message},
+        {{"--pitch-plot", plot, "--plot-size", "800x199", good, out}, size_message},
+        {{"--pitch-plot", plot, "--plot-size", "10001x600", good, out}, size_message},
+        // A failure after the render leaves no picture either.
+        {{"--pitch-plot", plot, good, folder + "/no/such/out.wav"}, "cannot write " + folder + "/no/such/out.wav: "},
+    };
+    const std::vector<std::string> before = files_in(folder);
+    for (const auto& c : cases) {
+        const Result r = run(folder, c.args);
+        EXPECT_NE(r.status, 0) << c.message;
+        EXPECT_EQ(r.err.rfind("corvane-render: " + c.message, 0), 0u) << r.err;
+        EXPECT_EQ(std::count(r.err.begin(), r.err.end(), '\n'), 1) << r.err;
+        EXPECT_EQ(r.out, "") << c.message;
+        EXPECT_EQ(files_in(folder), before) << c.message;
+    }
+
+    // The help names the options.
+    const Result help = run(folder, {"--help"});
+    EXPECT_NE(help.out.find("--pitch-plot FILE.png"), std::string::npos);
+    EXPECT_NE(help.out.find("--plot-size WxH"), std::string::npos);
 }

@@ -1,12 +1,14 @@
 // corvane-render: renders a sound file, or the embedded demo phrase, through
 // the plug-in module block by block as a host would, into a 32-bit float WAV
 // file of the same length, rate and channels. The module's latency is not
-// compensated: the output starts with it.
+// compensated: the output starts with it. On request it also draws the
+// pitch of the input and of the output, latency removed, into a PNG file.
 
 #include <sndfile.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cctype>
 #include <cerrno>
 #include <chrono>
@@ -23,6 +25,8 @@
 #include <vector>
 
 #include "hostlib/Plugin_Host.h"
+#include "pitchtrack/Pitch_Estimator.h"
+#include "render/Pitch_Plot.h"
 #include "voicegen/Voice_Generator.h"
 
 #ifndef CORVANE_DEFAULT_BUNDLE
@@ -63,6 +67,11 @@ const char* const kUsage =
     "                         host) before the --set values are applied\n"
     "  --save-state FILE      write the plug-in's state after the render, as a\n"
     "                         host saves it into a project\n"
+    "  --pitch-plot FILE.png  also draw the pitch of the input and of the output\n"
+    "                         (shifted back by the latency) over time on a grid\n"
+    "                         of notes; of a stereo file, the first channel\n"
+    "  --plot-size WxH        size of that picture in pixels, 320x200 to\n"
+    "                         10000x10000 (default 1200x600)\n"
     "  --list-classes         print the module's classes and exit\n"
     "  --list-params          print the parameters as a host sees them and exit\n"
     "  --help                 show this text and exit\n";
@@ -104,6 +113,21 @@ bool parse_number(const std::string& text, double& value)
            text.find_first_of("xXnN") == std::string::npos;
 }
 
+// "WIDTHxHEIGHT" within the plot's limits.
+bool parse_size(const std::string& text, int& width, int& height)
+{
+    const size_t x = text.find('x');
+    long w = 0, h = 0;
+    if (x == std::string::npos || !parse_whole(text.substr(0, x), w) || !parse_whole(text.substr(x + 1), h))
+        return false;
+    if (w < render::kMinPlotWidth || h < render::kMinPlotHeight || w > render::kMaxPlotSide ||
+        h > render::kMaxPlotSide)
+        return false;
+    width = int(w);
+    height = int(h);
+    return true;
+}
+
 std::string number_text(double value)
 {
     char text[64];
@@ -120,6 +144,10 @@ struct Options {
     std::string writeInput;
     std::string loadState;
     std::string saveState;
+    std::string pitchPlot;
+    int plotWidth = render::kDefaultPlotWidth;
+    int plotHeight = render::kDefaultPlotHeight;
+    bool plotSizeGiven = false;
     bool help = false;
     bool listClasses = false;
     bool listParams = false;
@@ -179,6 +207,12 @@ Options parse(int argc, char** argv)
             o.loadState = value();
         } else if (arg == "--save-state") {
             o.saveState = value();
+        } else if (arg == "--pitch-plot") {
+            o.pitchPlot = value();
+        } else if (arg == "--plot-size") {
+            if (!parse_size(value(), o.plotWidth, o.plotHeight))
+                fail("--plot-size takes WIDTHxHEIGHT in pixels, from 320x200 to 10000x10000");
+            o.plotSizeGiven = true;
         } else if (arg == "--list-classes") {
             no_value();
             o.listClasses = true;
@@ -202,6 +236,11 @@ Options parse(int argc, char** argv)
         fail("--write-input saves the demo phrase, which is rendered only without an input file");
     if (!o.writeInput.empty() && o.writeInput == o.output)
         fail("--write-input and the output name the same file");
+    if (o.plotSizeGiven && o.pitchPlot.empty())
+        fail("--plot-size sizes the picture of --pitch-plot, which is not asked for");
+    if (!o.pitchPlot.empty() &&
+        (o.pitchPlot == o.output || o.pitchPlot == o.writeInput || o.pitchPlot == o.saveState))
+        fail("--pitch-plot names the same file as another output");
     return o;
 }
 
@@ -242,7 +281,7 @@ Audio read_audio(const std::string& path)
 
 // Names of the temporary files not yet renamed, for the signal handler.
 // Written outside the handler only; the handler only reads them.
-constexpr int kMaxPending = 2;
+constexpr int kMaxPending = 3;
 constexpr size_t kMaxPathBytes = 4096;
 char pendingPaths[kMaxPending][kMaxPathBytes];
 volatile std::sig_atomic_t pendingUsed[kMaxPending];
@@ -313,6 +352,13 @@ public:
         const std::string reason = sf_strerror(file);
         const int closed = sf_close(file);
         if (written != sf_count_t(frames) || closed != 0) fail("cannot write " + target + ": " + reason);
+    }
+
+    void write_png(cairo_surface_t* surface)
+    {
+        const cairo_status_t status = cairo_surface_write_to_png(surface, temp.c_str());
+        if (status != CAIRO_STATUS_SUCCESS)
+            fail("cannot write " + target + ": " + cairo_status_to_string(status));
     }
 
     void commit()
@@ -405,6 +451,27 @@ void list_parameters(hostlib::Instance& instance)
     }
 }
 
+// The pitch of the first channel of the input and of the output, the
+// output read from `latency` samples on so that both share one time axis.
+void write_pitch_plot(Pending_File& file, const Audio& input, const Audio& rendered, size_t latency,
+                      int width, int height)
+{
+    // The estimator's usual range, within what the rate can show.
+    pitchtrack::Estimator_Settings settings;
+    settings.max_hz = std::min(settings.max_hz, 0.25 * input.rate);
+    pitchtrack::Pitch_Estimator estimator(input.rate, settings);
+    const std::vector<float>& in = input.channels[0];
+    const std::vector<float>& out = rendered.channels[0];
+    const size_t skip = std::min(latency, out.size());
+    render::Pitch_Plot plot(estimator.track(in), estimator.track(out.data() + skip, out.size() - skip),
+                            double(in.size()) / input.rate);
+    cairo_surface_t* surface = plot.render(width, height);
+    std::unique_ptr<cairo_surface_t, void (*)(cairo_surface_t*)> owner(surface, cairo_surface_destroy);
+    file.write_png(surface);
+    owner.reset();
+    render::release_font_caches();
+}
+
 void load_state(hostlib::Instance& instance, const std::string& path)
 {
     std::ifstream file(path, std::ios::binary);
@@ -449,6 +516,8 @@ int run(int argc, char** argv)
     Pending_File output(options.output);
     std::unique_ptr<Pending_File> savedInput;
     if (!options.writeInput.empty()) savedInput = std::make_unique<Pending_File>(options.writeInput);
+    std::unique_ptr<Pending_File> plot;
+    if (!options.pitchPlot.empty()) plot = std::make_unique<Pending_File>(options.pitchPlot);
 
     Audio input;
     if (options.input.empty()) {
@@ -482,12 +551,13 @@ int run(int argc, char** argv)
     if (result != Steinberg::kResultOk) fail("the plug-in failed to process a block");
     const Steinberg::uint32 latency = instance->latency();
 
-    if (savedInput) {
-        savedInput->write(input);
-        savedInput->commit();
-    }
+    // Everything is written before anything is committed.
+    if (plot) write_pitch_plot(*plot, input, rendered, latency, options.plotWidth, options.plotHeight);
+    if (savedInput) savedInput->write(input);
     output.write(rendered);
+    if (savedInput) savedInput->commit();
     output.commit();
+    if (plot) plot->commit();
     if (!options.saveState.empty()) save_state(*instance, options.saveState);
 
     const double audioSeconds = double(input.frames()) / rate;
