@@ -15,6 +15,9 @@ libcairo2-dev
 libfontconfig-dev
 libsndfile1-dev
 libx11-dev
+libxcursor-dev
+libxtst-dev
+libexpat1-dev
 libgtest-dev
 libgmock-dev
 libbenchmark-dev

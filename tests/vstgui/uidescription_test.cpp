@@ -1,0 +1,377 @@
+#include "vstgui_test_support.h"
+
+#include "vstgui/lib/controls/cbuttons.h"
+#include "vstgui/lib/controls/cknob.h"
+#include "vstgui/lib/controls/coptionmenu.h"
+#include "vstgui/lib/controls/cparamdisplay.h"
+#include "vstgui/lib/controls/cswitch.h"
+#include "vstgui/lib/controls/cvumeter.h"
+#include "vstgui/lib/cviewcontainer.h"
+#include "vstgui/uidescription/delegationcontroller.h"
+#include "vstgui/uidescription/uidescription.h"
+#include "vstgui/uidescription/uiviewcreator.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+using namespace VSTGUI;
+
+namespace {
+
+const char* kDescription = R"(<?xml version="1.0" encoding="UTF-8"?>
+<vstgui-ui-description version="1">
+  <bitmaps>
+    <bitmap name="knob" path="knob.png"/>
+    <bitmap name="switch" path="switch.png"/>
+    <bitmap name="missing" path="missing.png"/>
+  </bitmaps>
+  <fonts>
+    <font name="label" font-name="DejaVu Sans" size="11" bold="true"/>
+  </fonts>
+  <colors>
+    <color name="text" rgba="#e0e1e2ff"/>
+    <color name="panel" rgba="#10203040"/>
+  </colors>
+  <control-tags>
+    <control-tag name="Gain" tag="3"/>
+    <control-tag name="Mode" tag="12"/>
+  </control-tags>
+  <template name="Editor" class="CViewContainer" origin="0, 0" size="300, 200"
+            minSize="300, 200" maxSize="600, 400" background-color="panel">
+    <view class="CAnimKnob" origin="10, 20" size="30, 30" control-tag="Gain" bitmap="knob"
+          default-value="0.25" view-name="GainKnob"/>
+    <view class="CHorizontalSwitch" origin="50, 20" size="90, 10" control-tag="Mode" bitmap="switch"
+          sub-pixmaps="3" height-of-one-image="10"/>
+    <view class="CViewContainer" origin="0, 100" size="300, 100" sub-controller="Lower"
+          transparent="true" autosize="left right bottom">
+      <view class="CTextLabel" origin="5, 5" size="100, 20" title="Hello" font="label" font-color="text"
+            text-alignment="left" style-no-frame="true" control-tag="77"/>
+      <view class="COnOffButton" origin="110, 5" size="20, 20" control-tag="Gain"/>
+      <view class="CView" custom-view-name="Special" origin="150, 5" size="10, 10"/>
+    </view>
+    <view class="NoSuchView" origin="0, 0" size="5, 5"/>
+    <view template="Small" origin="200, 20"/>
+  </template>
+  <template name="Small" class="CViewContainer" size="40, 30" background-color="~ RedCColor">
+    <view class="CVuMeter" origin="0, 0" size="10, 30" num-led="5" orientation="vertical"/>
+  </template>
+</vstgui-ui-description>
+)";
+
+// A controller that records what the description asks of it.
+class RecordingController : public IController {
+public:
+    std::vector<std::string> log;
+    int subControllersAlive = 0;
+
+    void valueChanged(CControl*) override {}
+    CView* createView(const UIAttributes& attributes, const IUIDescription*) override
+    {
+        log.push_back("createView " + *attributes.getAttributeValue("custom-view-name"));
+        return new CTextLabel(CRect(), "custom");
+    }
+    CView* verifyView(CView* view, const UIAttributes& attributes, const IUIDescription*) override
+    {
+        const std::string* name = attributes.getAttributeValue("view-name");
+        log.push_back(std::string("verify ") + view->getClassName() + (name ? " " + *name : ""));
+        return view;
+    }
+    IController* createSubController(UTF8StringPtr name, const IUIDescription*) override;
+};
+
+class SubController : public DelegationController, public CBaseObject {
+public:
+    SubController(RecordingController* parent) : DelegationController(parent), parent(parent)
+    {
+        ++parent->subControllersAlive;
+    }
+    ~SubController() override { --parent->subControllersAlive; }
+    CView* verifyView(CView* view, const UIAttributes& attributes, const IUIDescription* d) override
+    {
+        parent->log.push_back(std::string("sub ") + view->getClassName());
+        return DelegationController::verifyView(view, attributes, d);
+    }
+    RecordingController* parent;
+};
+
+IController* RecordingController::createSubController(UTF8StringPtr name, const IUIDescription*)
+{
+    log.push_back(std::string("createSubController ") + name);
+    return new SubController(this);
+}
+
+struct UIDescriptionFixture : ::testing::Test {
+    void SetUp() override
+    {
+        dir = vstgui_test::scratchDir();
+        vstgui_test::writeBandsPNG(dir + "/knob.png", 30, 30, {{10, 10, 10, 255}, {20, 20, 20, 255}, {30, 30, 30, 255}});
+        vstgui_test::writeBandsPNG(dir + "/switch.png", 90, 10, {{1, 1, 1, 255}, {2, 2, 2, 255}, {3, 3, 3, 255}});
+        vstgui_test::writeText(dir + "/panel.uidesc", kDescription);
+        setResourceDirectory(dir.c_str());
+    }
+    void TearDown() override { setResourceDirectory(nullptr); }
+    std::string dir;
+};
+
+using VstguiUIDescription = UIDescriptionFixture;
+
+template <class T>
+T* childOf(CView* container, uint32_t index)
+{
+    auto* c = dynamic_cast<CViewContainer*>(container);
+    return c ? dynamic_cast<T*>(c->getView(index)) : nullptr;
+}
+
+} // namespace
+
+TEST_F(VstguiUIDescription, ResourcesAreReadByName)
+{
+    auto desc = owned(new UIDescription(CResourceDescription("panel.uidesc")));
+    ASSERT_TRUE(desc->parse()) << desc->getLastError();
+    EXPECT_EQ(desc->getTemplateNames(), (std::vector<std::string>{"Editor", "Small"}));
+
+    CColor c;
+    EXPECT_TRUE(desc->getColor("text", c));
+    EXPECT_EQ(c, CColor(0xe0, 0xe1, 0xe2, 0xff));
+    EXPECT_TRUE(desc->getColor("#01020304", c));
+    EXPECT_EQ(c, CColor(1, 2, 3, 4));
+    EXPECT_TRUE(desc->getColor("~ BlueCColor", c));
+    EXPECT_EQ(c, kBlueCColor);
+    EXPECT_FALSE(desc->getColor("nothing", c));
+    EXPECT_STREQ(desc->lookupColorName(CColor(0x10, 0x20, 0x30, 0x40)), "panel");
+
+    CFontRef font = desc->getFont("label");
+    ASSERT_NE(font, nullptr);
+    EXPECT_STREQ(font->getName(), "DejaVu Sans");
+    EXPECT_EQ(font->getSize(), 11);
+    EXPECT_EQ(font->getStyle(), kBoldFace);
+    EXPECT_EQ(desc->getFont("~ NormalFontSmall"), kNormalFontSmall);
+    EXPECT_EQ(desc->getFont("unknown"), nullptr);
+
+    EXPECT_EQ(desc->getTagForName("Mode"), 12);
+    EXPECT_EQ(desc->getTagForName("Unknown"), -1);
+    EXPECT_STREQ(desc->lookupControlTagName(3), "Gain");
+
+    CBitmap* knob = desc->getBitmap("knob");
+    ASSERT_NE(knob, nullptr);
+    EXPECT_EQ(knob->getHeight(), 90);
+    EXPECT_EQ(desc->getBitmap("knob"), knob) << "loaded once";
+    EXPECT_STREQ(desc->lookupBitmapName(knob), "knob");
+    EXPECT_EQ(desc->getBitmap("missing"), nullptr);
+    EXPECT_NE(desc->getLastError().find("missing.png"), std::string::npos);
+
+    const UIAttributes* attributes = desc->getViewAttributes("Editor");
+    ASSERT_NE(attributes, nullptr);
+    CPoint maxSize;
+    EXPECT_TRUE(attributes->getPointAttribute("maxSize", maxSize));
+    EXPECT_EQ(maxSize, CPoint(600, 400));
+}
+
+TEST_F(VstguiUIDescription, TemplatesBuildTheViewTreeWithTheirAttributes)
+{
+    auto desc = owned(new UIDescription(CResourceDescription("panel.uidesc")));
+    ASSERT_TRUE(desc->parse());
+    RecordingController controller;
+    CView* root = desc->createView("Editor", &controller);
+    ASSERT_NE(root, nullptr);
+    EXPECT_NE(desc->getLastError().find("unknown view class 'NoSuchView'"), std::string::npos)
+        << desc->getLastError();
+    EXPECT_NE(desc->getLastError().find("panel.uidesc:32"), std::string::npos) << desc->getLastError();
+
+    auto* container = dynamic_cast<CViewContainer*>(root);
+    ASSERT_NE(container, nullptr);
+    EXPECT_EQ(root->getViewSize(), CRect(0, 0, 300, 200));
+    EXPECT_EQ(container->getBackgroundColor(), CColor(0x10, 0x20, 0x30, 0x40));
+    ASSERT_EQ(container->getNbViews(), 4u) << "the view of the unknown class is left out";
+
+    auto* knob = childOf<CAnimKnob>(root, 0);
+    ASSERT_NE(knob, nullptr);
+    EXPECT_EQ(knob->getViewSize(), CRect(10, 20, 40, 50));
+    EXPECT_EQ(knob->getTag(), 3);
+    EXPECT_EQ(knob->getDefaultValue(), 0.25f);
+    EXPECT_EQ(knob->getNumSubPixmaps(), 3) << "from the bitmap and the view's height";
+    EXPECT_EQ(knob->getHeightOfOneImage(), 30);
+    EXPECT_EQ(knob->getListener(), &controller);
+
+    auto* sw = childOf<CHorizontalSwitch>(root, 1);
+    ASSERT_NE(sw, nullptr);
+    EXPECT_EQ(sw->getTag(), 12);
+    EXPECT_EQ(sw->getNumSubPixmaps(), 3);
+
+    CView* lower = container->getView(2);
+    EXPECT_TRUE(lower->getTransparency());
+    EXPECT_EQ(lower->getAutosizeFlags(), kAutosizeLeft | kAutosizeRight | kAutosizeBottom);
+    auto* label = childOf<CTextLabel>(lower, 0);
+    ASSERT_NE(label, nullptr);
+    EXPECT_STREQ(label->getText(), "Hello");
+    EXPECT_EQ(label->getTag(), 77) << "a number that names no tag is the tag";
+    EXPECT_EQ(label->getFontColor(), CColor(0xe0, 0xe1, 0xe2, 0xff));
+    EXPECT_EQ(label->getFont()->getSize(), 11);
+    EXPECT_EQ(label->getHoriAlign(), kLeftText);
+    EXPECT_EQ(label->getStyle() & kNoFrame, kNoFrame);
+    EXPECT_NE(childOf<COnOffButton>(lower, 1), nullptr);
+    auto* custom = childOf<CTextLabel>(lower, 2);
+    ASSERT_NE(custom, nullptr);
+    EXPECT_STREQ(custom->getText(), "custom");
+    EXPECT_EQ(custom->getViewSize(), CRect(150, 5, 160, 15)) << "attributes apply to custom views";
+
+    auto* small = childOf<CViewContainer>(root, 3);
+    ASSERT_NE(small, nullptr);
+    EXPECT_EQ(small->getViewSize(), CRect(200, 20, 240, 50)) << "the template at the view's origin";
+    EXPECT_EQ(small->getBackgroundColor(), kRedCColor);
+    auto* meter = childOf<CVuMeter>(small, 0);
+    ASSERT_NE(meter, nullptr);
+    EXPECT_EQ(meter->getNbLed(), 5);
+
+    // Children are verified before their parents, and the sub-controller
+    // sees the views of its element.
+    EXPECT_EQ(controller.log,
+              (std::vector<std::string>{"verify CAnimKnob GainKnob", "verify CHorizontalSwitch",
+                                        "createSubController Lower", "sub CTextLabel", "verify CTextLabel",
+                                        "sub COnOffButton", "verify COnOffButton", "createView Special",
+                                        "sub CTextLabel", "verify CTextLabel", "sub CViewContainer",
+                                        "verify CViewContainer", "verify CVuMeter", "verify CViewContainer",
+                                        "verify CViewContainer"}));
+    EXPECT_EQ(controller.subControllersAlive, 1);
+    root->forget();
+    EXPECT_EQ(controller.subControllersAlive, 0) << "the view that names a sub-controller owns it";
+}
+
+TEST_F(VstguiUIDescription, AttributeValuesReadBackInTheDescriptionsNotation)
+{
+    auto desc = owned(new UIDescription(CResourceDescription("panel.uidesc")));
+    ASSERT_TRUE(desc->parse());
+    CView* root = desc->createView("Editor", nullptr);
+    ASSERT_NE(root, nullptr);
+    const auto* factory = dynamic_cast<const UIViewFactory*>(desc->getViewFactory());
+    ASSERT_NE(factory, nullptr);
+    CView* knob = childOf<CView>(root, 0);
+    struct Case {
+        const char* name;
+        const char* value;
+    };
+    for (const Case& c : {Case{"origin", "10, 20"}, Case{"size", "30, 30"}, Case{"control-tag", "Gain"},
+                          Case{"bitmap", "knob"}, Case{"default-value", "0.25"}, Case{"sub-pixmaps", "3"},
+                          Case{"angle-range", "270"}}) {
+        std::string value;
+        EXPECT_TRUE(factory->getAttributeValue(knob, c.name, value, desc)) << c.name;
+        EXPECT_EQ(value, c.value) << c.name;
+    }
+    std::list<std::string> names;
+    EXPECT_TRUE(factory->getAttributeNamesForView(knob, names));
+    EXPECT_NE(std::find(names.begin(), names.end(), "origin"), names.end());
+    EXPECT_NE(std::find(names.begin(), names.end(), "inverse-bitmap"), names.end());
+    EXPECT_EQ(factory->getAttributeType(knob, "bitmap"), IViewCreator::kBitmapType);
+    EXPECT_STREQ(factory->getViewName(knob), "CAnimKnob");
+    root->forget();
+}
+
+TEST_F(VstguiUIDescription, BadFilesGiveAMessageAndNoDescription)
+{
+    struct Case {
+        const char* file;
+        const char* content;
+        const char* message;
+    };
+    const std::vector<Case> cases = {
+        {"truncated.uidesc", "<vstgui-ui-description version=\"1\">\n<template name=\"A\">\n",
+         "truncated.uidesc:3: XML error"},
+        {"mismatched.uidesc", "<vstgui-ui-description>\n<template name=\"A\"></view>\n</vstgui-ui-description>",
+         "mismatched.uidesc:2: XML error: mismatched tag"},
+        {"other.uidesc", "<html/>", "the root element is not <vstgui-ui-description>"},
+        {"empty.uidesc", "", "XML error"},
+        {"absent.uidesc", nullptr, "cannot open"},
+    };
+    for (const auto& c : cases) {
+        if (c.content) vstgui_test::writeText(dir + "/" + c.file, c.content);
+        auto desc = owned(new UIDescription(CResourceDescription(c.file)));
+        EXPECT_FALSE(desc->parse()) << c.file;
+        EXPECT_NE(desc->getLastError().find(c.message), std::string::npos) << desc->getLastError();
+        EXPECT_EQ(desc->createView("A", nullptr), nullptr);
+    }
+}
+
+TEST_F(VstguiUIDescription, UnusableTemplatesGiveNoViewAndAMessage)
+{
+    vstgui_test::writeText(dir + "/odd.uidesc", R"(<vstgui-ui-description version="1">
+  <colors><color name="bad" rgba="red"/></colors>
+  <template name="Unknown" class="Nothing" size="10, 10"/>
+  <template name="Loop" size="10, 10"><view template="Loop"/></template>
+  <template name="Abstract" class="CControl" size="10, 10"/>
+</vstgui-ui-description>)");
+    auto desc = owned(new UIDescription(CResourceDescription("odd.uidesc")));
+    ASSERT_TRUE(desc->parse());
+    EXPECT_NE(desc->getLastError().find("colour 'bad'"), std::string::npos);
+    EXPECT_EQ(desc->createView("Unknown", nullptr), nullptr);
+    EXPECT_NE(desc->getLastError().find("unknown view class 'Nothing'"), std::string::npos);
+    EXPECT_EQ(desc->createView("Absent", nullptr), nullptr);
+    EXPECT_NE(desc->getLastError().find("no template named 'Absent'"), std::string::npos);
+    EXPECT_EQ(desc->createView("Abstract", nullptr), nullptr);
+    EXPECT_NE(desc->getLastError().find("cannot be made"), std::string::npos);
+    CView* loop = desc->createView("Loop", nullptr);
+    ASSERT_NE(loop, nullptr) << "the outer template stands, the endless nesting is cut";
+    EXPECT_NE(desc->getLastError().find("nest too deep"), std::string::npos);
+    loop->forget();
+}
+
+namespace {
+
+// A control of the program's own with a creator based on CControl's, as
+// the panel's custom controls have.
+class TestButton : public CControl {
+public:
+    TestButton() : CControl(CRect(), nullptr, -1) {}
+    void draw(CDrawContext*) override {}
+    CLASS_METHODS(TestButton, CControl)
+    SharedPointer<CBitmap> flash;
+};
+
+class TestButtonCreator : public ViewCreatorAdapter {
+public:
+    TestButtonCreator() { UIViewFactory::registerViewCreator(*this); }
+    ~TestButtonCreator() override { UIViewFactory::unregisterViewCreator(*this); }
+    IdStringPtr getViewName() const override { return "TestButton"; }
+    IdStringPtr getBaseViewName() const override { return "CControl"; }
+    CView* create(const UIAttributes&, const IUIDescription*) const override { return new TestButton(); }
+    bool apply(CView* view, const UIAttributes& a, const IUIDescription* d) const override
+    {
+        auto* b = dynamic_cast<TestButton*>(view);
+        if (!b) return false;
+        if (const std::string* v = a.getAttributeValue("flashBitmap")) {
+            if (CBitmap* bitmap = d->getBitmap(v->c_str())) b->flash = bitmap;
+        }
+        return true;
+    }
+};
+
+} // namespace
+
+TEST_F(VstguiUIDescription, RegisteredCreatorsMakeTheProgramsOwnClassesWithTheirBasesAttributes)
+{
+    TestButtonCreator creator;
+    vstgui_test::writeText(dir + "/custom.uidesc", R"(<vstgui-ui-description version="1">
+  <bitmaps><bitmap name="flash" path="knob.png"/></bitmaps>
+  <control-tags><control-tag name="Go" tag="31"/></control-tags>
+  <template name="T" size="50, 50">
+    <view class="TestButton" origin="1, 2" size="3, 4" control-tag="Go" flashBitmap="flash" max-value="2"/>
+    <view class="TestButton" flashBitmap="nothing"/>
+  </template>
+</vstgui-ui-description>)");
+    auto desc = owned(new UIDescription(CResourceDescription("custom.uidesc")));
+    ASSERT_TRUE(desc->parse());
+    CView* root = desc->createView("T", nullptr);
+    ASSERT_NE(root, nullptr);
+    auto* button = childOf<TestButton>(root, 0);
+    ASSERT_NE(button, nullptr);
+    EXPECT_EQ(button->getViewSize(), CRect(1, 2, 4, 6));
+    EXPECT_EQ(button->getTag(), 31);
+    EXPECT_EQ(button->getMax(), 2.f);
+    EXPECT_EQ(button->flash.get(), desc->getBitmap("flash"));
+    auto* plain = childOf<TestButton>(root, 1);
+    ASSERT_NE(plain, nullptr);
+    EXPECT_EQ(plain->flash.get(), nullptr) << "an unknown bitmap leaves the field";
+    EXPECT_EQ(plain->getTag(), -1);
+    root->forget();
+}
