@@ -232,7 +232,9 @@ void Corvane_SingleComponentEffect::processEvents(IEventList* events)
         if (graphModeActive) continue; // recorded beside the pitch once Graph mode tracks
         changed |= midiNoteToScale(pitch, velocity);
     }
-    if (changed) setScaleAndKey(scaleState.scale, scaleState.key);
+    // Scale and key are unchanged: only the marks moved, so the table is
+    // rebuilt without touching any parameter object on the audio thread.
+    if (changed) updateNoteTable();
 }
 
 bool Corvane_SingleComponentEffect::midiNoteToScale(int pitch, int velocity)

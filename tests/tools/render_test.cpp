@@ -143,6 +143,28 @@ void write_text(const std::string& path, const char* text)
     }
 }
 
+// A run the tool must refuse: its one-line message starts with `message`.
+struct Mistake {
+    std::vector<std::string> args;
+    std::string message;
+};
+
+// Each mistake fails with one line on stderr, nothing on stdout, and leaves
+// the folder as it was: no output and no temporary file beside it.
+template <size_t N>
+void expect_mistakes(const std::string& folder, const Mistake (&cases)[N])
+{
+    const std::vector<std::string> before = files_in(folder);
+    for (const auto& c : cases) {
+        const Result r = run(folder, c.args);
+        EXPECT_NE(r.status, 0) << c.message;
+        EXPECT_EQ(r.err.rfind("corvane-render: " + c.message, 0), 0u) << r.err;
+        EXPECT_EQ(std::count(r.err.begin(), r.err.end(), '\n'), 1) << r.err;
+        EXPECT_EQ(r.out, "") << c.message;
+        EXPECT_EQ(files_in(folder), before) << c.message;
+    }
+}
+
 } // namespace
 
 TEST(Render, OutputHasTheInputsLengthRateAndChannels)
@@ -278,10 +300,7 @@ TEST(Render, MistakesGiveOneLineAndLeaveNoFile)
     write_text(text, "this is not a sound file\n");
     const std::string out = folder + "/never.wav";
 
-    const struct {
-        std::vector<std::string> args;
-        std::string message;
-    } cases[] = {
+    const Mistake cases[] = {
         {{folder + "/missing.wav", out}, "cannot read " + folder + "/missing.wav: "},
         {{text, out}, "cannot read " + text + ": "},
         {{three, out}, three + " has 3 channels: only mono and stereo files are rendered"},
@@ -309,16 +328,7 @@ TEST(Render, MistakesGiveOneLineAndLeaveNoFile)
         {{"--write-input", folder + "/x.wav", good, out}, "--write-input saves the demo phrase"},
         {{"--write-input", folder + "/no/x.wav", out}, "cannot write " + folder + "/no/x.wav: "},
     };
-    const std::vector<std::string> before = files_in(folder);
-    for (const auto& c : cases) {
-        const Result r = run(folder, c.args);
-        EXPECT_NE(r.status, 0) << c.message;
-        EXPECT_EQ(r.err.rfind("corvane-render: " + c.message, 0), 0u) << r.err;
-        EXPECT_EQ(std::count(r.err.begin(), r.err.end(), '\n'), 1) << r.err;
-        EXPECT_EQ(r.out, "") << c.message;
-        // No output, and no temporary file left beside it.
-        EXPECT_EQ(files_in(folder), before) << c.message;
-    }
+    expect_mistakes(folder, cases);
 
     // A failed render leaves a file already there as it was.
     write_text(out, "an earlier render\n");
@@ -452,10 +462,7 @@ TEST(Render, PitchPlotMistakesGiveOneLineAndLeaveNoFile)
     write_sound(good, {test_signals::sine(4800, 440.0, 48000, 0.3)}, 48000, SF_FORMAT_WAV | SF_FORMAT_FLOAT);
     const std::string out = folder + "/out.wav", plot = folder + "/plot.png";
     const std::string size_message = "--plot-size takes WIDTHxHEIGHT in pixels, from 320x200 to 10000x10000";
-    const struct {
-        std::vector<std::string> args;
-        std::string message;
-    } cases[] = {
+    const Mistake cases[] = {
         {{"--pitch-plot", folder + "/no/such/plot.png", good, out}, "cannot write " + folder + "/no/such/plot.png: "},
         {{"--pitch-plot", out, good, out}, "--pitch-plot names the same file as another output"},
         {{"--pitch-plot"}, "--pitch-plot needs a value"},
@@ -471,15 +478,7 @@ TEST(Render, PitchPlotMistakesGiveOneLineAndLeaveNoFile)
         // A failure after the render leaves no picture either.
         {{"--pitch-plot", plot, good, folder + "/no/such/out.wav"}, "cannot write " + folder + "/no/such/out.wav: "},
     };
-    const std::vector<std::string> before = files_in(folder);
-    for (const auto& c : cases) {
-        const Result r = run(folder, c.args);
-        EXPECT_NE(r.status, 0) << c.message;
-        EXPECT_EQ(r.err.rfind("corvane-render: " + c.message, 0), 0u) << r.err;
-        EXPECT_EQ(std::count(r.err.begin(), r.err.end(), '\n'), 1) << r.err;
-        EXPECT_EQ(r.out, "") << c.message;
-        EXPECT_EQ(files_in(folder), before) << c.message;
-    }
+    expect_mistakes(folder, cases);
 
     // The help names the options.
     const Result help = run(folder, {"--help"});

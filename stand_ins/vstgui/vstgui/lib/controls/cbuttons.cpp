@@ -4,6 +4,24 @@
 
 namespace VSTGUI {
 
+namespace {
+
+// Both buttons draw from a picture of two states stacked vertically: the view
+// takes the picture's width and half its height.
+bool sizeToTwoStates(CView& view)
+{
+    CBitmap* bitmap = view.getBackground();
+    if (!bitmap) return false;
+    CRect r(view.getViewSize());
+    r.setWidth(bitmap->getWidth());
+    r.setHeight(bitmap->getHeight() / 2);
+    view.setViewSize(r, true);
+    view.setMouseableArea(r);
+    return true;
+}
+
+} // namespace
+
 COnOffButton::COnOffButton(const CRect& size, IControlListener* listener, int32_t tag, CBitmap* background,
                            int32_t style)
     : CControl(size, listener, tag, background), style(style)
@@ -47,14 +65,7 @@ int32_t COnOffButton::onKeyDown(VstKeyCode& keyCode)
 
 bool COnOffButton::sizeToFit()
 {
-    CBitmap* bitmap = getBackground();
-    if (!bitmap) return false;
-    CRect r(size);
-    r.setWidth(bitmap->getWidth());
-    r.setHeight(bitmap->getHeight() / 2);
-    setViewSize(r, true);
-    setMouseableArea(r);
-    return true;
+    return sizeToTwoStates(*this);
 }
 
 CKickButton::CKickButton(const CRect& size, IControlListener* listener, int32_t tag, CBitmap* background,
@@ -137,14 +148,7 @@ int32_t CKickButton::onKeyUp(VstKeyCode& keyCode)
 
 bool CKickButton::sizeToFit()
 {
-    CBitmap* bitmap = getBackground();
-    if (!bitmap) return false;
-    CRect r(size);
-    r.setWidth(bitmap->getWidth());
-    r.setHeight(bitmap->getHeight() / 2);
-    setViewSize(r, true);
-    setMouseableArea(r);
-    return true;
+    return sizeToTwoStates(*this);
 }
 
 } // namespace VSTGUI
