@@ -111,9 +111,25 @@ void VST3_SingleComponentEffect::onTimer(Timer* /*timer*/)
     onTimer();
 }
 
-bool VST3_SingleComponentEffect::isPrivateParameter(ParamID id)
+bool VST3_SingleComponentEffect::isPrivateParameter(const ParamID id)
 {
     return privateParameters.getParameter(id) != nullptr;
+}
+
+void VST3_SingleComponentEffect::didOpen(VSTGUI::VST3Editor* editor)
+{
+    editorInstance = editor;
+    editorFrame = editor ? editor->getFrame() : nullptr;
+    startTimer(timerPeriodMilliseconds);
+}
+
+void VST3_SingleComponentEffect::willClose(VSTGUI::VST3Editor* editor)
+{
+    if (editor != editorInstance) return;
+    stopTimer();
+    stopAutoRepeat();
+    editorInstance = nullptr;
+    editorFrame = nullptr;
 }
 
 void VST3_SingleComponentEffect::onTimer()

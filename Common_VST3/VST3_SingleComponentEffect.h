@@ -8,16 +8,19 @@
 #include "pluginterfaces/vst/ivstparameterchanges.h"
 #include "public.sdk/source/vst/vstparameters.h"
 #include "public.sdk/source/vst/vstsinglecomponenteffect.h"
+#include "vstgui/plugin-bindings/vst3editor.h"
 
 // A generic single-component effect: the SDK's processor-and-controller
-// object with a private parameter set the host does not see, a timer for the
-// panel, a split of one process call into four overridable steps, and two
+// object with a private parameter set the host does not see, the delegate
+// of its editor, a timer for the panel that runs while the editor is open, a
+// split of one process call into four overridable steps, and two
 // dispatch operations per parameter value (applyParameter feeds the engine,
 // parameterChanged acts on views and commands).
 //
 // The audio bus pair is one input and one output, each mono or stereo, judged
 // apart, with an event input for MIDI.
 class VST3_SingleComponentEffect : public Steinberg::Vst::SingleComponentEffect,
+                                   public VSTGUI::VST3EditorDelegate,
                                    public VST3_TimerReceiver,
                                    public Steinberg::Vst::IProcessContextRequirements {
 public:
@@ -67,8 +70,14 @@ public:
     //--- ITimerCallback
     void onTimer(Steinberg::Timer* timer) SMTG_OVERRIDE;
 
+    //--- VST3EditorDelegate, interface thread. Opening keeps the editor and
+    // its frame and starts the panel's timer; closing undoes that.
+    void didOpen(VSTGUI::VST3Editor* editor) override;
+    void willClose(VSTGUI::VST3Editor* editor) override;
+    // True for the parameters of the private set.
+    bool isPrivateParameter(const ParamID id) override;
+
     //--- Operations this layer adds.
-    virtual bool isPrivateParameter(ParamID id);
     // Interface thread: one tick of the panel's timer.
     virtual void onTimer();
     // Audio thread: the block's parameter changes, last point of each queue.
@@ -104,6 +113,11 @@ public:
     virtual void autoRepeat(Steinberg::int32 tag);
 
     bool isStereoInput() const { return stereoInput; }
+    bool isEditorOpen() const { return editorFrame != nullptr; }
+    Steinberg::int32 getTimerTick() const { return timerTick; }
+
+    // The period of the panel's timer.
+    static constexpr Steinberg::uint32 timerPeriodMilliseconds = 20;
     bool isStereoOutput() const { return stereoOutput; }
 
     OBJ_METHODS(VST3_SingleComponentEffect, SingleComponentEffect)
@@ -119,8 +133,8 @@ protected:
 
     Steinberg::Vst::ParameterContainer privateParameters;
     Steinberg::int32 stateVersion = 0;
-    void* editorInstance = nullptr;
-    void* editorFrame = nullptr;
+    VSTGUI::VST3Editor* editorInstance = nullptr;
+    VSTGUI::CFrame* editorFrame = nullptr;
     bool stereoInput = true;
     bool stereoOutput = true;
     Steinberg::int32 repeatingTag = -1;

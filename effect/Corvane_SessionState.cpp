@@ -264,8 +264,12 @@ void Corvane_SingleComponentEffect::setMaxUndos(int32 count)
 
 void Corvane_SingleComponentEffect::refreshAfterState()
 {
-    // The graph views and the formant covers that show restored values come
-    // with the editor; while no editor is open there is nothing to refresh.
+    // Views that show restored values; while no editor is open the registry
+    // is empty and only the key names' spelling goes out.
+    keySpellingChanged();
+    showCorrectionPage();
+    showThroatLength();
+    showDetuneHertz();
 }
 
 tresult PLUGIN_API Corvane_SingleComponentEffect::setState(IBStream* state)

@@ -7,6 +7,7 @@
 #include <new>
 
 #include "Common_VST3/VST3_MultiStringArrayParameter.h"
+#include "effect/Corvane_KeyCommands.h"
 #include "effect/Corvane_Parameters.h"
 #include "pluginterfaces/vst/ivstprocesscontext.h"
 
@@ -41,6 +42,7 @@ Steinberg::int32 Corvane_SingleComponentEffect::knobMode = 0;
 
 Corvane_SingleComponentEffect::Corvane_SingleComponentEffect()
 {
+    std::copy(std::begin(corvane_default_key_bindings), std::end(corvane_default_key_bindings), keyBindings);
     std::lock_guard<std::mutex> lock(instanceMapMutex());
     instanceMap()[this] = &dspObject;
 }
@@ -135,13 +137,17 @@ void Corvane_SingleComponentEffect::parameterChanged(Parameter* parameter)
     const bool press = plain == 1.0;
 
     switch (id) {
-    case corvane::kCorrectionMode: setCorrectionMode(press); break;
+    case corvane::kCorrectionMode:
+        setCorrectionMode(press);
+        showCorrectionPage();
+        break;
     case corvane::kScale:
     case corvane::kKey: {
         auto* scale = baseParameter(corvane::kScale);
         auto* key = baseParameter(corvane::kKey);
         if (scale == nullptr || key == nullptr) break;
         setScaleAndKey(int(scale->toPlain(scale->getNormalized())), int(key->toPlain(key->getNormalized())));
+        keySpellingChanged();
         // The MIDI modes live only on the Chromatic scale.
         if (id == corvane::kScale && plain != 2.0) {
             if (midiScaleMode == 2) putParameter(corvane::kTargetNotes, 0.0);
@@ -151,6 +157,7 @@ void Corvane_SingleComponentEffect::parameterChanged(Parameter* parameter)
         break;
     }
     case corvane::kDetune:
+        showDetuneHertz();
         scaleState.detune = int16_t(plain);
         updateNoteTable();
         break;
@@ -167,7 +174,10 @@ void Corvane_SingleComponentEffect::parameterChanged(Parameter* parameter)
         }
         break;
     }
-    case corvane::kUseFormants: useFormants = press; break;
+    case corvane::kUseFormants:
+        useFormants = press;
+        showThroatLength();
+        break;
     case corvane::kNudgeUp:
     case corvane::kNudgeDown:
     case corvane::kScaleUp:
@@ -192,11 +202,10 @@ void Corvane_SingleComponentEffect::setScaleAndKey(int scale, int key)
     scaleState.scale = int16_t(scale);
     scaleState.key = int16_t(key);
     // The key names follow the spelling of the scale; the key index stays.
+    // Only the list in force changes here, a plain store that the audio
+    // thread may make too; the interface thread tells views and host.
     auto* keyParameter = FCast<VST3_MultiStringArrayParameter>(parameters.getParameter(corvane::kKey));
-    if (keyParameter && keyParameter->getCurrentArray() != corvane::keySpellingOf(scale)) {
-        keyParameter->setCurrentArray(corvane::keySpellingOf(scale));
-        keyParameter->setNormalized(keyParameter->toNormalized(key));
-    }
+    if (keyParameter) keyParameter->setCurrentArray(corvane::keySpellingOf(scale));
     updateNoteTable();
 }
 

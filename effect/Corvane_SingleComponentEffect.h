@@ -3,13 +3,17 @@
 #include <cstdint>
 
 #include "Common_VST3/VST3_SingleComponentEffect.h"
+#include "Common_VST3/VST3_VST3Editor.h"
 #include "dsp/DT_DSPObject.h"
 #include "dsp/Scale_State.h"
 #include "dsp/note_tables.h"
+#include "panel/Corvane_ViewRegistry.h"
 
 // The vocal pitch-correction effect: the one class the factory creates. It
 // owns the correction engine by value and drives it from the host's blocks.
-class Corvane_SingleComponentEffect : public VST3_SingleComponentEffect {
+class Corvane_SingleComponentEffect : public VST3_SingleComponentEffect,
+                                      public VSTGUI::IKeyboardHook,
+                                      public VST3_EditorOwner {
 public:
     Corvane_SingleComponentEffect();
     ~Corvane_SingleComponentEffect() override;
@@ -57,6 +61,53 @@ public:
     void updateNoteTable();
     // Interface thread. Auto (false) or Graph (true) correction.
     void setCorrectionMode(bool graph);
+
+    //--- The editor; interface thread.
+    // "editor" gives a new editor of the panel at the kept window size; any
+    // other name, or a UI description that cannot be read, gives null.
+    Steinberg::IPlugView* PLUGIN_API createView(Steinberg::FIDString name) SMTG_OVERRIDE;
+    // "Corvane_SubController" gives the panel's sub-controller.
+    VSTGUI::IController* createSubController(VSTGUI::UTF8StringPtr name,
+                                             const VSTGUI::IUIDescription* description,
+                                             VSTGUI::VST3Editor* editor) override;
+    // Opening puts the keyboard hook on the frame and shows the views as the
+    // parameters stand; closing takes the hook off and empties the registry.
+    void didOpen(VSTGUI::VST3Editor* editor) override;
+    void willClose(VSTGUI::VST3Editor* editor) override;
+    // The number keys run their commands in Graph mode; other keys go on to
+    // the frame (-1).
+    int32_t onKeyDown(const VstKeyCode& code, VSTGUI::CFrame* frame) override;
+    int32_t onKeyUp(const VstKeyCode& code, VSTGUI::CFrame* frame) override;
+    // The window's size, kept for the next opening within 850..4000 by
+    // 630..4000.
+    void editorResized(Steinberg::int32 width, Steinberg::int32 height) override;
+    Steinberg::int32 getWindowWidth() const { return windowWidth; }
+    Steinberg::int32 getWindowHeight() const { return windowHeight; }
+    // One tick of the panel: repeats, flashing buttons, pitch displays.
+    void onTimer() override;
+
+    // The detected (0), output (1) and object (2) pitch displays: a pitch in
+    // cents (0 is the C below A 440) as the nearest note of the scale and
+    // the offset from it, as "A3 +12"; scales without note names show the
+    // offset alone. Other values of `which`, and absent labels, do nothing.
+    void setPitchDisplay(int which, int cents);
+    void clearPitchDisplay(int which);
+    void setCursorPositionText(const char* text);
+    // The text setPitchDisplay shows, for the scale state given.
+    static void pitchDisplayText(const Scale_State& scale, int cents, char* text, size_t size);
+
+    // A gesture on a control begins or ends: the knobs that edit a
+    // selection of graph objects keep the edit in progress.
+    void controlEditBegun(VSTGUI::CControl* control);
+    void controlEditEnded(VSTGUI::CControl* control);
+    // The tag of the graph-object knob being edited, or -1.
+    Steinberg::int32 getObjectKnobEdit() const { return objectKnobEdit; }
+
+    // Runs a command of the key command table, as if its control had been
+    // used; false for a row without an action.
+    bool runKeyCommand(int command);
+
+    Corvane_ViewRegistry& getViewRegistry() { return viewRegistry; }
 
     //--- The graph clock.
     void setClockPosition(int64_t position);
@@ -117,6 +168,15 @@ protected:
     bool midiNoteToScale(int pitch, int velocity);
     // Puts a parameter to a plain value from the program's side.
     void putParameter(ParamID id, double plain);
+    // A change made by the program as the user would make it on the panel:
+    // the host hears begin, perform and end, the engine and the panel follow.
+    void editParameter(ParamID id, double plain);
+    // The views that show a parameter's consequence, as the values stand.
+    void showCorrectionPage();
+    void showThroatLength();
+    void showDetuneHertz();
+    // Tells views and host that the names of the keys changed spelling.
+    void keySpellingChanged();
     // The undo depth the effect keeps, 1 to 20; values below 1 are ignored.
     void setMaxUndos(Steinberg::int32 count);
 
@@ -153,4 +213,11 @@ protected:
     GraphPlacement graphPlacement;
     bool graphPlacementPending = false;
     Steinberg::int32 legacyHeaderMode = 0;
+
+    Corvane_ViewRegistry viewRegistry;
+    Steinberg::int32 windowWidth = 850;
+    Steinberg::int32 windowHeight = 630;
+    Steinberg::int32 keyBindings[10] = {};
+    Steinberg::int32 objectKnobEdit = -1;
+    Steinberg::int32 keySpelling = -1;
 };

@@ -7,6 +7,7 @@
 // finer by the zoom factor). The wheel adds wheelInc of the range per step,
 // a tenth of it with kShift.
 
+#include "vstgui/lib/cbitmap.h"
 #include "vstgui/lib/controls/ccontrol.h"
 
 namespace VSTGUI {

@@ -1,0 +1,40 @@
+#include "Common_VST3/VST3_VST3Editor.h"
+
+#include "vstgui/lib/cbitmap.h"
+
+using namespace Steinberg;
+
+DEF_CLASS_IID(IEditorSnapshot)
+
+VST3_VST3Editor::VST3_VST3Editor(Vst::EditController* controller, VST3_EditorOwner* owner,
+                                 VSTGUI::UTF8StringPtr templateName, VSTGUI::UTF8StringPtr descriptionFile)
+    : VST3Editor(controller, templateName, descriptionFile), owner(owner)
+{
+}
+
+VST3_VST3Editor::~VST3_VST3Editor() = default;
+
+tresult PLUGIN_API VST3_VST3Editor::onSize(ViewRect* newSize)
+{
+    const tresult result = VST3Editor::onSize(newSize);
+    if (result == kResultTrue && owner) owner->editorResized(newSize->getWidth(), newSize->getHeight());
+    return result;
+}
+
+tresult PLUGIN_API VST3_VST3Editor::writeSnapshot(const char* pngPath, int32 width, int32 height)
+{
+    if (pngPath == nullptr || isOpen()) return kResultFalse;
+    if (width > 0 && height > 0) {
+        ViewRect size(0, 0, width, height);
+        checkSizeConstraint(&size);
+        onSize(&size);
+    }
+    if (!open(nullptr)) return kResultFalse;
+    bool written = false;
+    if (VSTGUI::CBitmap* picture = getFrame()->createSnapshot()) {
+        written = picture->writePNG(pngPath);
+        picture->forget();
+    }
+    close();
+    return written ? kResultOk : kResultFalse;
+}

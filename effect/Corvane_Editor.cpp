@@ -1,0 +1,393 @@
+// The editor side of the effect: the panel's creation and lifetime, its
+// timer, the keyboard hook and the views that show the parameters.
+
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+
+#include "Common_VST3/VSTGUI4_Controls.h"
+#include "Common_VST3/VSTGUI4_DoubleClickKnob.h"
+#include "Common_VST3/VSTGUI4_FlashingButtons.h"
+#include "Common_VST3/VST3_MultiStringArrayParameter.h"
+#include "Common_VST3/utilities.h"
+#include "dsp/scale_tables.h"
+#include "effect/Corvane_KeyCommands.h"
+#include "effect/Corvane_Parameters.h"
+#include "effect/Corvane_SingleComponentEffect.h"
+#include "graph/Corvane_GraphContainerView.h"
+#include "panel/Corvane_SubController.h"
+#include "vstgui/lib/controls/coptionmenu.h"
+#include "vstgui/lib/controls/cparamdisplay.h"
+
+using namespace Steinberg;
+using namespace Steinberg::Vst;
+
+namespace {
+
+constexpr char editorTemplate[] = "Corvane_Editor";
+constexpr char editorDescription[] = "Corvane_Editor.uidesc";
+constexpr char subControllerName[] = "Corvane_SubController";
+
+constexpr int32 minWindowWidth = 850;
+constexpr int32 minWindowHeight = 630;
+constexpr int32 maxWindowSize = 4000;
+// Timer ticks between two updates of the pitch displays: fast enough to
+// follow a voice, slow enough to be read.
+constexpr int32 pitchDisplayTicks = 4;
+// Timer ticks of one phase of a flashing button.
+constexpr int32 flashTicks = 25;
+
+// Gives a label a text, redrawing it only when the text changes.
+void setLabel(VSTGUI::CTextLabel* label, const char* text)
+{
+    if (label == nullptr || std::strcmp(label->getText(), text) == 0) return;
+    label->setText(text);
+    label->invalid();
+}
+
+void showView(VSTGUI::CView* view, bool shown)
+{
+    if (view == nullptr) return;
+    view->setVisible(shown);
+    view->setMouseEnabled(shown);
+}
+
+int64_t floorDiv(int64_t a, int64_t b)
+{
+    const int64_t q = a / b;
+    return (a % b != 0 && ((a < 0) != (b < 0))) ? q - 1 : q;
+}
+
+int64_t roundHalfAway(double value)
+{
+    return int64_t(value < 0.0 ? -std::floor(-value + 0.5) : std::floor(value + 0.5));
+}
+
+} // namespace
+
+IPlugView* PLUGIN_API Corvane_SingleComponentEffect::createView(FIDString name)
+{
+    if (name == nullptr || std::strcmp(name, ViewType::kEditor) != 0) return nullptr;
+    VSTGUI4_registerControls();
+    Corvane_GraphContainerView_register();
+    auto* editor = new VST3_VST3Editor(this, this, editorTemplate, editorDescription);
+    if (!editor->getLastError().empty()) {
+        std::fprintf(stderr, "Corvane: the panel cannot be opened: %s\n", editor->getLastError().c_str());
+        editor->release();
+        return nullptr;
+    }
+    ViewRect size(0, 0, windowWidth, windowHeight);
+    editor->checkSizeConstraint(&size);
+    editor->onSize(&size);
+    return editor;
+}
+
+VSTGUI::IController* Corvane_SingleComponentEffect::createSubController(VSTGUI::UTF8StringPtr name,
+                                                                      const VSTGUI::IUIDescription*,
+                                                                      VSTGUI::VST3Editor* editor)
+{
+    if (name == nullptr || std::strcmp(name, subControllerName) != 0) return nullptr;
+    return new Corvane_SubController(this, editor);
+}
+
+void Corvane_SingleComponentEffect::didOpen(VSTGUI::VST3Editor* editor)
+{
+    VST3_SingleComponentEffect::didOpen(editor);
+    if (editorFrame) editorFrame->registerKeyboardHook(this);
+    showCorrectionPage();
+    showThroatLength();
+    showDetuneHertz();
+    clearPitchDisplay(0);
+    clearPitchDisplay(1);
+    clearPitchDisplay(2);
+}
+
+void Corvane_SingleComponentEffect::willClose(VSTGUI::VST3Editor* editor)
+{
+    if (editor != editorInstance) return;
+    if (editorFrame) editorFrame->unregisterKeyboardHook(this);
+    viewRegistry = Corvane_ViewRegistry();
+    objectKnobEdit = -1;
+    VST3_SingleComponentEffect::willClose(editor);
+}
+
+void Corvane_SingleComponentEffect::editorResized(int32 width, int32 height)
+{
+    windowWidth = std::min(std::max(width, minWindowWidth), maxWindowSize);
+    windowHeight = std::min(std::max(height, minWindowHeight), maxWindowSize);
+}
+
+//--- Keys.
+
+namespace {
+
+// The binding slot of a number key ("1" is 0, "0" is 9), or -1.
+int numberKeySlot(const VstKeyCode& code)
+{
+    if (code.modifier != 0) return -1;
+    int digit = -1;
+    if (code.character >= '0' && code.character <= '9') digit = code.character - '0';
+    if (code.virt >= VKEY_NUMPAD0 && code.virt <= VKEY_NUMPAD9)
+        digit = code.virt - VKEY_NUMPAD0;
+    if (digit < 0) return -1;
+    return digit == 0 ? 9 : digit - 1;
+}
+
+} // namespace
+
+int32_t Corvane_SingleComponentEffect::onKeyDown(const VstKeyCode& code, VSTGUI::CFrame*)
+{
+    if (!graphModeActive) return -1;
+    const int slot = numberKeySlot(code);
+    if (slot < 0) return -1;
+    return runKeyCommand(keyBindings[slot]) ? 1 : -1;
+}
+
+int32_t Corvane_SingleComponentEffect::onKeyUp(const VstKeyCode& code, VSTGUI::CFrame*)
+{
+    // The release of a key whose press ran a command is taken too.
+    if (!graphModeActive) return -1;
+    const int slot = numberKeySlot(code);
+    if (slot < 0) return -1;
+    const int command = keyBindings[slot];
+    const bool bound = command >= 0 && command < corvane_key_command_count &&
+                       corvane_key_commands[command].action != Corvane_KeyCommand::kNone;
+    return bound ? 1 : -1;
+}
+
+void Corvane_SingleComponentEffect::editParameter(ParamID id, double plain)
+{
+    VST3_BaseParameter* parameter = baseParameter(id);
+    if (parameter == nullptr) return;
+    const ParamValue normalized = parameter->toNormalized(plain);
+    beginEdit(id);
+    setParamNormalized(id, normalized);
+    performEdit(id, parameter->getNormalized());
+    endEdit(id);
+    parameterChanged(parameter);
+}
+
+bool Corvane_SingleComponentEffect::runKeyCommand(int command)
+{
+    if (command < 0 || command >= corvane_key_command_count) return false;
+    const Corvane_KeyCommand& row = corvane_key_commands[command];
+    VST3_BaseParameter* parameter = row.parameter >= 0 ? baseParameter(ParamID(row.parameter)) : nullptr;
+    if (parameter == nullptr || row.action == Corvane_KeyCommand::kNone) return false;
+    const ParamID id = ParamID(row.parameter);
+    const double plain = parameter->toPlain(parameter->getNormalized());
+    const double low = parameter->toPlain(0.0);
+    const double high = parameter->toPlain(1.0);
+    switch (row.action) {
+    case Corvane_KeyCommand::kPress:
+        editParameter(id, high);
+        editParameter(id, low);
+        break;
+    case Corvane_KeyCommand::kToggle: editParameter(id, plain == high ? low : high); break;
+    case Corvane_KeyCommand::kSetValue: editParameter(id, row.value); break;
+    case Corvane_KeyCommand::kStepUp:
+    case Corvane_KeyCommand::kStepDown: {
+        // One step of a stepped parameter, a twentieth of the range of a
+        // continuous one.
+        const int32 steps = parameter->getInfo().stepCount;
+        const double step = steps > 0 ? 1.0 / steps : 0.05;
+        const double sign = row.action == Corvane_KeyCommand::kStepUp ? 1.0 : -1.0;
+        const double normalized = std::min(1.0, std::max(0.0, parameter->getNormalized() + sign * step));
+        editParameter(id, parameter->toPlain(normalized));
+        break;
+    }
+    case Corvane_KeyCommand::kNone: break;
+    }
+    return true;
+}
+
+//--- Timer.
+
+void Corvane_SingleComponentEffect::onTimer()
+{
+    VST3_SingleComponentEffect::onTimer();
+
+    // Scale and key automated while the panel is open reach the scale here:
+    // the audio side leaves them to the panel then.
+    auto* scale = baseParameter(corvane::kScale);
+    auto* key = baseParameter(corvane::kKey);
+    if (scale && key) {
+        const int s = int(scale->toPlain(scale->getNormalized()));
+        const int k = int(key->toPlain(key->getNormalized()));
+        if (s != scaleState.scale || k != scaleState.key) {
+            parameterChanged(s != scaleState.scale ? scale : key);
+        }
+    }
+
+    VSTGUI4_FlashingOnOffButton* flashingOnOff[] = {viewRegistry.trackPitchButton,
+                                                   viewRegistry.trackPitchAndTimeButton};
+    for (auto* button : flashingOnOff) {
+        if (button) button->updateFlashing(timerTick);
+    }
+    if (viewRegistry.dataFileMgmtButton) viewRegistry.dataFileMgmtButton->updateFlashing(timerTick);
+
+    if (timerTick % pitchDisplayTicks == 0) {
+        double ratio = 1.0;
+        double period = 0.0;
+        dspObject.get_status(&ratio, nullptr, &period, nullptr);
+        const double rate = processSetup.sampleRate;
+        if (period > 0.0 && rate > 0.0 && ratio > 0.0) {
+            const double detected = double(Period_ToCents(float(period), float(rate)));
+            setPitchDisplay(0, int(roundHalfAway(detected)));
+            setPitchDisplay(1, int(roundHalfAway(detected + 1200.0 * std::log2(ratio))));
+        } else {
+            clearPitchDisplay(0);
+            clearPitchDisplay(1);
+        }
+    }
+}
+
+//--- Pitch displays.
+
+namespace {
+
+VSTGUI::CTextLabel* pitchLabel(Corvane_ViewRegistry& registry, int which)
+{
+    switch (which) {
+    case 0: return registry.detectedPitchDisplay;
+    case 1: return registry.outputPitchDisplay;
+    case 2: return registry.objectPitchDisplay;
+    default: return nullptr;
+    }
+}
+
+} // namespace
+
+void Corvane_SingleComponentEffect::pitchDisplayText(const Scale_State& scaleState, int cents, char* text,
+                                                     size_t size)
+{
+    const int scale = (scaleState.scale >= 0 && scaleState.scale < scale_count) ? scaleState.scale : 2;
+    const int key = ((scaleState.key % 12) + 12) % 12;
+    const int64_t notes = scale_entries[scale] - 1;
+    const int64_t* intervals = scale_intervals[scale];
+    // Notes in hundredths of a cent: the key with the detune, then the
+    // scale's intervals, octave by octave.
+    const int64_t base = int64_t(key) * 10000 + int64_t(scaleState.detune) * 100;
+    const int64_t target = int64_t(cents) * 100;
+    const int64_t octave = floorDiv(target - base, octave_interval);
+    int64_t bestIndex = 0;
+    int64_t bestPosition = 0;
+    int64_t bestDistance = INT64_MAX;
+    // The nearest note lies in this octave or at the edge of a neighbour.
+    for (int64_t index = (octave - 1) * notes; index <= (octave + 1) * notes; ++index) {
+        const int64_t position = base + floorDiv(index, notes) * octave_interval +
+                                 intervals[index - floorDiv(index, notes) * notes];
+        const int64_t distance = position > target ? position - target : target - position;
+        if (distance < bestDistance) {
+            bestDistance = distance;
+            bestIndex = index;
+            bestPosition = position;
+        }
+    }
+    const int64_t noteCents = roundHalfAway(double(bestPosition) / 100.0);
+    const int64_t offset = int64_t(cents) - noteCents;
+
+    char name[16] = "";
+    if (scale < 3) {
+        // The note's semitone above C gives its name in the key and, with
+        // C at 0 cents in octave 3, its octave.
+        const int64_t row = bestIndex - floorDiv(bestIndex, notes) * notes;
+        const int64_t semitone = key + floorDiv(bestIndex, notes) * 12 + roundHalfAway(double(intervals[row]) / 10000.0);
+        const int noteClass = int(semitone - floorDiv(semitone, 12) * 12);
+        std::snprintf(name, sizeof(name), "%s%d", Note_Name(scale, key, noteClass), int(floorDiv(semitone, 12) + 3));
+    }
+    std::snprintf(text, size, "%s%s%d", name, offset >= 1 ? " +" : " ", int(offset));
+}
+
+void Corvane_SingleComponentEffect::setPitchDisplay(int which, int cents)
+{
+    VSTGUI::CTextLabel* label = pitchLabel(viewRegistry, which);
+    if (label == nullptr) return;
+    char text[48];
+    pitchDisplayText(scaleState, cents, text, sizeof(text));
+    setLabel(label, text);
+}
+
+void Corvane_SingleComponentEffect::clearPitchDisplay(int which)
+{
+    setLabel(pitchLabel(viewRegistry, which), " ");
+}
+
+void Corvane_SingleComponentEffect::setCursorPositionText(const char* text)
+{
+    if (text) setLabel(viewRegistry.cursorPositionDisplay, text);
+}
+
+//--- Edit gestures.
+
+namespace {
+
+bool editsGraphObjects(int32 tag)
+{
+    return tag == corvane::kObjectRetuneSpeed || tag == corvane::kObjectAdjustVibrato ||
+           tag == corvane::kNumberOfNotes || tag == corvane::kObjectThroatLength;
+}
+
+} // namespace
+
+void Corvane_SingleComponentEffect::controlEditBegun(VSTGUI::CControl* control)
+{
+    if (control && editsGraphObjects(control->getTag())) objectKnobEdit = control->getTag();
+}
+
+void Corvane_SingleComponentEffect::controlEditEnded(VSTGUI::CControl* control)
+{
+    if (control && control->getTag() == objectKnobEdit) objectKnobEdit = -1;
+}
+
+//--- Views that show the parameters.
+
+void Corvane_SingleComponentEffect::showCorrectionPage()
+{
+    showView(viewRegistry.graphModePage, graphModeActive);
+    showView(viewRegistry.autoModePage, !graphModeActive);
+}
+
+void Corvane_SingleComponentEffect::showThroatLength()
+{
+    auto* formants = baseParameter(corvane::kUseFormants);
+    const bool on = formants ? formants->toPlain(formants->getNormalized()) == 1.0 : useFormants;
+    showView(viewRegistry.throatLengthKnob, on);
+    showView(viewRegistry.throatLengthCover, !on);
+}
+
+void Corvane_SingleComponentEffect::showDetuneHertz()
+{
+    auto* detune = baseParameter(corvane::kDetune);
+    if (viewRegistry.detuneHertzDisplay == nullptr || detune == nullptr) return;
+    // The pitch of A in tenths of a hertz, for a detune of a semitone down
+    // to a semitone up, shown with one decimal.
+    const double n = detune->getNormalized();
+    const double tenths = std::floor(440.0 * 10.0 * std::exp((2.0 * n - 1.0) * std::log(2.0) / 12.0) + 0.5);
+    char digits[32];
+    std::snprintf(digits, sizeof(digits), "%4.0f", tenths);
+    const size_t length = std::strlen(digits);
+    char text[40];
+    std::snprintf(text, sizeof(text), "%.*s.%s", int(length - 1), digits, digits + length - 1);
+    setLabel(viewRegistry.detuneHertzDisplay, text);
+}
+
+void Corvane_SingleComponentEffect::keySpellingChanged()
+{
+    auto* key = FCast<VST3_MultiStringArrayParameter>(parameters.getParameter(corvane::kKey));
+    if (key == nullptr || key->getCurrentArray() == keySpelling) return;
+    keySpelling = key->getCurrentArray();
+    // The key's menu takes the names of the new spelling, and the host
+    // reads them anew.
+    if (auto* menu = viewRegistry.keyPopup) {
+        const int32 steps = key->getInfo().stepCount;
+        if (menu->getNbEntries() == steps + 1) {
+            for (int32 i = 0; i <= steps; ++i) {
+                String128 name{};
+                key->toString(double(i) / steps, name);
+                menu->getEntry(i)->setTitle(VST3_BaseParameter::toUtf8(name).c_str());
+            }
+            menu->invalid();
+        }
+    }
+    if (componentHandler) componentHandler->restartComponent(kParamValuesChanged);
+}

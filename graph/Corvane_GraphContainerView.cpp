@@ -1,0 +1,29 @@
+#include "graph/Corvane_GraphContainerView.h"
+
+#include "vstgui/uidescription/iviewcreator.h"
+#include "vstgui/uidescription/uiviewfactory.h"
+
+using namespace VSTGUI;
+
+Corvane_GraphContainerView::Corvane_GraphContainerView(const CRect& size) : CViewContainer(size) {}
+
+namespace {
+
+class Corvane_GraphContainerView_Creator : public ViewCreatorAdapter {
+public:
+    IdStringPtr getViewName() const override { return "Corvane_GraphContainerView"; }
+    IdStringPtr getBaseViewName() const override { return "CViewContainer"; }
+    CView* create(const UIAttributes&, const IUIDescription*) const override
+    {
+        return new Corvane_GraphContainerView(CRect());
+    }
+};
+
+} // namespace
+
+void Corvane_GraphContainerView_register()
+{
+    static const Corvane_GraphContainerView_Creator creator;
+    static const bool registered = (UIViewFactory::registerViewCreator(creator), true);
+    (void)registered;
+}

@@ -1,0 +1,179 @@
+#include "panel/Corvane_SubController.h"
+
+#include <cstring>
+
+#include "Common_VST3/VSTGUI4_DoubleClickKnob.h"
+#include "Common_VST3/VSTGUI4_FlashingButtons.h"
+#include "Common_VST3/VSTGUI4_PushButton.h"
+#include "Common_VST3/VSTGUI4_ViewWithMinimumSize.h"
+#include "effect/Corvane_SingleComponentEffect.h"
+#include "graph/Corvane_GraphContainerView.h"
+#include "vstgui/lib/controls/cparamdisplay.h"
+#include "vstgui/lib/controls/coptionmenu.h"
+#include "vstgui/lib/controls/cswitch.h"
+#include "vstgui/lib/cviewcontainer.h"
+#include "vstgui/uidescription/uiattributes.h"
+
+using namespace VSTGUI;
+
+namespace {
+
+// Files a view of the required class in its field, after the row's extra
+// work; false, and the field as it was, for another class.
+using Binder = bool (*)(CView* view, Corvane_ViewRegistry& registry);
+
+template <class T, T* Corvane_ViewRegistry::*field>
+bool bindAs(CView* view, Corvane_ViewRegistry& registry)
+{
+    auto* typed = dynamic_cast<T*>(view);
+    if (typed == nullptr) return false;
+    registry.*field = typed;
+    return true;
+}
+
+// Buttons whose picture depends on a state outside the control draw afresh.
+template <VSTGUI4_PushButton* Corvane_ViewRegistry::*field>
+bool bindDirtyButton(CView* view, Corvane_ViewRegistry& registry)
+{
+    auto* button = dynamic_cast<VSTGUI4_PushButton*>(view);
+    if (button == nullptr) return false;
+    button->setDirty(true);
+    registry.*field = button;
+    return true;
+}
+
+// The knobs that edit a selection of graph objects take no wheel, so that
+// scrolling over the panel never changes objects by accident.
+template <VSTGUI4_DoubleClickKnob* Corvane_ViewRegistry::*field>
+bool bindObjectKnob(CView* view, Corvane_ViewRegistry& registry)
+{
+    auto* knob = dynamic_cast<VSTGUI4_DoubleClickKnob*>(view);
+    if (knob == nullptr) return false;
+    knob->setMouseWheelEnabled(false);
+    registry.*field = knob;
+    return true;
+}
+
+struct RegistryRow {
+    const char* name;
+    // Null while the class the row requires is not part of the program: the
+    // view is only listed.
+    Binder bind;
+};
+
+using R = Corvane_ViewRegistry;
+
+const RegistryRow registryRows[] = {
+    {"CommonArea", bindAs<CViewContainer, &R::commonArea>},
+    {"StereoRefSwitch", bindAs<CHorizontalSwitch, &R::stereoRefSwitch>},
+    {"KeyPopup", bindAs<COptionMenu, &R::keyPopup>},
+    {"DetuneHertzDisplay", bindAs<CTextLabel, &R::detuneHertzDisplay>},
+    {"TransposeKnob", bindAs<VSTGUI4_DoubleClickKnob, &R::transposeKnob>},
+    {"ThroatLengthKnob", bindAs<VSTGUI4_DoubleClickKnob, &R::throatLengthKnob>},
+    {"AutoModePage", bindAs<CViewContainer, &R::autoModePage>},
+    {"ScalesList", nullptr},
+    {"ScalesUpButton", bindDirtyButton<&R::scalesUpButton>},
+    {"ScalesDownButton", bindDirtyButton<&R::scalesDownButton>},
+    {"SetMajorButton", bindAs<VSTGUI4_PushButton, &R::setMajorButton>},
+    {"SetMinorButton", bindAs<VSTGUI4_PushButton, &R::setMinorButton>},
+    {"SetAllButton", bindAs<VSTGUI4_PushButton, &R::setAllButton>},
+    {"BypassAllButton", bindAs<VSTGUI4_PushButton, &R::bypassAllButton>},
+    {"RemoveAllButton", bindAs<VSTGUI4_PushButton, &R::removeAllButton>},
+    {"Keyboard", nullptr},
+    {"GraphModePage", bindAs<Corvane_GraphContainerView, &R::graphModePage>},
+    {"ClearAllButton", bindAs<VSTGUI4_PushButton, &R::clearAllButton>},
+    {"UndoButton", bindAs<VSTGUI4_PushButton, &R::undoButton>},
+    {"RedoButton", bindAs<VSTGUI4_PushButton, &R::redoButton>},
+    {"SelectAllButton", bindAs<VSTGUI4_PushButton, &R::selectAllButton>},
+    {"CutButton", bindAs<VSTGUI4_PushButton, &R::cutButton>},
+    {"CopyButton", bindAs<VSTGUI4_PushButton, &R::copyButton>},
+    {"PasteButton", bindAs<VSTGUI4_PushButton, &R::pasteButton>},
+    {"Corvane_MainGraphView", nullptr},
+    {"Corvane_EnvelopeGraphView", nullptr},
+    {"Corvane_KeyboardGraphView", nullptr},
+    {"VerticalScrollbar", nullptr},
+    {"VerticalThumb", bindAs<VSTGUI4_ViewWithMinimumSize, &R::verticalThumb>},
+    {"HorizontalScrollbar", nullptr},
+    {"HorizontalThumb", bindAs<VSTGUI4_ViewWithMinimumSize, &R::horizontalThumb>},
+    {"ObjectPitchDisplay", bindAs<CTextLabel, &R::objectPitchDisplay>},
+    {"TrackPitchButton", bindAs<VSTGUI4_FlashingOnOffButton, &R::trackPitchButton>},
+    {"MakeCurvesButton", bindAs<VSTGUI4_PushButton, &R::makeCurvesButton>},
+    {"ImportAutoButton", bindAs<VSTGUI4_PushButton, &R::importAutoButton>},
+    {"MakeNotesButton", bindAs<VSTGUI4_PushButton, &R::makeNotesButton>},
+    {"NumNotesKnob", bindObjectKnob<&R::numNotesKnob>},
+    {"NumNotesDisplay", bindAs<CParamDisplay, &R::numNotesDisplay>},
+    {"NumNotesCover", bindAs<CView, &R::numNotesCover>},
+    {"MakeNotesMIDIButton", bindAs<VSTGUI4_PushButton, &R::makeNotesMIDIButton>},
+    {"ObjRetuneSpeedKnob", bindObjectKnob<&R::objRetuneSpeedKnob>},
+    {"ObjAdjustVibratoKnob", bindObjectKnob<&R::objAdjustVibratoKnob>},
+    {"ObjThroatLengthKnob", bindObjectKnob<&R::objThroatLengthKnob>},
+    {"PerObjectCover", bindAs<CView, &R::perObjectCover>},
+    {"ThroatLengthCover", bindAs<CView, &R::throatLengthCover>},
+    {"NudgeUpButton", bindAs<VSTGUI4_PushButton, &R::nudgeUpButton>},
+    {"NudgeDownButton", bindAs<VSTGUI4_PushButton, &R::nudgeDownButton>},
+    {"OutputPitchDisplay", bindAs<CTextLabel, &R::outputPitchDisplay>},
+    {"DetectedPitchDisplay", bindAs<CTextLabel, &R::detectedPitchDisplay>},
+    {"TrackPitchAndTimeButton", bindAs<VSTGUI4_FlashingOnOffButton, &R::trackPitchAndTimeButton>},
+    {"TimeUndoButton", bindAs<VSTGUI4_PushButton, &R::timeUndoButton>},
+    {"TimeRedoButton", bindAs<VSTGUI4_PushButton, &R::timeRedoButton>},
+    {"TimeClearAllButton", bindAs<VSTGUI4_PushButton, &R::timeClearAllButton>},
+    {"DataFileMgmtButton", bindAs<VSTGUI4_FlashingPushButton, &R::dataFileMgmtButton>},
+    {"ClockPositionDisplay", bindAs<CTextLabel, &R::clockPositionDisplay>},
+    {"ClockSourceSwitch", bindAs<CHorizontalSwitch, &R::clockSourceSwitch>},
+    {"CursorPositionDisplay", bindAs<CTextLabel, &R::cursorPositionDisplay>},
+};
+
+} // namespace
+
+Corvane_SubController::Corvane_SubController(Corvane_SingleComponentEffect* owner, IController* editor)
+    : VSTGUI4_SubController(editor), owner(owner)
+{
+}
+
+Corvane_SubController::~Corvane_SubController() = default;
+
+int Corvane_SubController::registryRowCount()
+{
+    return int(sizeof(registryRows) / sizeof(registryRows[0]));
+}
+
+const char* Corvane_SubController::registryRowName(int row)
+{
+    return row >= 0 && row < registryRowCount() ? registryRows[row].name : nullptr;
+}
+
+CView* Corvane_SubController::verifyView(CView* view, const UIAttributes& attributes,
+                                         const IUIDescription* description)
+{
+    view = DelegationController::verifyView(view, attributes, description);
+    if (view == nullptr) return nullptr;
+    const char* name = listView(view, attributes);
+    if (name == nullptr || owner == nullptr) return view;
+    for (const RegistryRow& row : registryRows) {
+        if (std::strcmp(row.name, name) != 0) continue;
+        if (row.bind) row.bind(view, owner->getViewRegistry());
+        break;
+    }
+    return view;
+}
+
+CMessageResult Corvane_SubController::notify(CBaseObject* sender, IdStringPtr message)
+{
+    if (owner == nullptr || sender == nullptr) return kMessageUnknown;
+    auto* control = dynamic_cast<CControl*>(sender);
+    if (control == nullptr) return kMessageUnknown;
+    if (message == CControl::kMessageValueChanged) {
+        auto* parameter = Steinberg::FCast<VST3_BaseParameter>(owner->getParameterObject(Steinberg::Vst::ParamID(control->getTag())));
+        owner->parameterChanged(parameter);
+        return kMessageNotified;
+    }
+    if (message == CControl::kMessageBeginEdit) {
+        owner->controlEditBegun(control);
+        return kMessageNotified;
+    }
+    if (message == CControl::kMessageEndEdit) {
+        owner->controlEditEnded(control);
+        return kMessageNotified;
+    }
+    return kMessageUnknown;
+}

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "Common_VST3/VSTGUI4_SubController.h"
+
+class Corvane_SingleComponentEffect;
+
+// The panel's one sub-controller: files the named views of the panel in the
+// effect's view registry, binds the special views to their data, and turns
+// the named controls' value changes and edit gestures into calls on the
+// effect.
+class Corvane_SubController : public VSTGUI4_SubController {
+public:
+    // The parent is the editor's controller face; the effect outlives the
+    // panel.
+    Corvane_SubController(Corvane_SingleComponentEffect* owner, VSTGUI::IController* editor);
+    ~Corvane_SubController() override;
+
+    // Interface thread, while the panel is built. Lists the view, and when
+    // its name is one of the registry's and its class the one required,
+    // readies it and files it.
+    VSTGUI::CView* verifyView(VSTGUI::CView* view, const VSTGUI::UIAttributes& attributes,
+                              const VSTGUI::IUIDescription* description) override;
+
+    // Interface thread. A named control's value change goes to the effect's
+    // parameterChanged, its begin and end of edit to the edit hooks: 1 when
+    // handled, else 0.
+    VSTGUI::CMessageResult notify(VSTGUI::CBaseObject* sender, VSTGUI::IdStringPtr message) override;
+
+    // The number of names the registry knows.
+    static int registryRowCount();
+    // The registry name of a row, 0 based, or null past the end.
+    static const char* registryRowName(int row);
+
+protected:
+    Corvane_SingleComponentEffect* owner;
+};

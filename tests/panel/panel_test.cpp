@@ -1,0 +1,389 @@
+// The panel's shell on the effect: the editor made by createView, the
+// sub-controller filing named views in the registry, controls reaching the
+// effect, the timer's pitch displays and the number keys. Panels here come
+// from small descriptions written by the tests, so that each case sees
+// exactly the views it is about.
+
+#include "effect/Corvane_SingleComponentEffect.h"
+
+#include <cmath>
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+#include "Common_VST3/VSTGUI4_DoubleClickKnob.h"
+#include "dsp/scale_tables.h"
+#include "effect/Corvane_Parameters.h"
+#include "graph/Corvane_GraphContainerView.h"
+#include "panel/Corvane_SubController.h"
+#include "vstgui/editor_support.h"
+#include "vstgui/lib/controls/cbuttons.h"
+#include "vstgui/lib/controls/cparamdisplay.h"
+
+#include <gtest/gtest.h>
+
+using namespace Steinberg;
+
+namespace {
+
+// A panel with views of every kind of registry row: right classes, a known
+// name with the wrong class, a control with a name the registry does not
+// know, and controls without names.
+const char* panelDescription = R"(<vstgui-ui-description version="1">
+  <control-tags>
+    <control-tag name="Mode" tag="0"/>
+    <control-tag name="Detune" tag="3"/>
+    <control-tag name="Formants" tag="70"/>
+    <control-tag name="Transpose" tag="74"/>
+    <control-tag name="Notes" tag="73"/>
+    <control-tag name="Throat" tag="71"/>
+  </control-tags>
+  <template name="Corvane_Editor" class="CViewContainer" size="850, 630" minSize="850, 630"
+            maxSize="4000, 4000" sub-controller="Corvane_SubController">
+    <view class="CViewContainer" view-name="CommonArea" origin="0, 0" size="850, 100">
+      <view class="CTextLabel" view-name="DetuneHertzDisplay" origin="10, 10" size="60, 20"/>
+      <view class="VSTGUI4_DoubleClickKnob" view-name="TransposeKnob" origin="80, 10" size="40, 40"
+            control-tag="Transpose"/>
+      <view class="VSTGUI4_DoubleClickKnob" view-name="ThroatLengthKnob" origin="130, 10" size="40, 40"
+            control-tag="Throat"/>
+      <view class="CView" view-name="ThroatLengthCover" origin="130, 10" size="40, 40"/>
+      <view class="COnOffButton" view-name="FormantsSwitch" origin="180, 10" size="20, 20"
+            control-tag="Formants"/>
+      <view class="COnOffButton" view-name="ModeButton" origin="210, 10" size="20, 20" control-tag="Mode"/>
+      <view class="COnOffButton" origin="240, 10" size="20, 20" control-tag="Mode"/>
+      <view class="CKnob" origin="270, 10" size="20, 20" control-tag="Detune"/>
+      <view class="CView" view-name="DetectedPitchDisplay" origin="300, 10" size="60, 20"/>
+      <view class="CTextLabel" view-name="OutputPitchDisplay" origin="370, 10" size="60, 20"/>
+    </view>
+    <view class="CViewContainer" view-name="AutoModePage" origin="0, 100" size="850, 530"/>
+    <view class="Corvane_GraphContainerView" view-name="GraphModePage" origin="0, 100" size="850, 530">
+      <view class="VSTGUI4_DoubleClickKnob" view-name="NumNotesKnob" origin="10, 10" size="40, 40"
+            control-tag="Notes"/>
+    </view>
+  </template>
+</vstgui-ui-description>
+)";
+
+// An effect as a host makes it, with the panel's description in the
+// resource folder and a handler that writes down the host's edit calls.
+struct Panel {
+    Corvane_SingleComponentEffect* effect = new Corvane_SingleComponentEffect();
+    vstgui_test::RecordingHandler handler;
+    VSTGUI::VST3Editor* editor = nullptr;
+
+    explicit Panel(const char* description = panelDescription)
+    {
+        const std::string dir = vstgui_test::scratchDir();
+        vstgui_test::writeText(dir + "/Corvane_Editor.uidesc", description);
+        VSTGUI::setResourceDirectory(dir.c_str());
+        effect->initialize(nullptr);
+        effect->setComponentHandler(&handler);
+    }
+    ~Panel()
+    {
+        close();
+        effect->setComponentHandler(nullptr);
+        effect->terminate();
+        effect->release();
+    }
+    bool open()
+    {
+        IPlugView* view = effect->createView(Vst::ViewType::kEditor);
+        editor = dynamic_cast<VSTGUI::VST3Editor*>(view);
+        return editor && editor->open(nullptr);
+    }
+    void close()
+    {
+        if (!editor) return;
+        editor->close();
+        editor->release();
+        editor = nullptr;
+    }
+    Corvane_ViewRegistry& registry() { return effect->getViewRegistry(); }
+    Corvane_SubController* subController()
+    {
+        VSTGUI::CView* root = editor->getFrame()->getView(0);
+        VSTGUI::IController* controller = nullptr;
+        uint32_t size = 0;
+        root->getAttribute(VSTGUI::kCViewControllerAttribute, sizeof(controller), &controller, size);
+        return dynamic_cast<Corvane_SubController*>(controller);
+    }
+    template <class T = VSTGUI::CControl>
+    T* named(const char* name)
+    {
+        return dynamic_cast<T*>(subController()->findView(name));
+    }
+    // A user's gesture on a control: press, move to a value, release.
+    void gesture(VSTGUI::CControl* control, float value)
+    {
+        control->beginEdit();
+        control->setValue(value);
+        control->valueChanged();
+        control->endEdit();
+    }
+};
+
+} // namespace
+
+TEST(Panel, TheEditorOpensOnlyForItsNameAndRunsTheTimerWhileOpen)
+{
+    Panel panel;
+    EXPECT_EQ(panel.effect->createView("other"), nullptr);
+    EXPECT_EQ(panel.effect->createView(nullptr), nullptr);
+    EXPECT_FALSE(panel.effect->timerRunning());
+
+    ASSERT_TRUE(panel.open());
+    EXPECT_TRUE(panel.effect->timerRunning());
+    EXPECT_TRUE(panel.effect->isEditorOpen());
+    panel.close();
+    EXPECT_FALSE(panel.effect->timerRunning());
+    EXPECT_FALSE(panel.effect->isEditorOpen());
+    // Nothing of the panel stays behind in the registry.
+    EXPECT_EQ(panel.registry().commonArea, nullptr);
+    EXPECT_EQ(panel.registry().transposeKnob, nullptr);
+
+    // A second opening builds the panel anew.
+    ASSERT_TRUE(panel.open());
+    EXPECT_NE(panel.registry().transposeKnob, nullptr);
+}
+
+TEST(Panel, AnUnreadableDescriptionGivesNoEditor)
+{
+    Panel panel("<vstgui-ui-description version=\"1\"><template name=\"Other\"");
+    EXPECT_EQ(panel.effect->createView(Vst::ViewType::kEditor), nullptr);
+}
+
+TEST(Panel, NamedViewsOfTheRightClassFillTheRegistryAndOthersStayNull)
+{
+    Panel panel;
+    ASSERT_TRUE(panel.open());
+    Corvane_ViewRegistry& r = panel.registry();
+    EXPECT_NE(r.commonArea, nullptr);
+    EXPECT_NE(r.detuneHertzDisplay, nullptr);
+    EXPECT_NE(r.transposeKnob, nullptr);
+    EXPECT_NE(r.throatLengthKnob, nullptr);
+    EXPECT_NE(r.throatLengthCover, nullptr);
+    EXPECT_NE(r.autoModePage, nullptr);
+    EXPECT_NE(r.graphModePage, nullptr);
+    EXPECT_NE(r.outputPitchDisplay, nullptr);
+    // A plain view under the name of a label: the field stays null and the
+    // panel opened all the same.
+    EXPECT_EQ(r.detectedPitchDisplay, nullptr);
+    // Names the description does not use.
+    EXPECT_EQ(r.keyPopup, nullptr);
+    EXPECT_EQ(r.clockPositionDisplay, nullptr);
+    // The knobs that edit graph objects take no wheel; others do.
+    ASSERT_NE(r.numNotesKnob, nullptr);
+    EXPECT_FALSE(r.numNotesKnob->getMouseWheelEnabled());
+    EXPECT_TRUE(r.transposeKnob->getMouseWheelEnabled());
+
+    // Every named view is listed in creation order (children before their
+    // container), the controls among them (labels are controls too) also in
+    // the control list; views without a name in neither.
+    std::vector<std::string> views;
+    for (const NamedViewEntry& e : panel.subController()->getViewList()) views.push_back(e.name);
+    const std::vector<std::string> expectedViews = {
+        "DetuneHertzDisplay", "TransposeKnob", "ThroatLengthKnob", "ThroatLengthCover", "FormantsSwitch",
+        "ModeButton", "DetectedPitchDisplay", "OutputPitchDisplay", "CommonArea", "AutoModePage",
+        "NumNotesKnob", "GraphModePage"};
+    EXPECT_EQ(views, expectedViews);
+    std::vector<std::string> controls;
+    for (const NamedControlEntry& e : panel.subController()->getControlList()) controls.push_back(e.name);
+    const std::vector<std::string> expectedControls = {"DetuneHertzDisplay", "TransposeKnob", "ThroatLengthKnob",
+                                                       "FormantsSwitch",     "ModeButton",    "OutputPitchDisplay",
+                                                       "NumNotesKnob"};
+    EXPECT_EQ(controls, expectedControls);
+}
+
+TEST(Panel, OnlyNamedControlsReachTheEffectsDispatch)
+{
+    Panel panel;
+    ASSERT_TRUE(panel.open());
+    Corvane_ViewRegistry& r = panel.registry();
+    ASSERT_TRUE(r.autoModePage && r.graphModePage);
+    EXPECT_TRUE(r.autoModePage->isVisible());
+    EXPECT_FALSE(r.graphModePage->isVisible());
+
+    // The unnamed mode button changes the parameter and the host hears it,
+    // but the dispatch never runs: the pages stay.
+    VSTGUI::CControl* unnamed = nullptr;
+    auto* common = static_cast<VSTGUI::CViewContainer*>(r.commonArea);
+    for (uint32_t i = 0; i < common->getNbViews(); ++i) {
+        auto* c = dynamic_cast<VSTGUI::COnOffButton*>(common->getView(i));
+        if (c && c != panel.named("ModeButton") && c->getTag() == corvane::kCorrectionMode) unnamed = c;
+    }
+    ASSERT_NE(unnamed, nullptr);
+    panel.gesture(unnamed, 1.0f);
+    EXPECT_EQ(panel.handler.calls.front(), "begin 0");
+    EXPECT_FALSE(panel.effect->isGraphMode());
+    EXPECT_TRUE(r.autoModePage->isVisible());
+
+    // The named one, though its name is not the registry's, switches them.
+    panel.gesture(panel.named("ModeButton"), 1.0f);
+    EXPECT_TRUE(panel.effect->isGraphMode());
+    EXPECT_FALSE(r.autoModePage->isVisible());
+    EXPECT_TRUE(r.graphModePage->isVisible());
+    EXPECT_TRUE(r.graphModePage->getMouseEnabled());
+    panel.gesture(panel.named("ModeButton"), 0.0f);
+    EXPECT_TRUE(r.autoModePage->isVisible());
+    EXPECT_FALSE(r.graphModePage->isVisible());
+
+    // "Use Formants" shows the throat length knob or its cover.
+    EXPECT_TRUE(r.throatLengthKnob->isVisible());
+    EXPECT_FALSE(r.throatLengthCover->isVisible());
+    panel.gesture(panel.named("FormantsSwitch"), 0.0f);
+    EXPECT_FALSE(r.throatLengthKnob->isVisible());
+    EXPECT_FALSE(r.throatLengthKnob->getMouseEnabled());
+    EXPECT_TRUE(r.throatLengthCover->isVisible());
+}
+
+TEST(Panel, OnlyAGestureOnAGraphObjectKnobMarksAnEditInProgress)
+{
+    Panel panel;
+    ASSERT_TRUE(panel.open());
+    Corvane_ViewRegistry& r = panel.registry();
+
+    // Automation of "Number of Note Objects" with no gesture: no edit.
+    panel.effect->setParamNormalized(corvane::kNumberOfNotes, 0.7);
+    EXPECT_EQ(panel.effect->getObjectKnobEdit(), -1);
+
+    r.numNotesKnob->beginEdit();
+    EXPECT_EQ(panel.effect->getObjectKnobEdit(), int32(corvane::kNumberOfNotes));
+    r.numNotesKnob->endEdit();
+    EXPECT_EQ(panel.effect->getObjectKnobEdit(), -1);
+
+    // Other knobs are not graph-object edits.
+    r.transposeKnob->beginEdit();
+    EXPECT_EQ(panel.effect->getObjectKnobEdit(), -1);
+    r.transposeKnob->endEdit();
+}
+
+TEST(Panel, PitchDisplaysNameTheNearestNoteOfTheScale)
+{
+    // Cents count from the C below A 440, which is C3; the offset is from
+    // the nearest note of the scale, in the spelling of scale and key.
+    struct Case {
+        int scale, key, detune, cents;
+        const char* text;
+    };
+    const int chromatic = 2, major = 0, minor = 1;
+    const Case cases[] = {
+        {chromatic, 0, 0, 900 + 12, "A3 +12"},
+        {chromatic, 0, 0, 2100 + 12, "A4 +12"},
+        {chromatic, 0, 0, 100 - 7, "C#3 -7"},
+        {chromatic, 0, 0, 0, "C3 0"},
+        {chromatic, 0, 0, -1200 - 30, "C2 -30"},
+        {chromatic, 0, 0, -1, "C3 -1"},
+        // Keys 1, 3, 5, 8 and 10 spell the black keys flat.
+        {chromatic, 5, 0, 1000 + 3, "Bb3 +3"},
+        // The detune moves every note of the scale.
+        {chromatic, 0, 10, 900, "A3 -10"},
+        {chromatic, 0, 10, 910, "A3 0"},
+        // Seven-note scales: notes outside the scale are not candidates.
+        {major, 4, 0, 1500, "D#4 0"},
+        {major, 0, 0, 90, "C3 +90"},
+        {major, 0, 0, 140, "D3 -60"},
+        {minor, 9, 0, 700 + 5, "G3 +5"},
+    };
+    for (const Case& c : cases) {
+        Scale_State state;
+        state.scale = int16_t(c.scale);
+        state.key = int16_t(c.key);
+        state.detune = int16_t(c.detune);
+        char text[48];
+        Corvane_SingleComponentEffect::pitchDisplayText(state, c.cents, text, sizeof(text));
+        EXPECT_STREQ(text, c.text) << "scale " << c.scale << " key " << c.key << " cents " << c.cents;
+    }
+
+    // From scale index 3 on there are no note names: the offset alone,
+    // behind a blank, from a note of the scale.
+    for (int scale = 3; scale < scale_count; ++scale) {
+        Scale_State state;
+        state.scale = int16_t(scale);
+        state.key = 2;
+        // The second note of the scale an octave up, in whole cents.
+        const long second = std::lround(200.0 + 1200.0 + double(scale_intervals[scale][1]) / 100.0);
+        char text[48];
+        Corvane_SingleComponentEffect::pitchDisplayText(state, int(second + 3), text, sizeof(text));
+        EXPECT_STREQ(text, " +3") << scale_names[scale];
+        Corvane_SingleComponentEffect::pitchDisplayText(state, 200 - 1200, text, sizeof(text));
+        EXPECT_STREQ(text, " 0") << scale_names[scale];
+    }
+}
+
+TEST(Panel, PitchDisplaysFillOnlyLabelsThatExist)
+{
+    Panel panel;
+    ASSERT_TRUE(panel.open());
+    auto* output = static_cast<VSTGUI::CTextLabel*>(panel.registry().outputPitchDisplay);
+    // Opening clears the display.
+    EXPECT_STREQ(output->getText(), " ");
+    panel.effect->setPitchDisplay(1, 912);
+    EXPECT_STREQ(output->getText(), "A3 +12");
+    panel.effect->clearPitchDisplay(1);
+    EXPECT_STREQ(output->getText(), " ");
+    // The detected display is a plain view here, the object display absent,
+    // and 3 names no display: nothing happens.
+    panel.effect->setPitchDisplay(0, 912);
+    panel.effect->setPitchDisplay(2, 912);
+    panel.effect->setPitchDisplay(3, 912);
+    panel.effect->setPitchDisplay(-1, 912);
+    EXPECT_STREQ(output->getText(), " ");
+}
+
+TEST(Panel, TheDetuneLabelShowsTheReferenceAInHertz)
+{
+    Panel panel;
+    ASSERT_TRUE(panel.open());
+    auto* label = static_cast<VSTGUI::CTextLabel*>(panel.registry().detuneHertzDisplay);
+    auto* knob = panel.effect->getParameterObject(corvane::kDetune);
+    ASSERT_TRUE(label && knob);
+    EXPECT_STREQ(label->getText(), "440.0");
+    // A semitone up and down from 440 Hz, to a tenth of a hertz.
+    const struct {
+        double normalized;
+        const char* text;
+    } cases[] = {{1.0, "466.2"}, {0.0, "415.3"}, {0.75, "452.9"}};
+    for (const auto& c : cases) {
+        knob->setNormalized(c.normalized);
+        panel.effect->parameterChanged(knob);
+        EXPECT_STREQ(label->getText(), c.text);
+    }
+}
+
+TEST(Panel, TheTimerShowsTheDetectedAndTheCorrectedPitch)
+{
+    Panel panel;
+    ASSERT_TRUE(panel.open());
+    auto* output = static_cast<VSTGUI::CTextLabel*>(panel.registry().outputPitchDisplay);
+
+    Vst::ProcessSetup setup{Vst::kRealtime, Vst::kSample32, 512, 48000.0};
+    ASSERT_EQ(panel.effect->setupProcessing(setup), kResultOk);
+    panel.effect->setActive(true);
+    // Retune speed 0 pulls a voice 30 cents above A2 onto A2 at once.
+    panel.effect->setParamNormalized(corvane::kRetuneSpeed, 0.0);
+    const double hz = 220.0 * std::pow(2.0, 30.0 / 1200.0);
+    std::vector<float> in(512), out(512), out2(512);
+    double phase = 0.0;
+    for (int block = 0; block < 60; ++block) {
+        for (float& s : in) {
+            s = float(0.5 * std::sin(phase));
+            phase += 2.0 * M_PI * hz / 48000.0;
+        }
+        float* ins[2] = {in.data(), in.data()};
+        float* outs[2] = {out.data(), out2.data()};
+        Vst::AudioBusBuffers inBus{}, outBus{};
+        inBus.numChannels = outBus.numChannels = 2;
+        inBus.channelBuffers32 = ins;
+        outBus.channelBuffers32 = outs;
+        Vst::ProcessData data;
+        data.numSamples = 512;
+        data.numInputs = data.numOutputs = 1;
+        data.inputs = &inBus;
+        data.outputs = &outBus;
+        panel.effect->process(data);
+    }
+    for (int tick = 0; tick < 8; ++tick) panel.effect->onTimer();
+    EXPECT_STREQ(output->getText(), "A2 0");
+    panel.effect->setActive(false);
+}
