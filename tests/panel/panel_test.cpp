@@ -387,3 +387,113 @@ TEST(Panel, TheTimerShowsTheDetectedAndTheCorrectedPitch)
     EXPECT_STREQ(output->getText(), "A2 0");
     panel.effect->setActive(false);
 }
+
+TEST(Panel, NumberKeysRunTheirCommandsInGraphModeOnly)
+{
+    Panel panel;
+    ASSERT_TRUE(panel.open());
+    VSTGUI::CFrame* frame = panel.editor->getFrame();
+    auto* tools = panel.effect->getParameterObject(corvane::kGraphTools);
+    const auto tool = [&] { return int(std::lround(tools->toPlain(tools->getNormalized()))); };
+    VstKeyCode three;
+    three.character = '3';
+
+    // In Auto mode the keys go on to the views.
+    EXPECT_EQ(frame->platformOnKeyDown(three), -1);
+    EXPECT_TRUE(panel.handler.calls.empty());
+
+    // In Graph mode "3" picks the third tool, "0" the tenth, and the host
+    // hears each as an edit.
+    panel.effect->setCorrectionMode(true);
+    EXPECT_EQ(frame->platformOnKeyDown(three), 1);
+    EXPECT_EQ(frame->platformOnKeyUp(three), 1);
+    EXPECT_EQ(tool(), 2);
+    const std::vector<std::string> gesture = {"begin 16", "perform 16 0.2222", "end 16"};
+    EXPECT_EQ(panel.handler.calls, gesture);
+    VstKeyCode zero;
+    zero.virt = VKEY_NUMPAD0;
+    EXPECT_EQ(frame->platformOnKeyDown(zero), 1);
+    EXPECT_EQ(tool(), 9);
+
+    // With a modifier, or for a letter, the key is not ours.
+    three.modifier = MODIFIER_CONTROL;
+    EXPECT_EQ(frame->platformOnKeyDown(three), -1);
+    VstKeyCode letter;
+    letter.character = 'a';
+    EXPECT_EQ(frame->platformOnKeyDown(letter), -1);
+    EXPECT_EQ(tool(), 9);
+
+    // After closing, the hook is off the frame's list.
+    panel.close();
+    panel.effect->setCorrectionMode(false);
+}
+
+TEST(Panel, KeyCommandsPressToggleAndStepTheirParameters)
+{
+    Panel panel;
+    auto plain = [&](Vst::ParamID id) {
+        auto* p = panel.effect->getParameterObject(id);
+        return p->toPlain(p->getNormalized());
+    };
+    // "Undo": a press and a release, each heard by the host.
+    ASSERT_TRUE(panel.effect->runKeyCommand(15));
+    const std::vector<std::string> press = {"begin 22", "perform 22 1.0000", "end 22",
+                                            "begin 22", "perform 22 0.0000", "end 22"};
+    EXPECT_EQ(panel.handler.calls, press);
+    // "Toggle: Auto-Scroll" flips the setting both ways.
+    const double scroll = plain(corvane::kAutoScroll);
+    ASSERT_TRUE(panel.effect->runKeyCommand(27));
+    EXPECT_EQ(plain(corvane::kAutoScroll), 1.0 - scroll);
+    ASSERT_TRUE(panel.effect->runKeyCommand(27));
+    EXPECT_EQ(plain(corvane::kAutoScroll), scroll);
+    // "Adjust Throat Length: Longer" and "Shorter" move the knob and back.
+    const double throat = plain(corvane::kObjectThroatLength);
+    ASSERT_TRUE(panel.effect->runKeyCommand(54));
+    EXPECT_GT(plain(corvane::kObjectThroatLength), throat);
+    ASSERT_TRUE(panel.effect->runKeyCommand(55));
+    EXPECT_NEAR(plain(corvane::kObjectThroatLength), throat, 1e-9);
+    // Separators, "<none selected>" and rows past the table do nothing.
+    for (int command : {0, 1, 2, 13, 31, 56, -1}) EXPECT_FALSE(panel.effect->runKeyCommand(command)) << command;
+}
+
+TEST(Panel, TheWindowSizeIsKeptWithinItsLimitsForTheNextOpening)
+{
+    Panel panel;
+    ASSERT_TRUE(panel.open());
+    ViewRect size(0, 0, 1200, 700);
+    ASSERT_EQ(panel.editor->onSize(&size), kResultTrue);
+    EXPECT_EQ(panel.effect->getWindowWidth(), 1200);
+    EXPECT_EQ(panel.effect->getWindowHeight(), 700);
+    EXPECT_EQ(panel.editor->getFrame()->getWidth(), 1200);
+    panel.close();
+
+    // The next editor opens at the kept size.
+    ASSERT_TRUE(panel.open());
+    EXPECT_EQ(panel.editor->getFrame()->getWidth(), 1200);
+    EXPECT_EQ(panel.editor->getFrame()->getHeight(), 700);
+
+    // Sizes outside 850..4000 by 630..4000 are kept at the nearest limit.
+    panel.effect->editorResized(100, 9000);
+    EXPECT_EQ(panel.effect->getWindowWidth(), 850);
+    EXPECT_EQ(panel.effect->getWindowHeight(), 4000);
+}
+
+TEST(Panel, ScaleAutomationWhileThePanelIsOpenReachesTheScaleAtTheNextTick)
+{
+    Panel panel;
+    ASSERT_TRUE(panel.open());
+    auto* scale = panel.effect->getParameterObject(corvane::kScale);
+    auto* key = panel.effect->getParameterObject(corvane::kKey);
+    // The host's value arrives on the controller side; with the panel open
+    // the audio side leaves scale and key to the panel.
+    panel.effect->setParamNormalized(corvane::kScale, scale->toNormalized(0));
+    panel.effect->setParamNormalized(corvane::kKey, key->toNormalized(5));
+    EXPECT_EQ(panel.effect->getScaleState().scale, 2);
+    panel.effect->onTimer();
+    EXPECT_EQ(panel.effect->getScaleState().scale, 0);
+    EXPECT_EQ(panel.effect->getScaleState().key, 5);
+    // F major spells its keys with flats.
+    Vst::String128 text{};
+    key->toString(key->toNormalized(10), text);
+    EXPECT_EQ(VST3_BaseParameter::toUtf8(text), "Bb");
+}
