@@ -180,8 +180,9 @@ void VST3_SingleComponentEffect::setParameterPlain(ParamID id, ParamValue plain)
     VST3_BaseParameter* parameter = baseParameter(id);
     if (parameter == nullptr) return;
     parameter->setNormalized(parameter->toNormalized(plain));
-    // With an editor open, the control's own change brings the value back.
-    if (editorInstance == nullptr) applyParameter(parameter, id, 0, parameter->getNormalized());
+    // The engine follows also while an editor is open: a control moved by
+    // the program shows the value but sends no change of its own.
+    applyParameter(parameter, id, 0, parameter->getNormalized());
 }
 
 tresult PLUGIN_API VST3_SingleComponentEffect::setParamNormalized(ParamID id, ParamValue value)

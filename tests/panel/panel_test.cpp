@@ -497,3 +497,15 @@ TEST(Panel, ScaleAutomationWhileThePanelIsOpenReachesTheScaleAtTheNextTick)
     key->toString(key->toNormalized(10), text);
     EXPECT_EQ(VST3_BaseParameter::toUtf8(text), "Bb");
 }
+
+TEST(Panel, AValueSetByTheProgramReachesTheEngineWhileThePanelIsOpen)
+{
+    Panel panel;
+    ASSERT_TRUE(panel.open());
+    DT_DSPObject* engine = Corvane_SingleComponentEffect::engineOf(panel.effect);
+    ASSERT_NE(engine, nullptr);
+    // "Bypass" set as a restored old session sets it: the engine passes the
+    // input untouched from then on.
+    panel.effect->setParameterPlain(corvane::kBypass, 1.0);
+    EXPECT_TRUE(engine->is_bypassed());
+}
