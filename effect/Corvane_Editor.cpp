@@ -94,6 +94,12 @@ void Corvane_SingleComponentEffect::didOpen(VSTGUI::VST3Editor* editor)
 {
     VST3_SingleComponentEffect::didOpen(editor);
     if (editorFrame) editorFrame->registerKeyboardHook(this);
+    // The mode switch shows the parameter: a value that reached only the
+    // engine side while the panel was closed is taken as the user's now, so
+    // that switch and page agree.
+    if (auto* mode = baseParameter(corvane::kCorrectionMode)) {
+        if ((mode->toPlain(mode->getNormalized()) == 1.0) != graphModeActive) parameterChanged(mode);
+    }
     showCorrectionPage();
     showThroatLength();
     showDetuneHertz();

@@ -509,3 +509,16 @@ TEST(Panel, AValueSetByTheProgramReachesTheEngineWhileThePanelIsOpen)
     panel.effect->setParameterPlain(corvane::kBypass, 1.0);
     EXPECT_TRUE(engine->is_bypassed());
 }
+
+TEST(Panel, AModeSetWhileThePanelWasClosedIsTakenWhenItOpens)
+{
+    Panel panel;
+    // The host's value alone leaves the mode as it was...
+    panel.effect->setParamNormalized(corvane::kCorrectionMode, 1.0);
+    EXPECT_FALSE(panel.effect->isGraphMode());
+    // ...until the panel opens and its switch shows Graph.
+    ASSERT_TRUE(panel.open());
+    EXPECT_TRUE(panel.effect->isGraphMode());
+    EXPECT_TRUE(panel.registry().graphModePage->isVisible());
+    EXPECT_FALSE(panel.registry().autoModePage->isVisible());
+}
