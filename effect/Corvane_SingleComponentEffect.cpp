@@ -93,6 +93,13 @@ tresult PLUGIN_API Corvane_SingleComponentEffect::setupProcessing(ProcessSetup& 
     dspObject.set_sample_rate(setup.sampleRate);
     dspObject.set_samples_per_frame(double(getSamplesPerFrame()));
     updateNoteTable();
+    // The engine takes each setting from its parameter, the defaults too:
+    // the host sends only changes, and some settings (the vibrato rate)
+    // depend on the rate just set.
+    for (int32 i = 0; i < parameters.getParameterCount(); ++i) {
+        auto* parameter = FCast<VST3_BaseParameter>(parameters.getParameterByIndex(i));
+        if (parameter) applyParameter(parameter, parameter->getInfo().id, 0, parameter->getNormalized());
+    }
     latencySamples = int32(engine::latency * dspObject.get_decimation_factor());
     return kResultOk;
 }

@@ -9,6 +9,7 @@
 
 #include "dsp/DT_DSPObject.h"
 #include "dsp/note_tables.h"
+#include "support/note_judge.h"
 #include "support/pitch_estimate.h"
 #include "support/signals.h"
 #include "voicegen/Voice_Generator.h"
@@ -264,6 +265,84 @@ TEST(Correction, LockIsLostWhenTheVoiceStops)
     // The last period is kept for the splices of the unvoiced stretch.
     EXPECT_GT(e.dsp.get_last_period(), 150.0);
     EXPECT_EQ(e.dsp.get_applied_ratio(), 1.0);
+}
+
+namespace {
+
+// A sung note of a line: onset and length in seconds, the note (MIDI) and
+// how far the singer is off it, in cents.
+struct Sung_Note {
+    double start_s, length_s, note, detune_cents;
+};
+
+// The fundamental per sample of a sung line with a vibrato of 25 cents at
+// 5.5 Hz on every note. A note that starts where the one before ended is
+// sung legato, gliding over 30 ms from the pitch before; otherwise the voice
+// is silent (0) between notes.
+std::vector<double> sung_line(const std::vector<Sung_Note>& line, double seconds, double rate)
+{
+    std::vector<double> f0(size_t(seconds * rate), 0.0);
+    double previous_cents = 0.0;
+    double previous_end = -1.0;
+    for (const auto& n : line) {
+        const double held = 100.0 * (n.note - 69.0) + n.detune_cents;
+        const bool legato = std::fabs(n.start_s - previous_end) < 1e-9;
+        const size_t begin = size_t(n.start_s * rate);
+        const size_t end = std::min(f0.size(), size_t((n.start_s + n.length_s) * rate));
+        for (size_t i = begin; i < end; ++i) {
+            const double t = double(i - begin) / rate;
+            double cents = held + 25.0 * std::sin(2.0 * M_PI * 5.5 * t);
+            if (legato && t < 0.03)
+                cents = previous_cents + (cents - previous_cents) * (0.5 - 0.5 * std::cos(M_PI * t / 0.03));
+            f0[i] = 440.0 * std::pow(2.0, cents / 1200.0);
+        }
+        previous_cents = held + 25.0 * std::sin(2.0 * M_PI * 5.5 * n.length_s);
+        previous_end = n.start_s + n.length_s;
+    }
+    return f0;
+}
+
+} // namespace
+
+TEST(Correction, NoteEndsAndOnsetsStayOnTheNotes)
+{
+    // Notes that fade out and start again after gaps of 100, 30 and 10 ms,
+    // and one legato step of a major third. The crests of the vibrato carry
+    // the first and the last note past the midpoint to their neighbour, where
+    // the nearest note changes for a moment. At the retune speed of 20 ms,
+    // from the first voiced frame of each note to its last, the output stays
+    // within a semitone of the note the singer is nearest and never turns
+    // into a repeat over several periods (a sub-octave). A retune speed of 0
+    // is no case for this: on a note's midpoint it snaps to either side at
+    // every decision, as the singer's jitter carries the pitch across.
+    const std::vector<Sung_Note> line = {
+        {0.10, 0.70, 60, +28}, // crests at +53
+        {0.90, 0.55, 62, -22}, // after 100 ms of silence
+        {1.48, 0.50, 64, +35}, // after 30 ms
+        {1.99, 0.45, 65, -20}, // after 10 ms
+        {2.44, 0.45, 69, +15}, // legato
+        {2.99, 0.80, 67, -30}, // crests at -55
+    };
+    double sung_s = 0.0;
+    for (const auto& n : line) sung_s += n.length_s;
+    for (double rate : {44100.0, 48000.0, 96000.0}) {
+        voicegen::Voice_Settings settings;
+        settings.sample_rate = rate;
+        settings.seed = 3;
+        voicegen::Voice_Generator voice(settings);
+        const auto x = voice.render_contour(sung_line(line, 3.9, rate), voicegen::Vowel::A, 0.4);
+        const std::vector<double> sung_hz = voice.pitch_contour();
+        Engine e(rate, 20.0);
+        const auto y = e.run(x);
+        const size_t latency = size_t(kLatency * e.dsp.get_decimation_factor());
+        const auto j = test_pitch::judge_notes(x, sung_hz, y, latency, rate);
+        // Every note is heard, for most of its length.
+        EXPECT_GT(j.voiced_in, int(0.85 * sung_s / pitchtrack::Estimator_Settings().hop_s)) << rate;
+        EXPECT_GT(j.voiced_out, int(0.97 * j.voiced_in)) << rate;
+        EXPECT_EQ(j.off_note, 0) << "at " << rate << " Hz the worst frame, at " << j.worst_time_s
+                                 << " s: input " << j.worst_in_hz << " Hz, output " << j.worst_out_hz
+                                 << " Hz, " << j.worst_cents << " cents from the note";
+    }
 }
 
 namespace {

@@ -1,5 +1,7 @@
 // Auto mode through the built module, as a host drives it: the demo phrase
-// comes out on the notes; scale, key and transpose from the host reach it.
+// comes out on the notes, also where notes end and start; settings the host
+// never touches act at their defaults; scale, key and transpose from the
+// host reach it.
 
 #include <gtest/gtest.h>
 
@@ -11,6 +13,7 @@
 
 #include "effect/Corvane_Parameters.h"
 #include "hostlib/Plugin_Host.h"
+#include "support/note_judge.h"
 #include "support/pitch_estimate.h"
 #include "support/signals.h"
 #include "voicegen/Voice_Generator.h"
@@ -29,16 +32,25 @@ protected:
         std::string error;
         module = hostlib::Module::load(CORVANE_BUNDLE_PATH, error);
         ASSERT_TRUE(module) << error;
-        instance = hostlib::Instance::create(*module, "", error);
-        ASSERT_TRUE(instance) << error;
-        ASSERT_TRUE(instance->set_channels(1, 1));
-        ASSERT_TRUE(instance->setup(kRate, 512));
-        ASSERT_TRUE(instance->activate(true));
+        instance = start_instance();
+        ASSERT_TRUE(instance);
     }
-    std::vector<float> render(const std::vector<float>& x)
+    // A fresh mono instance, set up and active at kRate; null on failure.
+    std::unique_ptr<hostlib::Instance> start_instance()
+    {
+        std::string error;
+        auto started = hostlib::Instance::create(*module, "", error);
+        EXPECT_TRUE(started) << error;
+        if (!started || !started->set_channels(1, 1) || !started->setup(kRate, 512) ||
+            !started->activate(true))
+            return nullptr;
+        return started;
+    }
+    std::vector<float> render(const std::vector<float>& x) { return render(*instance, x); }
+    static std::vector<float> render(hostlib::Instance& effect, const std::vector<float>& x)
     {
         std::vector<std::vector<float>> out;
-        EXPECT_EQ(instance->process_all({x}, out, 512), kResultOk);
+        EXPECT_EQ(effect.process_all({x}, out, 512), kResultOk);
         return out[0];
     }
     // The pitch of the output at the time t of the input.
@@ -96,6 +108,76 @@ TEST_F(AutoMode, TheDemoPhraseComesOutOnTheNotes)
         const size_t a = size_t(gap_start * kRate) + kLatency, b = size_t(gap_end * kRate) + kLatency;
         EXPECT_LT(test_signals::rms(y, a, b - a), 0.01) << "gap before note " << i;
     }
+}
+
+TEST_F(AutoMode, NoteEndsAndOnsetsOfTheDemoPhraseStayOnTheNotes)
+{
+    // The demo phrase at the plug-in's defaults: from the first voiced frame
+    // of each note to its last, scoop, vibrato crests over a note's midpoint
+    // and release included, the output stays within a semitone of the note
+    // the singer is nearest, and never turns into a repeat over several
+    // periods (a sub-octave).
+    voicegen::Voice_Settings settings;
+    settings.sample_rate = kRate;
+    settings.seed = 7;
+    voicegen::Voice_Generator voice(settings);
+    const auto x = voice.render(voicegen::demo_phrase_notes(), voicegen::demo_phrase_seconds());
+    ASSERT_EQ(x, voicegen::render_demo_phrase(kRate)); // the phrase the tools render
+    const auto y = render(x);
+    const auto j = test_pitch::judge_notes(x, voice.pitch_contour(), y, kLatency, kRate);
+    // Every note is heard, for most of its length.
+    double sung_s = 0.0;
+    for (const auto& n : voicegen::demo_phrase_notes()) sung_s += n.length_s;
+    EXPECT_GT(j.voiced_in, int(0.85 * sung_s / pitchtrack::Estimator_Settings().hop_s));
+    EXPECT_GT(j.voiced_out, int(0.97 * j.voiced_in));
+    EXPECT_EQ(j.off_note, 0) << "the worst frame, at " << j.worst_time_s << " s: input "
+                             << j.worst_in_hz << " Hz, output " << j.worst_out_hz << " Hz, "
+                             << j.worst_cents << " cents from the note";
+}
+
+TEST_F(AutoMode, SettingsLeftAtTheirDefaultsActAsIfSet)
+{
+    // A host that never touches a setting hears it at the default it shows:
+    // the output is the same as that of an instance on which each setting
+    // of the Auto page was set to its default. A voice 35 cents sharp of A4
+    // with the plug-in's vibrato on, so that its rate and onset count too.
+    voicegen::Voice_Settings settings;
+    settings.sample_rate = kRate;
+    voicegen::Voice_Generator voice(settings);
+    const auto x = voice.render({{0.1, 1.5, 69, +35, 0, 0, voicegen::Vowel::A, 0.4}}, 1.8);
+
+    auto vibrato_on = [](hostlib::Instance& effect) {
+        EXPECT_TRUE(effect.set_text(corvane::kVibratoShape, "Sine Wave"));
+        EXPECT_TRUE(effect.set_plain(corvane::kVibratoPitch, 40.0));
+    };
+    vibrato_on(*instance);
+    const auto left = render(x);
+
+    auto set = start_instance();
+    ASSERT_TRUE(set);
+    vibrato_on(*set);
+    const Vst::ParamID auto_page[] = {
+        corvane::kDetune, corvane::kRetuneSpeed, corvane::kHumanize, corvane::kVibratoRate,
+        corvane::kTracking, corvane::kInputType, corvane::kIgnoreVibrato, corvane::kOnsetDelay,
+        corvane::kOnsetRate, corvane::kVibratoAmplitude, corvane::kVibratoFormant,
+        corvane::kVibratoVariation, corvane::kNaturalVibrato, corvane::kUseFormants,
+        corvane::kThroatLength, corvane::kTranspose,
+    };
+    const auto parameters = set->parameters();
+    for (Vst::ParamID id : auto_page) {
+        auto it = std::find_if(parameters.begin(), parameters.end(),
+                               [id](const hostlib::Parameter_Info& p) { return p.id == id; });
+        ASSERT_NE(it, parameters.end()) << id;
+        ASSERT_TRUE(set->set_plain(id, it->default_plain)) << it->title;
+    }
+    const auto as_set = render(*set, x);
+
+    // Alike but for the engine's denormal noise, some 1e-20.
+    ASSERT_EQ(left.size(), as_set.size());
+    size_t parted = 0;
+    while (parted < left.size() && std::fabs(double(left[parted]) - double(as_set[parted])) < 1e-5)
+        ++parted;
+    EXPECT_EQ(parted, left.size()) << "the outputs part at " << double(parted) / kRate << " s";
 }
 
 TEST_F(AutoMode, ScaleAndKeyFromTheHostReachTheEngine)
