@@ -62,7 +62,8 @@ const auto* const kFontCaches = ::testing::AddGlobalTestEnvironment(new Font_Cac
 
 TEST(PitchPlot, CurvesSitOnTheirNotesAndTimes)
 {
-    // Input on A3 from 1 s to 2 s, output on C4 from 2 s to 3 s, of 4 s.
+    // Input on MIDI note 57 from 1 s to 2 s, output on 60 (a C) from 2 s to
+    // 3 s, of 4 s.
     const auto input = track_of(4.0, [](double t) { return t >= 1.0 && t < 2.0 ? 57.0 : -1.0; });
     const auto output = track_of(4.0, [](double t) { return t >= 2.0 && t < 3.0 ? 60.0 : -1.0; });
     const Pitch_Plot plot(input, output, 4.0);
@@ -86,7 +87,7 @@ TEST(PitchPlot, CurvesSitOnTheirNotesAndTimes)
     ASSERT_FALSE(c_lines.empty());
     for (size_t i = 1; i < c_lines.size(); ++i) EXPECT_EQ(c_lines[i] - c_lines[i - 1], 12u);
 
-    // The output's C4 on a C line; the input's A3 three lines below it.
+    // The output's C on a C line; the input's A three lines below it.
     const double out_row = plot_image::mean(
         plot_image::rows_of(image, a.left + int(2.5 * seconds), kOutputColour, a.top, a.bottom));
     const double in_row = plot_image::mean(
@@ -201,6 +202,6 @@ TEST(PitchPlot, NoteNames)
     const struct {
         int note;
         const char* name;
-    } cases[] = {{60, "C4"}, {61, "C#4"}, {69, "A4"}, {59, "B3"}, {48, "C3"}, {0, "C-1"}, {127, "G9"}, {70, "A#4"}};
+    } cases[] = {{60, "C3"}, {61, "C#3"}, {69, "A3"}, {59, "B2"}, {48, "C2"}, {0, "C-2"}, {127, "G8"}, {70, "A#3"}};
     for (const auto& c : cases) EXPECT_EQ(render::note_name(c.note), c.name);
 }

@@ -86,8 +86,9 @@ void release_font_caches()
 std::string note_name(int note)
 {
     const int pitch_class = ((note % 12) + 12) % 12;
-    // Octaves change at C; MIDI note 60 is C4.
-    const int octave = (note - pitch_class) / 12 - 1;
+    // Octaves change at C; MIDI note 60, the C below A 440, is C3, as the
+    // plug-in's own displays name it.
+    const int octave = (note - pitch_class) / 12 - 2;
     return kNoteNames[pitch_class] + std::to_string(octave);
 }
 
