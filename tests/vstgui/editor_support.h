@@ -1,10 +1,11 @@
 #pragma once
 
 // A controller with a few parameters for the editor's tests, acting as the
-// editor's delegate, and a component handler that writes down what the
+// editor's delegate, with a component handler that writes down what the
 // host would hear.
 
 #include "vstgui_test_support.h"
+#include "support/recording_handler.h"
 
 #include "vstgui/lib/controls/coptionmenu.h"
 #include "vstgui/plugin-bindings/vst3editor.h"
@@ -19,37 +20,7 @@ namespace vstgui_test {
 
 using namespace Steinberg;
 
-class RecordingHandler : public Vst::IComponentHandler {
-public:
-    std::vector<std::string> calls;
-    tresult PLUGIN_API beginEdit(Vst::ParamID id) override
-    {
-        calls.push_back("begin " + std::to_string(id));
-        return kResultOk;
-    }
-    tresult PLUGIN_API performEdit(Vst::ParamID id, Vst::ParamValue v) override
-    {
-        char text[64];
-        std::snprintf(text, sizeof text, "perform %u %.4f", unsigned(id), v);
-        calls.push_back(text);
-        return kResultOk;
-    }
-    tresult PLUGIN_API endEdit(Vst::ParamID id) override
-    {
-        calls.push_back("end " + std::to_string(id));
-        return kResultOk;
-    }
-    tresult PLUGIN_API restartComponent(int32) override { return kResultOk; }
-    tresult PLUGIN_API queryInterface(const TUID iid, void** obj) override
-    {
-        QUERY_INTERFACE(iid, obj, FUnknown::iid, Vst::IComponentHandler)
-        QUERY_INTERFACE(iid, obj, Vst::IComponentHandler::iid, Vst::IComponentHandler)
-        *obj = nullptr;
-        return kNoInterface;
-    }
-    uint32 PLUGIN_API addRef() override { return 1; }
-    uint32 PLUGIN_API release() override { return 1; }
-};
+using test_host::RecordingHandler;
 
 // Parameters: 3 "Gain" (continuous), 12 "Mode" (three steps: Off, Low,
 // High), 40 "Private" (not the host's).

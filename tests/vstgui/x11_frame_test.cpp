@@ -3,6 +3,7 @@
 // that XTest sends as a user's would, while the fallback run loop runs.
 
 #include "editor_support.h"
+#include "support/virtual_display.h"
 
 #include "vstgui/lib/controls/cknob.h"
 #include "vstgui/lib/controls/cswitch.h"
@@ -22,53 +23,10 @@
 using namespace VSTGUI;
 using namespace vstgui_test;
 using Steinberg::ViewRect;
+using test_x11::haveXvfb;
+using test_x11::VirtualDisplay;
 
 namespace {
-
-// An X server of the test's own on a display number it picks itself.
-class VirtualDisplay {
-public:
-    VirtualDisplay()
-    {
-        int fds[2];
-        if (::pipe(fds) != 0) return;
-        pid = ::fork();
-        if (pid == 0) {
-            ::close(fds[0]);
-            const std::string fd = std::to_string(fds[1]);
-            ::execlp("Xvfb", "Xvfb", "-displayfd", fd.c_str(), "-screen", "0", "640x480x24", "-nolisten", "tcp", "-noreset",
-                     static_cast<char*>(nullptr));
-            ::_exit(127);
-        }
-        ::close(fds[1]);
-        if (pid < 0) {
-            ::close(fds[0]);
-            return;
-        }
-        std::string number;
-        char c;
-        while (::read(fds[0], &c, 1) == 1 && c != '\n') number += c;
-        ::close(fds[0]);
-        if (!number.empty()) name = ":" + number;
-    }
-    ~VirtualDisplay()
-    {
-        if (pid > 0) {
-            ::kill(pid, SIGTERM);
-            ::waitpid(pid, nullptr, 0);
-        }
-    }
-    bool ok() const { return !name.empty(); }
-    std::string name;
-
-private:
-    pid_t pid = -1;
-};
-
-bool haveXvfb()
-{
-    return ::system("command -v Xvfb > /dev/null 2>&1") == 0;
-}
 
 // The host's window: a plug-in frame that gives the fallback run loop as
 // the host's run loop and resizes as asked.

@@ -31,7 +31,7 @@ constexpr uint32 kPendingUpdateInterval = 30;
 void ensureUpdateHandler()
 {
     if (FObject::getUpdateHandler()) return;
-    static UpdateHandler* handler = new UpdateHandler();
+    static UpdateHandler handler;
     (void)handler;
 }
 
@@ -363,6 +363,9 @@ tresult PLUGIN_API VST3Editor::attached(void* parent, FIDString type)
 tresult PLUGIN_API VST3Editor::removed()
 {
     close();
+    // The host's loop is not held past the window: timers made later run on
+    // the loop of the next window, or on the fallback.
+    Timer::setRunLoop(nullptr);
     return EditorView::removed();
 }
 

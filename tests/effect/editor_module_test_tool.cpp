@@ -1,0 +1,242 @@
+// corvane-snapshot run as a user runs it: the picture it writes is the one
+// the module's editor draws for the same settings, and every mistake is one
+// line on stderr, a non-zero exit and no file.
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "support/editor_host.h"
+#include "support/picture.h"
+#include "support/ui_layout.h"
+
+using test_host::PluginInstance;
+using test_panel::Picture;
+
+namespace {
+
+const std::string kTool = CORVANE_SNAPSHOT_PATH;
+
+struct Result {
+    int status;
+    std::string out;
+    std::string err;
+};
+
+std::string slurp(const std::string& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    return std::string((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
+}
+
+std::vector<std::string> filesIn(const std::string& folder)
+{
+    std::vector<std::string> names;
+    if (DIR* d = ::opendir(folder.c_str())) {
+        while (const dirent* entry = ::readdir(d)) {
+            const std::string name = entry->d_name;
+            if (name != "." && name != "..") names.push_back(name);
+        }
+        ::closedir(d);
+    }
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+// An empty folder of the running test's own.
+std::string emptyFolder()
+{
+    const std::string folder = test_host::scratchFolder("snapshot_tool");
+    for (const auto& name : filesIn(folder)) std::remove((folder + "/" + name).c_str());
+    return folder;
+}
+
+// Runs the tool; its output streams are caught in files beside the folder.
+Result run(const std::string& folder, const std::vector<std::string>& args)
+{
+    const std::string out = folder + ".stdout";
+    const std::string err = folder + ".stderr";
+    const pid_t child = ::fork();
+    if (child == 0) {
+        const int o = ::open(out.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+        const int e = ::open(err.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+        ::dup2(o, 1);
+        ::dup2(e, 2);
+        std::vector<char*> argv;
+        argv.push_back(const_cast<char*>(kTool.c_str()));
+        for (const auto& a : args) argv.push_back(const_cast<char*>(a.c_str()));
+        argv.push_back(nullptr);
+        ::execv(kTool.c_str(), argv.data());
+        ::_exit(127);
+    }
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, slurp(out), slurp(err)};
+}
+
+size_t lineCount(const std::string& text)
+{
+    return size_t(std::count(text.begin(), text.end(), '\n'));
+}
+
+} // namespace
+
+TEST(SnapshotTool, WritesWhatTheEditorDrawsForTheSameSettings)
+{
+    const std::string folder = emptyFolder();
+    test_panel::UiLayout layout;
+    ASSERT_TRUE(layout.load(test_host::resourcePath("Corvane_Editor.uidesc"), "Corvane_Editor")) << layout.error();
+
+    struct Row {
+        const char* name;
+        std::vector<std::string> settings;  // title, text
+    };
+    const Row rows[] = {
+        {"default", {}},
+        {"retune", {"Retune Speed", "400"}},
+        {"graph", {"Correction Mode", "Graph"}},
+        {"both", {"Transpose", "12", "Correction Mode", "Graph"}},
+    };
+    std::vector<Picture> written;
+    for (const Row& row : rows) {
+        std::vector<std::string> args;
+        PluginInstance plugin;
+        ASSERT_TRUE(plugin.ok()) << plugin.error;
+        for (size_t i = 0; i < row.settings.size(); i += 2) {
+            args.push_back("--set");
+            args.push_back(row.settings[i] + "=" + row.settings[i + 1]);
+            ASSERT_TRUE(plugin.setText(row.settings[i], row.settings[i + 1])) << row.name;
+        }
+        const std::string path = folder + "/" + row.name + ".png";
+        args.push_back(path);
+        const Result r = run(folder, args);
+        ASSERT_EQ(r.status, 0) << row.name << ": " << r.err;
+        EXPECT_EQ(r.out, path + ": " + std::to_string(layout.templateRect().width) + " x " +
+                             std::to_string(layout.templateRect().height) + "\n");
+        const Picture picture = test_panel::readPNG(path);
+        ASSERT_EQ(picture.width, layout.templateRect().width) << row.name;
+        ASSERT_EQ(picture.height, layout.templateRect().height) << row.name;
+
+        const std::string direct = folder + "/" + row.name + "-direct.png";
+        ASSERT_EQ(plugin.snapshot(direct), Steinberg::kResultOk);
+        EXPECT_EQ(test_panel::differingPixels(picture, test_panel::readPNG(direct), picture.whole()), 0)
+            << row.name << ": the tool's picture is the editor's";
+        written.push_back(picture);
+    }
+    // Each setting changed the picture.
+    for (size_t i = 1; i < written.size(); ++i)
+        EXPECT_GT(test_panel::differingPixels(written[0], written[i], written[0].whole()), 0) << rows[i].name;
+    EXPECT_GT(test_panel::differingPixels(written[2], written[3], written[0].whole()), 0);
+}
+
+TEST(SnapshotTool, DrawsAtTheSizeAsked)
+{
+    const std::string folder = emptyFolder();
+    struct Row {
+        const char* size;
+        int width, height;
+    };
+    const Row rows[] = {
+        {"850x630", 850, 630}, {"1000x700", 1000, 700}, {"4000x630", 4000, 630}, {"850x1200", 850, 1200}};
+    for (const Row& row : rows) {
+        const std::string path = folder + "/" + row.size + ".png";
+        const Result r = run(folder, {"--size", row.size, path});
+        ASSERT_EQ(r.status, 0) << row.size << ": " << r.err;
+        const Picture picture = test_panel::readPNG(path);
+        EXPECT_EQ(picture.width, row.width) << row.size;
+        EXPECT_EQ(picture.height, row.height) << row.size;
+    }
+    // "--size=WxH" is the same option.
+    const std::string path = folder + "/inline.png";
+    ASSERT_EQ(run(folder, {"--size=900x640", path}).status, 0);
+    EXPECT_EQ(test_panel::readPNG(path).width, 900);
+}
+
+TEST(SnapshotTool, MistakesAreOneLineOnStderrAndLeaveNoFile)
+{
+    const std::string folder = emptyFolder();
+    const std::string out = folder + "/panel.png";
+    // A picture from an earlier run stays as it was when a run fails.
+    const std::string kept = folder + "/kept.png";
+    ASSERT_EQ(run(folder, {kept}).status, 0);
+    const std::string keptBytes = slurp(kept);
+    ASSERT_FALSE(keptBytes.empty());
+
+    // A hidden read-only parameter, if the plug-in has one.
+    std::string readOnlyTitle;
+    {
+        PluginInstance plugin;
+        ASSERT_TRUE(plugin.ok()) << plugin.error;
+        for (const auto& p : plugin.instance->parameters()) {
+            if (p.flags & Steinberg::Vst::ParameterInfo::kIsReadOnly) {
+                readOnlyTitle = p.title;
+                break;
+            }
+        }
+    }
+
+    struct Row {
+        std::vector<std::string> args;
+        std::string message;
+    };
+    std::vector<Row> rows = {
+        {{"--set", "No Such Knob=1", out}, "no parameter titled \"No Such Knob\""},
+        {{"--set", "Retune Speed=fast", out}, "\"Retune Speed\" does not take \"fast\""},
+        {{"--set", "Correction Mode=Sideways", out},
+         "\"Correction Mode\" has no value \"Sideways\" (one of: Auto, Graph)"},
+        {{"--set", "Retune Speed", out}, "--set takes \"Title=value\""},
+        {{"--set", "Retune Speed=20", "--set", "Nope=2", out}, "no parameter titled \"Nope\""},
+        {{"--size", "849x630", out}, "--size takes WIDTHxHEIGHT"},
+        {{"--size", "850x629", out}, "--size takes WIDTHxHEIGHT"},
+        {{"--size", "4001x630", out}, "--size takes WIDTHxHEIGHT"},
+        {{"--size", "850x4001", out}, "--size takes WIDTHxHEIGHT"},
+        {{"--size", "1000", out}, "--size takes WIDTHxHEIGHT"},
+        {{"--size", "-900x700", out}, "--size takes WIDTHxHEIGHT"},
+        {{"--size", "900x700x2", out}, "--size takes WIDTHxHEIGHT"},
+        {{"--size", out}, "--size takes WIDTHxHEIGHT"},
+        {{"--plugin", folder + "/missing.vst3", out}, folder + "/missing.vst3"},
+        {{"--plugin", kept, out}, kept},
+        {{}, "no output file given"},
+        {{out, folder + "/second.png"}, "too many files"},
+        {{"--colour", out}, "unknown option --colour"},
+        {{"--help=yes", out}, "--help takes no value"},
+        {{folder + "/no-such-folder/panel.png"}, "cannot write " + folder + "/no-such-folder/panel.png"},
+        // A failed run over an existing picture leaves it as it was.
+        {{"--set", "Correction Mode=Graph", "--set", "Bad=1", kept}, "no parameter titled \"Bad\""},
+    };
+    if (!readOnlyTitle.empty())
+        rows.push_back({{"--set", readOnlyTitle + "=1", out}, "parameter \"" + readOnlyTitle + "\" is read-only"});
+
+    for (const Row& row : rows) {
+        std::string shown;
+        for (const auto& a : row.args) shown += " " + a;
+        const Result r = run(folder, row.args);
+        EXPECT_NE(r.status, 0) << shown;
+        EXPECT_EQ(r.out, "") << shown;
+        EXPECT_EQ(r.err.rfind("corvane-snapshot: ", 0), 0u) << shown << ": " << r.err;
+        EXPECT_NE(r.err.find(row.message), std::string::npos) << shown << ": " << r.err;
+        EXPECT_EQ(lineCount(r.err), 1u) << shown << ": " << r.err;
+        EXPECT_EQ(filesIn(folder), std::vector<std::string>{"kept.png"}) << shown;
+        EXPECT_EQ(slurp(kept), keptBytes) << shown;
+    }
+}
+
+TEST(SnapshotTool, HelpTellsTheOptionsAndWritesNothing)
+{
+    const std::string folder = emptyFolder();
+    const Result r = run(folder, {"--help", folder + "/panel.png"});
+    EXPECT_EQ(r.status, 0);
+    EXPECT_EQ(r.err, "");
+    EXPECT_EQ(r.out.rfind("usage: corvane-snapshot [options] OUT.png\n", 0), 0u) << r.out;
+    for (const char* option : {"--plugin BUNDLE", "--set \"Title=value\"", "--size WxH", "--help"})
+        EXPECT_NE(r.out.find(option), std::string::npos) << option;
+    EXPECT_TRUE(filesIn(folder).empty());
+}

@@ -1,0 +1,578 @@
+// The editor of the built module in a small host of ours under Xvfb: the
+// host loads the module, makes the view "editor", embeds it into its own X11
+// window through IPlugView::attached with a plug-in frame that offers its
+// run loop (Steinberg::Linux::IRunLoop), runs that loop, and sends input
+// through XTest as a user's hand would. Positions come from the UI
+// description; values expected from a gesture come from the knob's
+// geometry.
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <cmath>
+#include <cstdlib>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "pluginterfaces/gui/iplugview.h"
+#include "pluginterfaces/vst/ivsteditcontroller.h"
+#include "support/editor_host.h"
+#include "support/host_run_loop.h"
+#include "support/picture.h"
+#include "support/recording_handler.h"
+#include "support/ui_layout.h"
+#include "support/virtual_display.h"
+
+// Xlib's macros (None, Bool, ...) come after every other header.
+#include <X11/Xlib.h>
+#include <X11/Xutil.h>
+#include <X11/extensions/XTest.h>
+
+using namespace Steinberg;
+using Vst::ParamID;
+using test_host::Held;
+using test_host::PluginInstance;
+using test_host::RecordingHandler;
+using test_panel::Picture;
+using test_panel::Rect;
+using test_panel::UiView;
+using Edit = RecordingHandler::Edit;
+
+namespace {
+
+constexpr double kPi = 3.14159265358979323846;
+// How long the loop runs at most for something to show.
+constexpr auto kPatience = std::chrono::seconds(5);
+
+// The host's run loop, for the whole program: a plug-in may keep the run
+// loop it was given referenced after its editor has gone.
+test_host::HostRunLoop& hostLoop()
+{
+    static test_host::HostRunLoop loop;
+    return loop;
+}
+
+// The frame of one host window: offers the run loop and resizes the window
+// with the view as the plug-in asks.
+class HostFrame : public IPlugFrame {
+public:
+    Display* display = nullptr;
+    Window window = 0;
+    std::vector<std::pair<int, int>> resizes;
+
+    tresult PLUGIN_API resizeView(IPlugView* view, ViewRect* r) override
+    {
+        resizes.emplace_back(r->getWidth(), r->getHeight());
+        XResizeWindow(display, window, unsigned(r->getWidth()), unsigned(r->getHeight()));
+        return view->onSize(r);
+    }
+    tresult PLUGIN_API queryInterface(const TUID iid, void** obj) override
+    {
+        if (FUnknownPrivate::iidEqual(iid, Linux::IRunLoop::iid)) {
+            hostLoop().addRef();
+            *obj = static_cast<Linux::IRunLoop*>(&hostLoop());
+            return kResultTrue;
+        }
+        QUERY_INTERFACE(iid, obj, FUnknown::iid, IPlugFrame)
+        QUERY_INTERFACE(iid, obj, IPlugFrame::iid, IPlugFrame)
+        *obj = nullptr;
+        return kNoInterface;
+    }
+    uint32 PLUGIN_API addRef() override { return 1; }
+    uint32 PLUGIN_API release() override { return 1; }
+};
+
+const test_panel::UiLayout& layout()
+{
+    static test_panel::UiLayout loaded;
+    static bool done = false;
+    if (!done) {
+        done = true;
+        loaded.load(test_host::resourcePath("Corvane_Editor.uidesc"), "Corvane_Editor");
+    }
+    return loaded;
+}
+
+// The one control of that class bound to a parameter.
+const UiView* controlOf(ParamID id, const std::string& className)
+{
+    for (const auto& v : layout().views()) {
+        if (v.tag == int(id) && v.className == className) return &v;
+    }
+    return nullptr;
+}
+
+// The normalized value a knob in circular mode takes for a point: the
+// angle of the point around the knob's centre, clockwise from the start of
+// its 270 degree arc at the lower left.
+double circularValue(double dx, double dy)
+{
+    const double start = 3.0 * kPi / 4.0, range = 3.0 * kPi / 2.0;
+    double delta = std::atan2(dy, dx) - start;
+    while (delta < 0) delta += 2 * kPi;
+    return delta <= range ? delta / range : ((delta - range) < (2 * kPi - delta) ? 1.0 : 0.0);
+}
+
+// One host window with the module's editor in it.
+struct EmbeddedEditor {
+    PluginInstance plugin;
+    RecordingHandler handler;
+    HostFrame frame;
+    Held<IPlugView> view;
+    int left = 0, top = 0;
+
+    // The host's handler replaces the host library's own.
+    EmbeddedEditor()
+    {
+        if (plugin.ok()) plugin.instance->controller()->setComponentHandler(&handler);
+    }
+    ~EmbeddedEditor()
+    {
+        close();
+        if (plugin.ok()) plugin.instance->controller()->setComponentHandler(nullptr);
+        if (frame.window) XDestroyWindow(frame.display, frame.window);
+        if (frame.display) XSync(frame.display, False);
+    }
+
+    bool attach(Display* display, int x, int y)
+    {
+        left = x;
+        top = y;
+        view = plugin.createView();
+        if (!view) return false;
+        ViewRect size;
+        view->getSize(&size);
+        frame.display = display;
+        if (!frame.window) {
+            frame.window = XCreateSimpleWindow(display, DefaultRootWindow(display), x, y, unsigned(size.getWidth()),
+                                               unsigned(size.getHeight()), 0, 0, 0);
+            XMapWindow(display, frame.window);
+            XSync(display, False);
+        }
+        if (view->setFrame(&frame) != kResultOk) return false;
+        return view->attached(reinterpret_cast<void*>(frame.window), kPlatformTypeX11EmbedWindowID) == kResultTrue;
+    }
+
+    void close()
+    {
+        if (!view) return;
+        view->removed();
+        view->setFrame(nullptr);
+        view.reset();
+    }
+};
+
+class EditorModuleX11 : public ::testing::Test {
+protected:
+    static void SetUpTestSuite()
+    {
+        if (!test_x11::haveXvfb()) return;
+        server = new test_x11::VirtualDisplay("2000x1400x24");
+        if (server->ok()) ::setenv("DISPLAY", server->name.c_str(), 1);
+    }
+    static void TearDownTestSuite()
+    {
+        delete server;
+        server = nullptr;
+    }
+
+    void SetUp() override
+    {
+        if (!test_x11::haveXvfb()) GTEST_SKIP() << "Xvfb is not installed: the editor is not tried in a window";
+        if (!server || !server->ok()) GTEST_SKIP() << "Xvfb could not be started: the editor is not tried in a window";
+        ASSERT_TRUE(layout().error().empty()) << layout().error();
+        display = XOpenDisplay(server->name.c_str());
+        ASSERT_NE(display, nullptr);
+        folder = test_host::scratchFolder("editor_x11");
+        // The pointer rests away from every window.
+        XTestFakeMotionEvent(display, DefaultScreen(display), 1990, 1390, 0);
+        XSync(display, False);
+        handlersBefore = hostLoop().handlerCount();
+        timersBefore = hostLoop().timerCount();
+    }
+
+    void TearDown() override
+    {
+        if (display) XCloseDisplay(display);
+    }
+
+    bool pumpUntil(const std::function<bool()>& condition)
+    {
+        const auto end = std::chrono::steady_clock::now() + kPatience;
+        while (std::chrono::steady_clock::now() < end) {
+            hostLoop().runFor(10);
+            if (condition()) return true;
+        }
+        return false;
+    }
+    void pump(unsigned milliseconds) { hostLoop().runFor(milliseconds); }
+
+    void moveTo(int x, int y)
+    {
+        XTestFakeMotionEvent(display, DefaultScreen(display), x, y, 0);
+        XFlush(display);
+    }
+    void button(bool down)
+    {
+        XTestFakeButtonEvent(display, 1, down ? True : False, 0);
+        XFlush(display);
+    }
+
+    // What the screen shows of a window, as 0xRRGGBB pixels.
+    Picture grab(Window window, const Rect& r)
+    {
+        Picture p;
+        XImage* image = XGetImage(display, window, r.x, r.y, unsigned(r.width), unsigned(r.height), AllPlanes, ZPixmap);
+        if (!image) return p;
+        p.width = r.width;
+        p.height = r.height;
+        p.pixels.resize(size_t(r.width) * size_t(r.height));
+        for (int y = 0; y < r.height; ++y) {
+            for (int x = 0; x < r.width; ++x) {
+                const uint32_t colour = uint32_t(XGetPixel(image, x, y) & 0xffffff);
+                p.pixels[size_t(y) * size_t(r.width) + size_t(x)] = colour | 0xff000000u;
+            }
+        }
+        XDestroyImage(image);
+        return p;
+    }
+
+    unsigned childCount(Window window)
+    {
+        Window root, parent, *children = nullptr;
+        unsigned count = 0;
+        XQueryTree(display, window, &root, &parent, &children, &count);
+        if (children) XFree(children);
+        return count;
+    }
+
+    // The edits the host heard, waiting until `count` have arrived.
+    bool waitForEdits(RecordingHandler& handler, size_t count)
+    {
+        return pumpUntil([&] { return handler.edits.size() >= count; });
+    }
+
+    static test_x11::VirtualDisplay* server;
+    Display* display = nullptr;
+    std::string folder;
+    size_t handlersBefore = 0;
+    size_t timersBefore = 0;
+};
+
+test_x11::VirtualDisplay* EditorModuleX11::server = nullptr;
+
+void expectEdits(const std::vector<Edit>& heard, const std::vector<Edit>& expected, double tolerance = 1e-6)
+{
+    ASSERT_EQ(heard.size(), expected.size());
+    for (size_t i = 0; i < expected.size(); ++i) {
+        EXPECT_EQ(heard[i].kind, expected[i].kind) << i;
+        EXPECT_EQ(heard[i].id, expected[i].id) << i;
+        EXPECT_NEAR(heard[i].value, expected[i].value, tolerance) << i;
+    }
+}
+
+} // namespace
+
+TEST_F(EditorModuleX11, TheEmbeddedEditorShowsThePanelItDrawsOffscreen)
+{
+    EmbeddedEditor host;
+    ASSERT_TRUE(host.plugin.ok()) << host.plugin.error;
+    const std::string path = folder + "/offscreen.png";
+    ASSERT_EQ(host.plugin.snapshot(path), kResultOk);
+    const Picture offscreen = test_panel::readPNG(path);
+    ASSERT_EQ(offscreen.width, layout().templateRect().width);
+
+    ASSERT_TRUE(host.attach(display, 0, 0));
+    EXPECT_EQ(childCount(host.frame.window), 1u) << "the editor's window is a child of the host's";
+    EXPECT_EQ(hostLoop().handlerCount(), handlersBefore + 1) << "the editor reads its events on the host's loop";
+    EXPECT_GT(hostLoop().timerCount(), timersBefore) << "its timers run on the host's loop";
+
+    const Rect whole = offscreen.whole();
+    Picture screen;
+    pumpUntil([&] {
+        screen = grab(host.frame.window, whole);
+        return test_panel::differingPixels(screen, offscreen, whole) == 0;
+    });
+    EXPECT_EQ(test_panel::differingPixels(screen, offscreen, whole), 0);
+
+    host.close();
+    XSync(display, False);
+    EXPECT_EQ(childCount(host.frame.window), 0u) << "removed() takes the editor's window away";
+    EXPECT_EQ(hostLoop().handlerCount(), handlersBefore);
+    EXPECT_EQ(hostLoop().timerCount(), timersBefore) << "no timer of the editor or the effect is left";
+}
+
+TEST_F(EditorModuleX11, ClicksAndDragsOnAKnobAndAPressOnAButtonReachTheHost)
+{
+    EmbeddedEditor host;
+    ASSERT_TRUE(host.plugin.ok()) << host.plugin.error;
+    // The knobs follow the angle of the pointer, as the host asks.
+    FUnknownPtr<Vst::IEditController2> controller2(host.plugin.instance->controller());
+    if (controller2) controller2->setKnobMode(Vst::kCircularMode);
+    ASSERT_TRUE(host.attach(display, 0, 0));
+    pump(100);
+
+    const ParamID retune = host.plugin.idOf("Retune Speed");
+    const UiView* knob = controlOf(retune, "VSTGUI4_DoubleClickKnob");
+    ASSERT_NE(knob, nullptr) << "a knob bound to Retune Speed";
+    const int cx = knob->rect.centreX(), cy = knob->rect.centreY();
+    const int r = knob->rect.width / 4;
+
+    // A click right of the centre.
+    moveTo(cx + r, cy);
+    button(true);
+    button(false);
+    ASSERT_TRUE(waitForEdits(host.handler, 3)) << host.handler.calls.size();
+    expectEdits(host.handler.edits, {{Edit::kBegin, retune, 0},
+                                     {Edit::kPerform, retune, circularValue(r, 0)},
+                                     {Edit::kEnd, retune, 0}});
+    host.handler.clear();
+
+    // A drag from the lower left, over the top, to the lower right.
+    const int points[][2] = {{-r, r}, {0, -r}, {r, r}};
+    moveTo(cx + points[0][0], cy + points[0][1]);
+    button(true);
+    ASSERT_TRUE(waitForEdits(host.handler, 2));
+    for (int i = 1; i < 3; ++i) {
+        moveTo(cx + points[i][0], cy + points[i][1]);
+        ASSERT_TRUE(waitForEdits(host.handler, size_t(2 + i))) << i;
+    }
+    button(false);
+    ASSERT_TRUE(waitForEdits(host.handler, 5));
+    expectEdits(host.handler.edits, {{Edit::kBegin, retune, 0},
+                                     {Edit::kPerform, retune, circularValue(-r, r)},
+                                     {Edit::kPerform, retune, circularValue(0, -r)},
+                                     {Edit::kPerform, retune, circularValue(r, r)},
+                                     {Edit::kEnd, retune, 0}});
+    EXPECT_NEAR(host.plugin.instance->normalized(retune), 1.0, 1e-6) << "the controller holds the last value";
+    host.handler.clear();
+
+    // A push button sends its press and its release as one edit.
+    const ParamID major = host.plugin.idOf("Set Major Scale");
+    const UiView* push = controlOf(major, "VSTGUI4_PushButton");
+    ASSERT_NE(push, nullptr) << "a push button bound to Set Major Scale";
+    moveTo(push->rect.centreX(), push->rect.centreY());
+    button(true);
+    ASSERT_TRUE(waitForEdits(host.handler, 2));
+    expectEdits(host.handler.edits, {{Edit::kBegin, major, 0}, {Edit::kPerform, major, 1.0}});
+    button(false);
+    ASSERT_TRUE(waitForEdits(host.handler, 4));
+    expectEdits(host.handler.edits, {{Edit::kBegin, major, 0},
+                                     {Edit::kPerform, major, 1.0},
+                                     {Edit::kPerform, major, 0.0},
+                                     {Edit::kEnd, major, 0}});
+    host.handler.clear();
+
+    // An on/off button turns over on each press.
+    const ParamID formants = host.plugin.idOf("Use Formants");
+    const UiView* toggle = controlOf(formants, "COnOffButton");
+    ASSERT_NE(toggle, nullptr) << "an on/off button bound to Use Formants";
+    const double before = host.plugin.instance->normalized(formants);
+    moveTo(toggle->rect.centreX(), toggle->rect.centreY());
+    button(true);
+    button(false);
+    ASSERT_TRUE(waitForEdits(host.handler, 3));
+    expectEdits(host.handler.edits,
+                {{Edit::kBegin, formants, 0}, {Edit::kPerform, formants, 1.0 - before}, {Edit::kEnd, formants, 0}});
+    moveTo(1990, 1390);
+}
+
+TEST_F(EditorModuleX11, AValueSetByTheHostMovesItsKnobOnScreen)
+{
+    EmbeddedEditor host;
+    ASSERT_TRUE(host.plugin.ok()) << host.plugin.error;
+    const ParamID transpose = host.plugin.idOf("Transpose");
+    const UiView* knob = controlOf(transpose, "VSTGUI4_DoubleClickKnob");
+    ASSERT_NE(knob, nullptr) << "a knob bound to Transpose";
+    const Picture strip = test_panel::readPNG(test_host::resourcePath(knob->bitmap));
+    ASSERT_FALSE(strip.empty());
+    const int frames = strip.height / knob->rect.height;
+
+    ASSERT_TRUE(host.attach(display, 0, 0));
+    // The knob shows picture `frame` of its strip where that is opaque.
+    auto showsFrame = [&](int frame) {
+        const Picture screen = grab(host.frame.window, knob->rect);
+        if (screen.empty()) return false;
+        for (int y = 0; y < knob->rect.height; ++y) {
+            for (int x = 0; x < knob->rect.width; ++x) {
+                const int sy = frame * knob->rect.height + y;
+                if (strip.alpha(x, sy) == 255 && screen.at(x, y) != strip.at(x, sy)) return false;
+            }
+        }
+        return true;
+    };
+    for (const double value : {1.0, 0.0}) {
+        host.handler.clear();
+        ASSERT_EQ(host.plugin.instance->controller()->setParamNormalized(transpose, value), kResultOk);
+        const int frame = int(std::lround(value * (frames - 1)));
+        EXPECT_TRUE(pumpUntil([&] { return showsFrame(frame); })) << "picture " << frame;
+        EXPECT_TRUE(host.handler.edits.empty()) << "a change from the host is not sent back to it";
+    }
+}
+
+TEST_F(EditorModuleX11, TheHostResizesTheEditorWithinItsLimits)
+{
+    const Rect& low = layout().minimumSize();
+    const Rect& high = layout().maximumSize();
+    ASSERT_GT(low.width, 0);
+    EmbeddedEditor host;
+    ASSERT_TRUE(host.plugin.ok()) << host.plugin.error;
+    ASSERT_TRUE(host.attach(display, 0, 0));
+    ASSERT_EQ(host.view->canResize(), kResultTrue);
+
+    struct Row {
+        int width, height, expectedWidth, expectedHeight;
+    };
+    const Row rows[] = {
+        {100, 100, low.width, low.height},
+        {high.width + 1000, high.height + 1, high.width, high.height},
+        {low.width + 150, low.height + 70, low.width + 150, low.height + 70},
+        {low.width - 1, high.height, low.width, high.height},
+    };
+    for (const Row& row : rows) {
+        ViewRect r(0, 0, row.width, row.height);
+        ASSERT_EQ(host.view->checkSizeConstraint(&r), kResultTrue);
+        EXPECT_EQ(r.getWidth(), row.expectedWidth) << row.width << "x" << row.height;
+        EXPECT_EQ(r.getHeight(), row.expectedHeight) << row.width << "x" << row.height;
+    }
+
+    // The host makes its window larger and tells the view.
+    const int width = low.width + 150, height = low.height + 70;
+    XResizeWindow(display, host.frame.window, unsigned(width), unsigned(height));
+    ViewRect size(0, 0, width, height);
+    ASSERT_EQ(host.view->onSize(&size), kResultTrue);
+    Window child = 0;
+    {
+        Window root, parent, *children = nullptr;
+        unsigned count = 0;
+        XQueryTree(display, host.frame.window, &root, &parent, &children, &count);
+        if (count == 1) child = children[0];
+        if (children) XFree(children);
+    }
+    ASSERT_NE(child, 0u);
+    EXPECT_TRUE(pumpUntil([&] {
+        XWindowAttributes a;
+        XGetWindowAttributes(display, child, &a);
+        return a.width == width && a.height == height;
+    }));
+    ViewRect now;
+    host.view->getSize(&now);
+    EXPECT_EQ(now.getWidth(), width);
+    EXPECT_EQ(now.getHeight(), height);
+
+    // The effect keeps the size for the next opening.
+    host.close();
+    auto again = host.plugin.createView();
+    ASSERT_NE(again, nullptr);
+    ViewRect kept;
+    again->getSize(&kept);
+    EXPECT_EQ(kept.getWidth(), width);
+    EXPECT_EQ(kept.getHeight(), height);
+}
+
+TEST_F(EditorModuleX11, AnEditorResizedOpenShowsWhatItShowsWhenOpenedAtThatSize)
+{
+    const Rect& low = layout().minimumSize();
+    const int width = low.width + 150, height = low.height + 70;
+    PluginInstance other;
+    ASSERT_TRUE(other.ok()) << other.error;
+    const std::string path = folder + "/opened-larger.png";
+    ASSERT_EQ(other.snapshot(path, width, height), kResultOk);
+    const Picture offscreen = test_panel::readPNG(path);
+    ASSERT_EQ(offscreen.width, width);
+
+    EmbeddedEditor host;
+    ASSERT_TRUE(host.plugin.ok()) << host.plugin.error;
+    ASSERT_TRUE(host.attach(display, 0, 0));
+    pump(50);
+    XResizeWindow(display, host.frame.window, unsigned(width), unsigned(height));
+    ViewRect size(0, 0, width, height);
+    ASSERT_EQ(host.view->onSize(&size), kResultTrue);
+    Picture screen;
+    pumpUntil([&] {
+        screen = grab(host.frame.window, offscreen.whole());
+        return test_panel::differingPixels(screen, offscreen, offscreen.whole()) == 0;
+    });
+    const long differing = test_panel::differingPixels(screen, offscreen, offscreen.whole());
+    EXPECT_EQ(differing, 0) << "the picture on screen is in " << folder;
+    if (differing != 0) test_panel::writePNG(screen, folder + "/resized-on-screen.png");
+}
+
+TEST_F(EditorModuleX11, ClosingAndOpeningAgainLeavesNothingBehind)
+{
+    EmbeddedEditor host;
+    ASSERT_TRUE(host.plugin.ok()) << host.plugin.error;
+    for (int round = 0; round < 3; ++round) {
+        ASSERT_TRUE(host.attach(display, 0, 0)) << round;
+        pump(60);
+        EXPECT_EQ(childCount(host.frame.window), 1u) << round;
+        // Released by the host right after removed(), as hosts do.
+        host.close();
+        XSync(display, False);
+        EXPECT_EQ(childCount(host.frame.window), 0u) << round;
+        EXPECT_EQ(hostLoop().handlerCount(), handlersBefore) << round;
+        EXPECT_EQ(hostLoop().timerCount(), timersBefore) << round;
+        pump(30);
+    }
+    // A view released without ever being attached.
+    EXPECT_NE(host.plugin.createView(), nullptr);
+    // A view that was never removed is taken down by its release.
+    ASSERT_TRUE(host.attach(display, 0, 0));
+    pump(30);
+    host.view.reset();
+    XSync(display, False);
+    EXPECT_EQ(childCount(host.frame.window), 0u);
+    EXPECT_EQ(hostLoop().handlerCount(), handlersBefore);
+    EXPECT_EQ(hostLoop().timerCount(), timersBefore);
+}
+
+TEST_F(EditorModuleX11, ASecondInstanceOpensBesideTheFirst)
+{
+    EmbeddedEditor first, second;
+    ASSERT_TRUE(first.plugin.ok()) << first.plugin.error;
+    ASSERT_TRUE(second.plugin.ok()) << second.plugin.error;
+    const int gap = layout().templateRect().width + 50;
+    ASSERT_TRUE(first.attach(display, 0, 0));
+    ASSERT_TRUE(second.attach(display, gap, 0));
+    EXPECT_EQ(hostLoop().handlerCount(), handlersBefore + 2);
+
+    const std::string path = folder + "/panel.png";
+    ASSERT_EQ(first.plugin.snapshot(path), kResultOk);
+    const Picture offscreen = test_panel::readPNG(path);
+    for (EmbeddedEditor* e : {&first, &second}) {
+        Picture screen;
+        pumpUntil([&] {
+            screen = grab(e->frame.window, offscreen.whole());
+            return test_panel::differingPixels(screen, offscreen, offscreen.whole()) == 0;
+        });
+        EXPECT_EQ(test_panel::differingPixels(screen, offscreen, offscreen.whole()), 0) << (e == &first ? 1 : 2);
+    }
+
+    // A click on the second window's knob reaches the second host only.
+    const ParamID retune = second.plugin.idOf("Retune Speed");
+    const UiView* knob = controlOf(retune, "VSTGUI4_DoubleClickKnob");
+    ASSERT_NE(knob, nullptr);
+    moveTo(gap + knob->rect.centreX(), knob->rect.centreY() - knob->rect.height / 4);
+    button(true);
+    button(false);
+    ASSERT_TRUE(waitForEdits(second.handler, 3));
+    EXPECT_EQ(second.handler.calls, (std::vector<std::string>{"begin " + std::to_string(retune),
+                                                              "perform " + std::to_string(retune) + " 0.5000",
+                                                              "end " + std::to_string(retune)}));
+    EXPECT_TRUE(first.handler.calls.empty());
+
+    // The second goes on working after the first has closed.
+    first.close();
+    second.handler.clear();
+    moveTo(gap + knob->rect.centreX() + knob->rect.width / 4, knob->rect.centreY());
+    button(true);
+    button(false);
+    ASSERT_TRUE(waitForEdits(second.handler, 3));
+    EXPECT_NEAR(second.handler.edits[1].value, circularValue(1, 0), 1e-6);
+    moveTo(1990, 1390);
+    second.close();
+    EXPECT_EQ(hostLoop().handlerCount(), handlersBefore);
+    EXPECT_EQ(hostLoop().timerCount(), timersBefore);
+}
