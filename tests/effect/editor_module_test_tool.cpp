@@ -189,7 +189,7 @@ TEST(SnapshotTool, MistakesAreOneLineOnStderrAndLeaveNoFile)
     };
     std::vector<Row> rows = {
         {{"--set", "No Such Knob=1", out}, "no parameter titled \"No Such Knob\""},
-        {{"--set", "Retune Speed=fast", out}, "\"Retune Speed\" does not take \"fast\""},
+        {{"--set", "Retune Speed=fast", out}, "\"Retune Speed\" takes a number, not \"fast\""},
         {{"--set", "Correction Mode=Sideways", out},
          "\"Correction Mode\" has no value \"Sideways\" (one of: Auto, Graph)"},
         {{"--set", "Retune Speed", out}, "--set takes \"Title=value\""},

@@ -24,6 +24,7 @@
 #include <string>
 #include <vector>
 
+#include "cli/Tool_Support.h"
 #include "hostlib/Plugin_Host.h"
 #include "pitchtrack/Pitch_Estimator.h"
 #include "render/Pitch_Plot.h"
@@ -34,6 +35,11 @@
 #endif
 
 namespace {
+
+using cli::fail;
+using cli::number_text;
+using cli::parse_whole;
+using cli::quoted;
 
 constexpr long kMinBlock = 1;
 constexpr long kMaxBlock = 65536;
@@ -76,64 +82,6 @@ const char* const kUsage =
     "  --list-params          print the parameters as a host sees them and exit\n"
     "  --help                 show this text and exit\n";
 
-// A user's mistake or an unusable file: one line on stderr, exit status 1.
-struct Failure {
-    std::string message;
-};
-
-[[noreturn]] void fail(const std::string& message)
-{
-    throw Failure{message};
-}
-
-std::string quoted(const std::string& text)
-{
-    return "\"" + text + "\"";
-}
-
-// A whole decimal number, digits only.
-bool parse_whole(const std::string& text, long& value)
-{
-    if (text.empty() || text.size() > 9) return false;
-    for (char c : text) {
-        if (c < '0' || c > '9') return false;
-    }
-    value = std::strtol(text.c_str(), nullptr, 10);
-    return true;
-}
-
-// A finite decimal number as the C locale writes it.
-bool parse_number(const std::string& text, double& value)
-{
-    if (text.empty() || std::isspace(static_cast<unsigned char>(text[0]))) return false;
-    char* end = nullptr;
-    errno = 0;
-    value = std::strtod(text.c_str(), &end);
-    return end != nullptr && *end == '\0' && errno == 0 && std::isfinite(value) &&
-           text.find_first_of("xXnN") == std::string::npos;
-}
-
-// "WIDTHxHEIGHT" within the plot's limits.
-bool parse_size(const std::string& text, int& width, int& height)
-{
-    const size_t x = text.find('x');
-    long w = 0, h = 0;
-    if (x == std::string::npos || !parse_whole(text.substr(0, x), w) || !parse_whole(text.substr(x + 1), h))
-        return false;
-    if (w < render::kMinPlotWidth || h < render::kMinPlotHeight || w > render::kMaxPlotSide ||
-        h > render::kMaxPlotSide)
-        return false;
-    width = int(w);
-    height = int(h);
-    return true;
-}
-
-std::string number_text(double value)
-{
-    char text[64];
-    std::snprintf(text, sizeof text, "%g", value);
-    return text;
-}
 
 struct Options {
     std::string plugin = CORVANE_DEFAULT_BUNDLE;
@@ -158,35 +106,11 @@ struct Options {
 Options parse(int argc, char** argv)
 {
     Options o;
-    std::vector<std::string> files;
-    bool optionsEnded = false;
-    for (int i = 1; i < argc; ++i) {
-        std::string arg = argv[i];
-        if (optionsEnded || arg.size() < 2 || arg[0] != '-') {
-            files.push_back(arg);
-            continue;
-        }
-        if (arg == "--") {
-            optionsEnded = true;
-            continue;
-        }
-        // "--name=value" and "--name value" alike.
-        std::string inlineValue;
-        bool hasInline = false;
-        const size_t eq = arg.find('=');
-        if (arg.compare(0, 2, "--") == 0 && eq != std::string::npos) {
-            inlineValue = arg.substr(eq + 1);
-            arg.erase(eq);
-            hasInline = true;
-        }
-        auto value = [&]() -> std::string {
-            if (hasInline) return inlineValue;
-            if (i + 1 >= argc) fail(arg + " needs a value (see --help)");
-            return argv[++i];
-        };
-        auto no_value = [&]() {
-            if (hasInline) fail(arg + " takes no value (see --help)");
-        };
+    cli::Arguments args(argc, argv);
+    std::string arg;
+    while (args.next(arg)) {
+        auto value = [&] { return args.value(); };
+        auto no_value = [&] { args.no_value(); };
         if (arg == "--help" || arg == "-h") {
             no_value();
             o.help = true;
@@ -210,7 +134,8 @@ Options parse(int argc, char** argv)
         } else if (arg == "--pitch-plot") {
             o.pitchPlot = value();
         } else if (arg == "--plot-size") {
-            if (!parse_size(value(), o.plotWidth, o.plotHeight))
+            if (!cli::parse_size(value(), o.plotWidth, o.plotHeight, render::kMinPlotWidth, render::kMinPlotHeight,
+                                 render::kMaxPlotSide))
                 fail("--plot-size takes WIDTHxHEIGHT in pixels, from 320x200 to 10000x10000");
             o.plotSizeGiven = true;
         } else if (arg == "--list-classes") {
@@ -224,6 +149,7 @@ Options parse(int argc, char** argv)
         }
     }
     if (o.help) return o;
+    const auto& files = args.files();
     if (o.listClasses || o.listParams) {
         if (!files.empty()) fail("--list-classes and --list-params take no files");
         return o;
@@ -279,138 +205,32 @@ Audio read_audio(const std::string& path)
     return audio;
 }
 
-// Names of the temporary files not yet renamed, for the signal handler.
-// Written outside the handler only; the handler only reads them.
-constexpr int kMaxPending = 3;
-constexpr size_t kMaxPathBytes = 4096;
-char pendingPaths[kMaxPending][kMaxPathBytes];
-volatile std::sig_atomic_t pendingUsed[kMaxPending];
-
-extern "C" void remove_pending_and_exit(int signal)
+// 32-bit float WAV into a pending file.
+void write_wav(const cli::Pending_File& file, const Audio& audio)
 {
-    for (int i = 0; i < kMaxPending; ++i) {
-        if (pendingUsed[i]) ::unlink(pendingPaths[i]);
+    SF_INFO info{};
+    info.samplerate = audio.rate;
+    info.channels = int(audio.channels.size());
+    info.format = SF_FORMAT_WAV | SF_FORMAT_FLOAT;
+    SNDFILE* out = sf_open(file.path().c_str(), SFM_WRITE, &info);
+    if (out == nullptr) fail("cannot write " + file.target_path() + ": " + sf_strerror(nullptr));
+    const size_t frames = audio.frames();
+    const size_t count = audio.channels.size();
+    std::vector<float> interleaved(frames * count);
+    for (size_t i = 0; i < frames; ++i) {
+        for (size_t c = 0; c < count; ++c) interleaved[i * count + c] = audio.channels[c][i];
     }
-    ::_exit(128 + signal);
+    const sf_count_t written = sf_writef_float(out, interleaved.data(), sf_count_t(frames));
+    const std::string reason = sf_strerror(out);
+    const int closed = sf_close(out);
+    if (written != sf_count_t(frames) || closed != 0) fail("cannot write " + file.target_path() + ": " + reason);
 }
 
-// A file written under a temporary name in the target's folder and renamed
-// onto the target by commit, so that no half-written target is ever seen.
-// Made before the work starts, so an unwritable target fails early; removed
-// if never committed, also on SIGINT, SIGTERM and SIGHUP.
-class Pending_File {
-public:
-    explicit Pending_File(const std::string& path) : target(path)
-    {
-        const size_t slash = target.find_last_of('/');
-        const std::string folder = slash == std::string::npos ? "." : target.substr(0, slash + 1);
-        std::string pattern = folder + (slash == std::string::npos ? "/" : "") + ".corvane-render-XXXXXX";
-        std::vector<char> name(pattern.begin(), pattern.end());
-        name.push_back('\0');
-        if (name.size() > kMaxPathBytes) fail("cannot write " + target + ": the name is too long");
-        const int fd = ::mkstemp(name.data());
-        if (fd < 0) fail("cannot write " + target + ": " + std::strerror(errno));
-        temp = name.data();
-        // mkstemp makes the file private; give it the mode any new file gets.
-        const mode_t mask = ::umask(0);
-        ::umask(mask);
-        ::fchmod(fd, 0666 & ~mask);
-        ::close(fd);
-        for (slot = 0; slot < kMaxPending && pendingUsed[slot]; ++slot) {
-        }
-        if (slot < kMaxPending) {
-            std::memcpy(pendingPaths[slot], temp.c_str(), temp.size() + 1);
-            pendingUsed[slot] = 1;
-        }
-    }
-
-    ~Pending_File()
-    {
-        if (!committed) ::unlink(temp.c_str());
-        release_slot();
-    }
-
-    Pending_File(const Pending_File&) = delete;
-    Pending_File& operator=(const Pending_File&) = delete;
-
-    // 32-bit float WAV.
-    void write(const Audio& audio)
-    {
-        SF_INFO info{};
-        info.samplerate = audio.rate;
-        info.channels = int(audio.channels.size());
-        info.format = SF_FORMAT_WAV | SF_FORMAT_FLOAT;
-        SNDFILE* file = sf_open(temp.c_str(), SFM_WRITE, &info);
-        if (file == nullptr) fail("cannot write " + target + ": " + sf_strerror(nullptr));
-        const size_t frames = audio.frames();
-        const size_t count = audio.channels.size();
-        std::vector<float> interleaved(frames * count);
-        for (size_t i = 0; i < frames; ++i) {
-            for (size_t c = 0; c < count; ++c) interleaved[i * count + c] = audio.channels[c][i];
-        }
-        const sf_count_t written = sf_writef_float(file, interleaved.data(), sf_count_t(frames));
-        const std::string reason = sf_strerror(file);
-        const int closed = sf_close(file);
-        if (written != sf_count_t(frames) || closed != 0) fail("cannot write " + target + ": " + reason);
-    }
-
-    void write_png(cairo_surface_t* surface)
-    {
-        const cairo_status_t status = cairo_surface_write_to_png(surface, temp.c_str());
-        if (status != CAIRO_STATUS_SUCCESS)
-            fail("cannot write " + target + ": " + cairo_status_to_string(status));
-    }
-
-    void commit()
-    {
-        if (::rename(temp.c_str(), target.c_str()) != 0)
-            fail("cannot write " + target + ": " + std::strerror(errno));
-        committed = true;
-        release_slot();
-    }
-
-private:
-    void release_slot()
-    {
-        if (slot < kMaxPending) pendingUsed[slot] = 0;
-        slot = kMaxPending;
-    }
-
-    std::string target;
-    std::string temp;
-    int slot = kMaxPending;
-    bool committed = false;
-};
-
-void set_parameter(hostlib::Instance& instance, const std::string& setting)
+void write_png(const cli::Pending_File& file, cairo_surface_t* surface)
 {
-    const size_t eq = setting.find('=');
-    if (eq == std::string::npos) fail("--set takes \"Title=value\", not " + quoted(setting));
-    const std::string title = setting.substr(0, eq);
-    const std::string text = setting.substr(eq + 1);
-    hostlib::Parameter_Info info;
-    if (!instance.find_parameter(title, info)) fail("no parameter titled " + quoted(title));
-    if (info.flags & Steinberg::Vst::ParameterInfo::kIsReadOnly)
-        fail("parameter " + quoted(title) + " is read-only");
-
-    double plain = 0.0;
-    const bool isNumber = parse_number(text, plain);
-    if (info.is_list()) {
-        // Its texts first: a list's texts may themselves be numbers.
-        if (instance.set_text(info.id, text)) return;
-        if (!isNumber) {
-            std::string items;
-            for (Steinberg::int32 k = 0; k <= info.step_count; ++k)
-                items += (k ? ", " : "") + instance.text_of(info.id, double(k) / info.step_count);
-            fail(quoted(title) + " has no value " + quoted(text) + " (one of: " + items + ")");
-        }
-    } else if (!isNumber) {
-        fail(quoted(title) + " takes a number, not " + quoted(text));
-    }
-    if (plain < info.plain_min() || plain > info.plain_max())
-        fail(quoted(title) + " = " + text + " is out of range (" + number_text(info.plain_min()) +
-             " to " + number_text(info.plain_max()) + ")");
-    if (!instance.set_plain(info.id, plain)) fail("the plug-in refused " + quoted(setting));
+    const cairo_status_t status = cairo_surface_write_to_png(surface, file.path().c_str());
+    if (status != CAIRO_STATUS_SUCCESS)
+        fail("cannot write " + file.target_path() + ": " + cairo_status_to_string(status));
 }
 
 void list_classes(const hostlib::Module& module)
@@ -453,7 +273,7 @@ void list_parameters(hostlib::Instance& instance)
 
 // The pitch of the first channel of the input and of the output, the
 // output read from `latency` samples on so that both share one time axis.
-void write_pitch_plot(Pending_File& file, const Audio& input, const Audio& rendered, size_t latency,
+void write_pitch_plot(const cli::Pending_File& file, const Audio& input, const Audio& rendered, size_t latency,
                       int width, int height)
 {
     // The estimator's usual range, within what the rate can show.
@@ -467,7 +287,7 @@ void write_pitch_plot(Pending_File& file, const Audio& input, const Audio& rende
                             double(in.size()) / input.rate);
     cairo_surface_t* surface = plot.render(width, height);
     std::unique_ptr<cairo_surface_t, void (*)(cairo_surface_t*)> owner(surface, cairo_surface_destroy);
-    file.write_png(surface);
+    write_png(file, surface);
     owner.reset();
     render::release_font_caches();
 }
@@ -513,11 +333,11 @@ int run(int argc, char** argv)
 
     // Both targets are claimed before the work, so an unwritable one fails
     // at once.
-    Pending_File output(options.output);
-    std::unique_ptr<Pending_File> savedInput;
-    if (!options.writeInput.empty()) savedInput = std::make_unique<Pending_File>(options.writeInput);
-    std::unique_ptr<Pending_File> plot;
-    if (!options.pitchPlot.empty()) plot = std::make_unique<Pending_File>(options.pitchPlot);
+    cli::Pending_File output(options.output, "corvane-render");
+    std::unique_ptr<cli::Pending_File> savedInput;
+    if (!options.writeInput.empty()) savedInput = std::make_unique<cli::Pending_File>(options.writeInput, "corvane-render");
+    std::unique_ptr<cli::Pending_File> plot;
+    if (!options.pitchPlot.empty()) plot = std::make_unique<cli::Pending_File>(options.pitchPlot, "corvane-render");
 
     Audio input;
     if (options.input.empty()) {
@@ -539,7 +359,7 @@ int run(int argc, char** argv)
     if (!instance->setup(rate, Steinberg::int32(options.block), true))
         fail("the plug-in refuses a rate of " + std::to_string(input.rate) + " Hz");
     if (!options.loadState.empty()) load_state(*instance, options.loadState);
-    for (const auto& setting : options.settings) set_parameter(*instance, setting);
+    for (const auto& setting : options.settings) cli::set_parameter(*instance, setting);
     if (!instance->activate(true)) fail("the plug-in failed to activate");
 
     Audio rendered;
@@ -553,8 +373,8 @@ int run(int argc, char** argv)
 
     // Everything is written before anything is committed.
     if (plot) write_pitch_plot(*plot, input, rendered, latency, options.plotWidth, options.plotHeight);
-    if (savedInput) savedInput->write(input);
-    output.write(rendered);
+    if (savedInput) write_wav(*savedInput, input);
+    write_wav(output, rendered);
     if (savedInput) savedInput->commit();
     output.commit();
     if (plot) plot->commit();
@@ -574,10 +394,10 @@ int run(int argc, char** argv)
 
 int main(int argc, char** argv)
 {
-    for (int signal : {SIGINT, SIGTERM, SIGHUP}) std::signal(signal, remove_pending_and_exit);
+    cli::remove_pending_files_on_signals();
     try {
         return run(argc, argv);
-    } catch (const Failure& failure) {
+    } catch (const cli::Failure& failure) {
         std::fprintf(stderr, "corvane-render: %s\n", failure.message.c_str());
     } catch (const std::exception& e) {
         std::fprintf(stderr, "corvane-render: %s\n", e.what());
