@@ -2,19 +2,15 @@
 // the module's editor draws for the same settings, and every mistake is one
 // line on stderr, a non-zero exit and no file.
 
-#include <dirent.h>
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cstdio>
-#include <fstream>
 #include <string>
 #include <vector>
 
 #include "support/editor_host.h"
+#include "support/tool_run.h"
 #include "support/picture.h"
 #include "support/ui_layout.h"
 
@@ -25,61 +21,21 @@ namespace {
 
 const std::string kTool = CORVANE_SNAPSHOT_PATH;
 
-struct Result {
-    int status;
-    std::string out;
-    std::string err;
-};
-
-std::string slurp(const std::string& path)
-{
-    std::ifstream file(path, std::ios::binary);
-    return std::string((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
-}
-
-std::vector<std::string> filesIn(const std::string& folder)
-{
-    std::vector<std::string> names;
-    if (DIR* d = ::opendir(folder.c_str())) {
-        while (const dirent* entry = ::readdir(d)) {
-            const std::string name = entry->d_name;
-            if (name != "." && name != "..") names.push_back(name);
-        }
-        ::closedir(d);
-    }
-    std::sort(names.begin(), names.end());
-    return names;
-}
+using test_tool::files_in;
+using test_tool::Result;
+using test_tool::slurp;
 
 // An empty folder of the running test's own.
 std::string emptyFolder()
 {
     const std::string folder = test_host::scratchFolder("snapshot_tool");
-    for (const auto& name : filesIn(folder)) std::remove((folder + "/" + name).c_str());
+    for (const auto& name : files_in(folder)) std::remove((folder + "/" + name).c_str());
     return folder;
 }
 
-// Runs the tool; its output streams are caught in files beside the folder.
 Result run(const std::string& folder, const std::vector<std::string>& args)
 {
-    const std::string out = folder + ".stdout";
-    const std::string err = folder + ".stderr";
-    const pid_t child = ::fork();
-    if (child == 0) {
-        const int o = ::open(out.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
-        const int e = ::open(err.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
-        ::dup2(o, 1);
-        ::dup2(e, 2);
-        std::vector<char*> argv;
-        argv.push_back(const_cast<char*>(kTool.c_str()));
-        for (const auto& a : args) argv.push_back(const_cast<char*>(a.c_str()));
-        argv.push_back(nullptr);
-        ::execv(kTool.c_str(), argv.data());
-        ::_exit(127);
-    }
-    int status = 0;
-    ::waitpid(child, &status, 0);
-    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, slurp(out), slurp(err)};
+    return test_tool::run(kTool, folder, args);
 }
 
 size_t lineCount(const std::string& text)
@@ -224,7 +180,7 @@ TEST(SnapshotTool, MistakesAreOneLineOnStderrAndLeaveNoFile)
         EXPECT_EQ(r.err.rfind("corvane-snapshot: ", 0), 0u) << shown << ": " << r.err;
         EXPECT_NE(r.err.find(row.message), std::string::npos) << shown << ": " << r.err;
         EXPECT_EQ(lineCount(r.err), 1u) << shown << ": " << r.err;
-        EXPECT_EQ(filesIn(folder), std::vector<std::string>{"kept.png"}) << shown;
+        EXPECT_EQ(files_in(folder), std::vector<std::string>{"kept.png"}) << shown;
         EXPECT_EQ(slurp(kept), keptBytes) << shown;
     }
 }
@@ -238,5 +194,5 @@ TEST(SnapshotTool, HelpTellsTheOptionsAndWritesNothing)
     EXPECT_EQ(r.out.rfind("usage: corvane-snapshot [options] OUT.png\n", 0), 0u) << r.out;
     for (const char* option : {"--plugin BUNDLE", "--set \"Title=value\"", "--size WxH", "--help"})
         EXPECT_NE(r.out.find(option), std::string::npos) << option;
-    EXPECT_TRUE(filesIn(folder).empty());
+    EXPECT_TRUE(files_in(folder).empty());
 }

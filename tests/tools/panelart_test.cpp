@@ -2,6 +2,7 @@
 // read by the library's own loader against the pictures the program draws
 // and the effect's own parameter catalogue.
 
+#include "support/tool_run.h"
 #include "Common_VST3/VSTGUI4_Controls.h"
 #include "effect/Corvane_Parameters.h"
 #include "graph/Corvane_GraphContainerView.h"
@@ -41,12 +42,6 @@ constexpr int kPanelWidth = 850, kPanelHeight = 630;
 
 //--- Files and the program
 
-std::string slurp(const std::string& path)
-{
-    std::ifstream in(path, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
-
 // An empty folder under the build's scratch folder, named for this process
 // since ctest runs the cases side by side.
 std::string freshFolder(const std::string& name)
@@ -57,30 +52,24 @@ std::string freshFolder(const std::string& name)
     return path;
 }
 
+using test_tool::Result;
+using test_tool::slurp;
+
 std::vector<std::string> filesIn(const std::string& folder)
 {
-    std::vector<std::string> names;
-    std::error_code error;
-    for (const auto& entry : fs::directory_iterator(folder, error)) names.push_back(entry.path().filename());
-    std::sort(names.begin(), names.end());
-    return names;
+    return test_tool::files_in(folder);
 }
-
-struct Result { int status; std::string out, err; };
 
 // Runs the program; its output streams are caught in files beside the
 // folder given, and removed with it by removeAll.
 Result run(const std::string& folder, const std::vector<std::string>& args)
 {
-    std::string command = "'" CORVANE_PANELART_PATH "'";
-    for (const std::string& a : args) command += " '" + a + "'";
-    const int status = std::system((command + " >'" + folder + ".out' 2>'" + folder + ".err'").c_str());
-    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, slurp(folder + ".out"), slurp(folder + ".err")};
+    return test_tool::run(CORVANE_PANELART_PATH, folder, args);
 }
 
 void removeAll(const std::string& folder)
 {
-    for (const char* tail : {"", ".out", ".err"}) fs::remove_all(folder + tail);
+    for (const char* tail : {"", ".stdout", ".stderr"}) fs::remove_all(folder + tail);
 }
 
 // The program's pictures, drawn once per process and removed at its end.

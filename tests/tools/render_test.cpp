@@ -1,11 +1,8 @@
 // corvane-render run as a user runs it, on real sound files.
 
-#include <dirent.h>
-#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sndfile.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -18,6 +15,7 @@
 #include "plot_image.h"
 #include "render/Pitch_Plot.h"
 #include "support/signals.h"
+#include "support/tool_run.h"
 #include "voicegen/Voice_Generator.h"
 
 namespace {
@@ -27,80 +25,19 @@ const std::string kTmp = CORVANE_TEST_TMP;
 // The engine's delay at 44.1 and 48 kHz, in host samples.
 constexpr size_t kLatency = 2660;
 
-struct Result {
-    int status;
-    std::string out;
-    std::string err;
-};
+using test_tool::files_in;
+using test_tool::Result;
+using test_tool::slurp;
 
-std::string slurp(const std::string& path)
-{
-    std::string text;
-    if (FILE* f = std::fopen(path.c_str(), "r")) {
-        char buffer[4096];
-        size_t n;
-        while ((n = std::fread(buffer, 1, sizeof buffer, f)) > 0) text.append(buffer, n);
-        std::fclose(f);
-    }
-    return text;
-}
-
-// An empty folder of the running test's own: ctest runs the cases of this
-// program side by side, and the checks below look at whole folders.
+// An empty folder of the running test's own.
 std::string test_folder()
 {
-    const auto* test = ::testing::UnitTest::GetInstance()->current_test_info();
-    std::string path = kTmp + "/render";
-    ::mkdir(path.c_str(), 0777);
-    path += "/" + std::string(test->name());
-    ::mkdir(path.c_str(), 0777);
-    if (DIR* folder = ::opendir(path.c_str())) {
-        while (const dirent* entry = ::readdir(folder)) {
-            const std::string name = entry->d_name;
-            if (name != "." && name != "..") std::remove((path + "/" + name).c_str());
-        }
-        ::closedir(folder);
-    }
-    return path;
+    return test_tool::empty_test_folder(kTmp + "/render");
 }
 
-std::vector<std::string> files_in(const std::string& folder)
-{
-    std::vector<std::string> names;
-    if (DIR* d = ::opendir(folder.c_str())) {
-        while (const dirent* entry = ::readdir(d)) {
-            const std::string name = entry->d_name;
-            if (name != "." && name != "..") names.push_back(name);
-        }
-        ::closedir(d);
-    }
-    std::sort(names.begin(), names.end());
-    return names;
-}
-
-// Runs the tool with these arguments, its output streams caught in files of
-// the folder.
 Result run(const std::string& folder, const std::vector<std::string>& args)
 {
-    const std::string out = folder + "/../" + ::testing::UnitTest::GetInstance()->current_test_info()->name() +
-                            ".stdout";
-    const std::string err = out.substr(0, out.size() - 7) + ".stderr";
-    const pid_t child = ::fork();
-    if (child == 0) {
-        const int o = ::open(out.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
-        const int e = ::open(err.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
-        ::dup2(o, 1);
-        ::dup2(e, 2);
-        std::vector<char*> argv;
-        argv.push_back(const_cast<char*>(kTool.c_str()));
-        for (const auto& a : args) argv.push_back(const_cast<char*>(a.c_str()));
-        argv.push_back(nullptr);
-        ::execv(kTool.c_str(), argv.data());
-        ::_exit(127);
-    }
-    int status = 0;
-    ::waitpid(child, &status, 0);
-    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, slurp(out), slurp(err)};
+    return test_tool::run(kTool, folder, args);
 }
 
 void write_sound(const std::string& path, const std::vector<std::vector<float>>& channels, int rate,
