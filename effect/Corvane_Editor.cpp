@@ -58,11 +58,6 @@ int64_t floorDiv(int64_t a, int64_t b)
     return (a % b != 0 && ((a < 0) != (b < 0))) ? q - 1 : q;
 }
 
-int64_t roundHalfAway(double value)
-{
-    return int64_t(value < 0.0 ? -std::floor(-value + 0.5) : std::floor(value + 0.5));
-}
-
 } // namespace
 
 IPlugView* PLUGIN_API Corvane_SingleComponentEffect::createView(FIDString name)
@@ -238,8 +233,8 @@ void Corvane_SingleComponentEffect::onTimer()
         const double rate = processSetup.sampleRate;
         if (period > 0.0 && rate > 0.0 && ratio > 0.0) {
             const double detected = double(Period_ToCents(float(period), float(rate)));
-            setPitchDisplay(0, int(roundHalfAway(detected)));
-            setPitchDisplay(1, int(roundHalfAway(detected + 1200.0 * std::log2(ratio))));
+            setPitchDisplay(0, int(Round_ToInt(float(detected))));
+            setPitchDisplay(1, int(Round_ToInt(float(detected + 1200.0 * std::log2(ratio)))));
         } else {
             clearPitchDisplay(0);
             clearPitchDisplay(1);
@@ -289,7 +284,7 @@ void Corvane_SingleComponentEffect::pitchDisplayText(const Scale_State& scaleSta
             bestPosition = position;
         }
     }
-    const int64_t noteCents = roundHalfAway(double(bestPosition) / 100.0);
+    const int64_t noteCents = Round_ToInt(float(double(bestPosition) / 100.0));
     const int64_t offset = int64_t(cents) - noteCents;
 
     char name[16] = "";
@@ -297,7 +292,7 @@ void Corvane_SingleComponentEffect::pitchDisplayText(const Scale_State& scaleSta
         // The note's semitone above C gives its name in the key and, with
         // C at 0 cents in octave 3, its octave.
         const int64_t row = bestIndex - floorDiv(bestIndex, notes) * notes;
-        const int64_t semitone = key + floorDiv(bestIndex, notes) * 12 + roundHalfAway(double(intervals[row]) / 10000.0);
+        const int64_t semitone = key + floorDiv(bestIndex, notes) * 12 + Round_ToInt(float(double(intervals[row]) / 10000.0));
         const int noteClass = int(semitone - floorDiv(semitone, 12) * 12);
         std::snprintf(name, sizeof(name), "%s%d", Note_Name(scale, key, noteClass), int(floorDiv(semitone, 12) + 3));
     }
