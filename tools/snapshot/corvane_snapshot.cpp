@@ -14,13 +14,13 @@
 #include <cstdio>
 #include <cstring>
 #include <exception>
-#include <memory>
 #include <string>
 #include <vector>
 
 #include "Common_VST3/IEditorSnapshot.h"
 #include "cli/Tool_Support.h"
 #include "hostlib/Plugin_Host.h"
+#include "pluginterfaces/base/smartpointer.h"
 #include "pluginterfaces/gui/iplugview.h"
 #include "pluginterfaces/vst/ivsteditcontroller.h"
 
@@ -90,17 +90,6 @@ Options parse(int argc, char** argv)
     return o;
 }
 
-// Releases an interface pointer when it goes out of scope.
-template <class Interface>
-struct Releaser {
-    void operator()(Interface* p) const
-    {
-        if (p) p->release();
-    }
-};
-template <class Interface>
-using Held = std::unique_ptr<Interface, Releaser<Interface>>;
-
 // The width and height of a PNG file, or false when it is none.
 bool png_size(const std::string& path, int& width, int& height)
 {
@@ -124,14 +113,14 @@ void write_snapshot(const Options& options, cli::Pending_File& output)
         if (!instance) fail(error);
         for (const auto& setting : options.settings) cli::set_parameter(*instance, setting);
 
-        Held<Steinberg::IPlugView> view(instance->controller()->createView(Steinberg::Vst::ViewType::kEditor));
+        const auto view = Steinberg::owned(instance->controller()->createView(Steinberg::Vst::ViewType::kEditor));
         if (!view) fail("the plug-in gives no editor (is its UI description missing from the bundle?)");
         IEditorSnapshot* snapshotPtr = nullptr;
         if (view->queryInterface(INLINE_UID_OF(IEditorSnapshot), reinterpret_cast<void**>(&snapshotPtr)) !=
                 Steinberg::kResultOk ||
             snapshotPtr == nullptr)
             fail("the plug-in's editor cannot draw itself into a file");
-        Held<IEditorSnapshot> snapshot(snapshotPtr);
+        const auto snapshot = Steinberg::owned(snapshotPtr);
         if (snapshot->writeSnapshot(output.path().c_str(), options.width, options.height) != Steinberg::kResultOk)
             fail("the plug-in's editor could not be drawn into " + options.output);
     }
