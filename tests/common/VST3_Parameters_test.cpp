@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <clocale>
 #include <cmath>
 #include <cstdio>
@@ -46,9 +47,32 @@ struct Owned {
     P& operator*() const { return *p; }
 };
 
+// A reading: on success `v` is expected (or, with `plain`, its plain value);
+// on failure the value passed in is kept.
+struct Reading {
+    const Parameter* p;
+    const char* text;
+    bool ok;
+    double v;
+};
+
+void expect_readings(std::initializer_list<Reading> reads, bool plain = false)
+{
+    for (const auto& r : reads) {
+        ParamValue v = 0.625;
+        EXPECT_EQ(parse(*r.p, r.text, v), r.ok) << r.text;
+        if (!r.ok) {
+            EXPECT_EQ(v, 0.625) << r.text;
+        } else if (plain) {
+            EXPECT_EQ(r.p->toPlain(v), r.v) << r.text;
+        } else {
+            EXPECT_DOUBLE_EQ(v, r.v) << r.text;
+        }
+    }
+}
+
 constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
 
-// The voice types of the input, five entries.
 VST3_StringListParameter* fiveStrings()
 {
     auto* list = new VST3_StringListParameter(10, u"Input type", u"InTP", 0);
@@ -56,11 +80,6 @@ VST3_StringListParameter* fiveStrings()
         list->appendString(std::string(s));
     return list;
 }
-
-const std::vector<std::string> sharpKeys = {"C", "C#", "D", "D#", "E", "F",
-                                            "F#", "G", "G#", "A", "A#", "B"};
-const std::vector<std::string> flatKeys = {"C", "Db", "D", "Eb", "E", "F",
-                                           "Gb", "G", "Ab", "A", "Bb", "B"};
 
 } // namespace
 
@@ -71,7 +90,7 @@ TEST(ParameterKinds, BaseCopiesItsInfoAndReadsANormalizedNumber)
         5, longTitle.c_str(), nullptr, u"dB", 3, ParameterInfo::kCanAutomate, 7));
     const ParameterInfo& info = base->getInfo();
     EXPECT_EQ(info.id, 5u);
-    EXPECT_EQ(std::u16string(info.title), std::u16string(127, u'x')); // 128 units with the end
+    EXPECT_EQ(std::u16string(info.title), std::u16string(127, u'x'));  // 128 units with the end
     EXPECT_EQ(info.shortTitle[0], 0);
     EXPECT_EQ(std::u16string(info.units), u"dB");
     EXPECT_EQ(info.stepCount, 3);
@@ -80,23 +99,14 @@ TEST(ParameterKinds, BaseCopiesItsInfoAndReadsANormalizedNumber)
     EXPECT_EQ(info.defaultNormalizedValue, 0.0);
 
     // A leading number, held within 0..1; later text ignored.
-    const struct {
-        const char* text;
-        bool ok;
-        double v;
-    } cases[] = {
-        {"0.25", true, 0.25}, {"7", true, 1.0},      {"-3", true, 0.0},  {" +0.5", true, 0.5},
-        {"0.75 of it", true, 0.75}, {".5", true, 0.5}, {"", false, 0},   {"abc", false, 0},
-        {"nan", false, 0},    {"inf", false, 0},     {"+-1", false, 0},  {"- 1", false, 0},
-    };
-    for (const auto& c : cases) {
-        ParamValue v = 0.125;
-        EXPECT_EQ(parse(*base, c.text, v), c.ok) << c.text;
-        EXPECT_EQ(v, c.ok ? c.v : 0.125) << c.text;
-    }
+    const VST3_BaseParameter* b = base.p;
+    expect_readings({{b, "0.25", true, 0.25}, {b, "7", true, 1.0}, {b, "-3", true, 0.0},
+                     {b, " +0.5", true, 0.5}, {b, "0.75 of it", true, 0.75}, {b, ".5", true, 0.5},
+                     {b, "", false, 0}, {b, "abc", false, 0}, {b, "nan", false, 0}, {b, "inf", false, 0},
+                     {b, "+-1", false, 0}, {b, "- 1", false, 0}});
 }
 
-TEST(ParameterKinds, StringListCutsTheRangeIntoEqualBins)
+TEST(ParameterKinds, StringListCutsTheRangeIntoEqualBinsAndReadsWholeEntries)
 {
     Owned<VST3_StringListParameter> empty(new VST3_StringListParameter(10, u"Input type", u"InTP", 0));
     EXPECT_EQ(empty->getInfo().stepCount, -1);
@@ -104,57 +114,34 @@ TEST(ParameterKinds, StringListCutsTheRangeIntoEqualBins)
     EXPECT_EQ(empty->getInfo().units[0], 0);
     for (double v : {0.0, 0.7, 1.0}) EXPECT_EQ(empty->toPlain(v), 0.0) << v;
     EXPECT_EQ(text_of(*empty, 0.5), "");
-    ParamValue untouched = 0.5;
-    EXPECT_FALSE(parse(*empty, "", untouched));
-    EXPECT_EQ(untouched, 0.5);
+    expect_readings({{empty.p, "", false, 0}});
 
     Owned<VST3_StringListParameter> list(fiveStrings());
     EXPECT_EQ(list->getInfo().stepCount, 4);
-    // Five bins of width 0.2: [0, 0.2) is 0, [0.2, 0.4) is 1, ... 1.0 falls
-    // in the last bin. Values outside 0..1 land on the ends.
+    // Five bins of width 0.2; 1.0 falls in the last, values outside 0..1 on the ends.
     const struct {
         double v;
         double plain;
         const char* text;
     } cases[] = {
-        {0.0, 0, "Soprano"},     {0.1999, 0, "Soprano"},  {0.2, 1, "Alto/Tenor"},
-        {0.5, 2, "Low Male"},    {0.7999, 3, "Instrument"}, {0.8, 4, "Bass Inst"},
-        {0.99, 4, "Bass Inst"},  {1.0, 4, "Bass Inst"},   {-0.5, 0, "Soprano"},
-        {1.5, 4, "Bass Inst"},   {1e30, 4, "Bass Inst"},  {notANumber, 0, "Soprano"},
+        {0.0, 0, "Soprano"},    {0.1999, 0, "Soprano"},  {0.2, 1, "Alto/Tenor"},
+        {0.5, 2, "Low Male"},   {0.7999, 3, "Instrument"}, {0.8, 4, "Bass Inst"},
+        {1.0, 4, "Bass Inst"},  {-0.5, 0, "Soprano"},    {1e30, 4, "Bass Inst"},
+        {notANumber, 0, "Soprano"},
     };
     for (const auto& c : cases) {
         EXPECT_EQ(list->toPlain(c.v), c.plain) << c.v;
         EXPECT_EQ(text_of(*list, c.v), c.text) << c.v;
     }
-    // Every index: its normalized value maps back to it, and its text reads
-    // back to it.
-    for (int i = 0; i < 5; ++i) {
-        EXPECT_EQ(list->toPlain(list->toNormalized(i)), i);
-        ParamValue v = -1;
-        ASSERT_TRUE(parse(*list, text_of(*list, list->toNormalized(i)), v)) << i;
-        EXPECT_EQ(list->toPlain(v), i);
-    }
-}
+    for (int i = 0; i < 5; ++i) EXPECT_EQ(list->toPlain(list->toNormalized(i)), i);
 
-TEST(ParameterKinds, StringListReadsOnlyWholeCaseSensitiveEntries)
-{
-    Owned<VST3_StringListParameter> list(fiveStrings());
-    const struct {
-        const char* text;
-        int index; // -1: no match
-    } cases[] = {
-        {"Soprano", 0}, {"Low Male", 2}, {"Bass Inst", 4}, {"soprano", -1}, {"Sopran", -1},
-        {"Soprano ", -1}, {"Low male", -1}, {"2", -1}, {"", -1},
-    };
-    for (const auto& c : cases) {
-        ParamValue v = 0.123;
-        EXPECT_EQ(parse(*list, c.text, v), c.index >= 0) << c.text;
-        if (c.index >= 0) {
-            EXPECT_EQ(list->toPlain(v), c.index) << c.text;
-        } else {
-            EXPECT_EQ(v, 0.123) << c.text;
-        }
-    }
+    // Only whole entries, case and spaces as they are.
+    const VST3_StringListParameter* l = list.p;
+    expect_readings({{l, "Soprano", true, 0}, {l, "Alto/Tenor", true, 1}, {l, "Low Male", true, 2},
+                     {l, "Instrument", true, 3}, {l, "Bass Inst", true, 4}, {l, "soprano", false, 0},
+                     {l, "Sopran", false, 0}, {l, "Soprano ", false, 0}, {l, "Low male", false, 0},
+                     {l, "2", false, 0}, {l, "", false, 0}},
+                    true);
 }
 
 TEST(ParameterKinds, MultiStringArrayUsesOnlyTheArrayInForce)
@@ -164,12 +151,11 @@ TEST(ParameterKinds, MultiStringArrayUsesOnlyTheArrayInForce)
     EXPECT_TRUE(key->getInfo().flags & ParameterInfo::kIsList);
     EXPECT_EQ(key->toPlain(0.6), 0.0);
     EXPECT_EQ(text_of(*key, 0.6), "");
-    ParamValue v = 0.25;
-    EXPECT_FALSE(parse(*key, "C", v));
+    expect_readings({{key.p, "C", false, 0}});
     EXPECT_FALSE(key->setCurrentArray(0));
 
-    EXPECT_EQ(key->addStringArray(sharpKeys), 0);
-    EXPECT_EQ(key->addStringArray(flatKeys), 1);
+    EXPECT_EQ(key->addStringArray({"C", "C#", "D", "D#", "E", "F", "F#", "G", "G#", "A", "A#", "B"}), 0);
+    EXPECT_EQ(key->addStringArray({"C", "Db", "D", "Eb", "E", "F", "Gb", "G", "Ab", "A", "Bb", "B"}), 1);
     EXPECT_EQ(key->addStringArray({"C", "D", "E"}), 2);
     EXPECT_EQ(key->getCurrentArray(), 0);
     EXPECT_EQ(key->getInfo().stepCount, 11);
@@ -177,17 +163,14 @@ TEST(ParameterKinds, MultiStringArrayUsesOnlyTheArrayInForce)
     // The same normalized value of index 1 names it in each spelling; a name
     // only in another array does not read.
     const struct {
-        int array;
-        int stepCount;
+        int array, stepCount;
         const char* nameOf1;
         const char* readable;
         int readIndex;
         const char* foreign;
     } cases[] = {
-        {0, 11, "C#", "A#", 10, "Bb"},
-        {1, 11, "Db", "Bb", 10, "A#"},
-        {2, 2, "D", "E", 2, "C#"},
-        {0, 11, "C#", "G", 7, "Gb"},
+        {0, 11, "C#", "A#", 10, "Bb"}, {1, 11, "Db", "Bb", 10, "A#"},
+        {2, 2, "D", "E", 2, "C#"},     {0, 11, "C#", "G", 7, "Gb"},
     };
     for (const auto& c : cases) {
         ASSERT_TRUE(key->setCurrentArray(c.array));
@@ -195,12 +178,7 @@ TEST(ParameterKinds, MultiStringArrayUsesOnlyTheArrayInForce)
         EXPECT_EQ(key->getInfo().stepCount, c.stepCount) << c.array;
         EXPECT_EQ(text_of(*key, key->toNormalized(1)), c.nameOf1) << c.array;
         EXPECT_EQ(key->toPlain(1.0), c.stepCount) << c.array;
-        ParamValue read = -1;
-        ASSERT_TRUE(parse(*key, c.readable, read)) << c.array;
-        EXPECT_EQ(key->toPlain(read), c.readIndex) << c.array;
-        ParamValue kept = 0.375;
-        EXPECT_FALSE(parse(*key, c.foreign, kept)) << c.array;
-        EXPECT_EQ(kept, 0.375);
+        expect_readings({{key.p, c.readable, true, double(c.readIndex)}, {key.p, c.foreign, false, 0}}, true);
         for (int i = 0; i <= c.stepCount; ++i) EXPECT_EQ(key->toPlain(key->toNormalized(i)), i);
     }
     EXPECT_FALSE(key->setCurrentArray(3));
@@ -217,78 +195,49 @@ TEST(ParameterKinds, ScaledWholeNumbersRoundHalfAwayFromZero)
     EXPECT_EQ(detune->getNormalized(), 0.5);
     // y = 200 v - 100, rounded in single precision, halves away from zero,
     // then held within -100..100.
-    const struct {
-        double v;
-        double plain;
-    } cases[] = {
-        {0.5, 0},       {0.0, -100},   {1.0, 100},     {0.5025, 1},  {0.4975, -1},
-        {0.5075, 2},    {0.4925, -2},  {0.5125, 3},    {0.4875, -3}, {0.50245, 0},
-        {0.49755, 0},   {0.75, 50},    {1.5, 100},     {-0.5, -100}, {1e30, 100},
-        {-1e30, -100},  {notANumber, -100},
+    const double cases[][2] = {
+        {0.5, 0},      {0.0, -100},  {1.0, 100},   {0.5025, 1},  {0.4975, -1},  {0.5075, 2},
+        {0.4925, -2},  {0.5125, 3},  {0.4875, -3}, {0.50245, 0}, {0.49755, 0},  {0.75, 50},
+        {1.5, 100},    {-0.5, -100}, {1e30, 100},  {-1e30, -100}, {notANumber, -100},
         // y = 0.5 - 1e-10 is 0.5 in single precision, so it rounds up.
         {0.5025 - 5e-13, 1},
     };
-    for (const auto& c : cases) EXPECT_EQ(detune->toPlain(c.v), c.plain) << c.v;
+    for (const auto& c : cases) EXPECT_EQ(detune->toPlain(c[0]), c[1]) << c[0];
 }
 
-TEST(ParameterKinds, ScaledEndsInEitherOrder)
-{
-    // Ends given high first: minPlain at 0 and maxPlain at 1 all the same.
-    Owned<VST3_ScaledParameter> rising(new VST3_ScaledParameter(98, u"R", u"R", nullptr, -10, 10, 0, 1));
-    Owned<VST3_ScaledParameter> falling(new VST3_ScaledParameter(99, u"F", u"F", nullptr, 10, -10, 0, 1));
-    const struct {
-        double v;
-        double risingPlain;
-        double fallingPlain;
-    } cases[] = {
-        {0.0, -10, 10}, {0.25, -5, 5}, {0.5, 0, 0}, {0.75, 5, -5}, {1.0, 10, -10},
-    };
-    for (const auto& c : cases) {
-        EXPECT_DOUBLE_EQ(rising->toPlain(c.v), c.risingPlain) << c.v;
-        EXPECT_DOUBLE_EQ(falling->toPlain(c.v), c.fallingPlain) << c.v;
-        EXPECT_DOUBLE_EQ(rising->toNormalized(c.risingPlain), c.v) << c.v;
-        EXPECT_DOUBLE_EQ(falling->toNormalized(c.fallingPlain), c.v) << c.v;
-    }
-    // Beyond the ends toNormalized stays within 0..1.
-    EXPECT_EQ(falling->toNormalized(20), 0.0);
-    EXPECT_EQ(falling->toNormalized(-20), 1.0);
-}
-
-TEST(ParameterKinds, ScaledTextsAndReading)
+TEST(ParameterKinds, ScaledEndsInEitherOrderTextsAndReading)
 {
     Owned<VST3_ScaledParameter> whole(new VST3_ScaledParameter(3, u"Detune", u"DetK", u"cents", -100, 100, 0, 0));
+    Owned<VST3_ScaledParameter> rising(new VST3_ScaledParameter(98, u"R", u"R", nullptr, -10, 10, 0, 1));
     Owned<VST3_ScaledParameter> tenths(new VST3_ScaledParameter(99, u"F", u"F", nullptr, 10, -10, 0, 1));
-    Owned<VST3_ScaledParameter> hundredths(new VST3_ScaledParameter(98, u"H", u"H", nullptr, 0, 10, 0, 2));
+    Owned<VST3_ScaledParameter> hundredths(new VST3_ScaledParameter(97, u"H", u"H", nullptr, 0, 10, 0, 2));
+    // Ends given high first: minPlain at 0 and maxPlain at 1 all the same.
+    for (double v : {0.0, 0.25, 0.5, 0.75, 1.0}) {
+        EXPECT_DOUBLE_EQ(rising->toPlain(v), 20 * v - 10) << v;
+        EXPECT_DOUBLE_EQ(tenths->toPlain(v), 10 - 20 * v) << v;
+        EXPECT_DOUBLE_EQ(rising->toNormalized(20 * v - 10), v) << v;
+        EXPECT_DOUBLE_EQ(tenths->toNormalized(10 - 20 * v), v) << v;
+    }
+    EXPECT_EQ(tenths->toNormalized(20), 0.0);
+    EXPECT_EQ(tenths->toNormalized(-20), 1.0);
+
     const struct {
         const VST3_ScaledParameter* p;
         double v;
         const char* text;
     } texts[] = {
-        {whole.p, 0.75, "50"},       {whole.p, 0.25, "-50"},      {whole.p, 0.5, "0"},
-        {whole.p, 0.4875, "-3"},     {tenths.p, 0.25, "5.0"},     {tenths.p, 0.75, "-5.0"},
+        {whole.p, 0.75, "50"},       {whole.p, 0.25, "-50"},        {whole.p, 0.5, "0"},
+        {whole.p, 0.4875, "-3"},     {tenths.p, 0.25, "5.0"},       {tenths.p, 0.75, "-5.0"},
         {tenths.p, 0.0, "10.0"},     {hundredths.p, 0.123, "1.23"}, {hundredths.p, 1.0, "10.00"},
-        // A value a hair below zero reads as zero, without a sign.
-        {tenths.p, 0.5 + 1e-12, "0.0"},
+        {tenths.p, 0.5 + 1e-12, "0.0"},  // a hair below zero reads without a sign
     };
     for (const auto& t : texts) EXPECT_EQ(text_of(*t.p, t.v), t.text) << t.v;
 
-    // A plain number, held within the ends; failure keeps the value.
-    const struct {
-        const VST3_ScaledParameter* p;
-        const char* text;
-        bool ok;
-        double v;
-    } reads[] = {
-        {whole.p, "-25", true, 0.375},     {whole.p, "250 cents", true, 1.0},
-        {whole.p, "-1000", true, 0.0},     {whole.p, "sharp", false, 0},
-        {tenths.p, "20", true, 0.0},       {tenths.p, "-20", true, 1.0},
-        {tenths.p, "2.5", true, 0.375},    {hundredths.p, "  +7.5", true, 0.75},
-    };
-    for (const auto& r : reads) {
-        ParamValue v = 0.625;
-        EXPECT_EQ(parse(*r.p, r.text, v), r.ok) << r.text;
-        EXPECT_DOUBLE_EQ(v, r.ok ? r.v : 0.625) << r.text;
-    }
+    // A plain number, held within the ends.
+    expect_readings({{whole.p, "-25", true, 0.375}, {whole.p, "250 cents", true, 1.0},
+                     {whole.p, "-1000", true, 0.0}, {whole.p, "sharp", false, 0},
+                     {tenths.p, "20", true, 0.0}, {tenths.p, "-20", true, 1.0},
+                     {tenths.p, "2.5", true, 0.375}, {hundredths.p, "  +7.5", true, 0.75}});
 }
 
 TEST(ParameterKinds, NumbersIgnoreTheProcessLocale)
@@ -336,180 +285,102 @@ TEST(ParameterKinds, SampleRateReadsInKilohertz)
         double hertz;
         const char* text;
     } cases[] = {
-        {8000, "8 kHz"},        {11025, "11.025 kHz"}, {16000, "16 kHz"},   {22050, "22.05 kHz"},
-        {44100, "44.1 kHz"},    {48000, "48 kHz"},     {88200, "88.2 kHz"}, {96000, "96 kHz"},
-        {176400, "176.4 kHz"},  {192000, "192 kHz"},   {352800, "352.8 kHz"}, {384000, "384 kHz"},
+        {8000, "8 kHz"},       {11025, "11.025 kHz"}, {22050, "22.05 kHz"}, {44100, "44.1 kHz"},
+        {48000, "48 kHz"},     {88200, "88.2 kHz"},   {176400, "176.4 kHz"}, {192000, "192 kHz"},
+        {352800, "352.8 kHz"}, {384000, "384 kHz"},
     };
     for (const auto& c : cases) {
         EXPECT_EQ(sr->toPlain(sr->toNormalized(c.hertz)), c.hertz) << c.hertz;
         EXPECT_EQ(text_of(*sr, sr->toNormalized(c.hertz)), c.text) << c.hertz;
     }
     // Reading is that of the scaled kind: hertz, held within the ends.
-    ParamValue v = 0;
-    ASSERT_TRUE(parse(*sr, "48000", v));
-    EXPECT_EQ(sr->toPlain(v), 48000);
-    ASSERT_TRUE(parse(*sr, "1000000", v));
-    EXPECT_EQ(sr->toPlain(v), 384000);
+    expect_readings({{sr.p, "48000", true, 48000}, {sr.p, "1000000", true, 384000}}, true);
 }
 
-TEST(ParameterKinds, ExponentialCurveThroughTheMid)
+TEST(ParameterKinds, ExponentialCurveThroughTheMidAndBack)
 {
-    // 0..400 with mid 50: r = 400, k = 2 ln(400 / 50 - 1) = ln 49, so
-    // y = 400 / 48 * (49^v - 1).
+    // 0..400 with mid 50: k = 2 ln(400 / 50 - 1) = ln 49, so
+    // y = 400 / 48 * (49^v - 1) and v = ln(48 y / 400 + 1) / ln 49.
+    const auto curve = [](double v) { return 400.0 / 48.0 * (std::pow(49.0, v) - 1.0); };
+    const auto inverse = [](double y) {
+        return std::log(48.0 * std::clamp(y, 0.0, 400.0) / 400.0 + 1.0) / std::log(49.0);
+    };
     Owned<VST3_ExponentialParameter> speed(
         new VST3_ExponentialParameter(4, u"Retune Speed", u"RetK", u"msec", 0, 50, 400, 20, 0));
-    Owned<VST3_ExponentialParameter> fine(
-        new VST3_ExponentialParameter(5, u"Fine", u"Fin", nullptr, 0, 50, 400, 20, 2));
-    Owned<VST3_ExponentialParameter> down(
-        new VST3_ExponentialParameter(6, u"Down", u"Dwn", nullptr, 400, 50, 0, 20, 0));
-    const struct {
-        double v;
-        double exact; // 400 / 48 * (49^v - 1)
-        double whole; // rounded
-        const char* fineText;
-    } cases[] = {
-        {0.0, 0.0, 0, "0.00"},
-        {0.1, 3.964776, 4, "3.96"},
-        {0.25, 13.714594, 14, "13.71"},
-        {0.5, 50.0, 50, "50.00"},
-        {0.75, 146.002160, 146, "146.00"},
-        {0.9, 268.357790, 268, "268.36"},
-        {1.0, 400.0, 400, "400.00"},
-    };
-    for (const auto& c : cases) {
-        EXPECT_EQ(speed->toPlain(c.v), c.whole) << c.v;
-        EXPECT_NEAR(fine->toPlain(c.v), c.exact, 2e-4) << c.v;
-        EXPECT_EQ(text_of(*fine, c.v), c.fineText) << c.v;
-        EXPECT_EQ(text_of(*speed, c.v), std::to_string(int(c.whole))) << c.v;
-        // Ends given high first: the same curve run backwards.
-        EXPECT_EQ(down->toPlain(1.0 - c.v), c.whole) << c.v;
+    Owned<VST3_ExponentialParameter> fine(new VST3_ExponentialParameter(5, u"Fine", u"Fin", nullptr, 0, 50, 400, 20, 2));
+    Owned<VST3_ExponentialParameter> down(new VST3_ExponentialParameter(6, u"Down", u"Dwn", nullptr, 400, 50, 0, 20, 0));
+    EXPECT_NEAR(fine->toPlain(0.5), 50.0, 2e-4);
+    for (double v : {0.0, 0.1, 0.25, 0.5, 0.75, 0.9, 1.0}) {
+        const double whole = std::round(curve(v));
+        char fineText[32];
+        std::snprintf(fineText, sizeof fineText, "%.2f", curve(v));
+        EXPECT_EQ(speed->toPlain(v), whole) << v;
+        EXPECT_NEAR(fine->toPlain(v), curve(v), 2e-4) << v;
+        EXPECT_EQ(text_of(*fine, v), fineText) << v;
+        EXPECT_EQ(text_of(*speed, v), std::to_string(int(whole))) << v;
+        EXPECT_EQ(down->toPlain(1.0 - v), whole) << v;  // the same curve run backwards
     }
-    // Steep at the top: the slope ratio of the two ends is e^(0.99 k) = 49^0.99.
-    const double top = fine->toPlain(1.0) - fine->toPlain(0.99);
-    const double bottom = fine->toPlain(0.01) - fine->toPlain(0.0);
-    EXPECT_NEAR(top / bottom, std::pow(49.0, 0.99), 0.005 * std::pow(49.0, 0.99));
-    // Out of range normalized values land on the ends.
     for (double v : {-1.0, 2.0, 1e30, -1e30, notANumber}) {
         const double y = speed->toPlain(v);
         EXPECT_TRUE(y >= 0.0 && y <= 400.0) << v;
     }
     EXPECT_EQ(speed->toPlain(1e30), 400.0);
-}
 
-TEST(ParameterKinds, ExponentialInverseAndReading)
-{
-    Owned<VST3_ExponentialParameter> speed(
-        new VST3_ExponentialParameter(4, u"Retune Speed", u"RetK", u"msec", 0, 50, 400, 20, 0));
-    Owned<VST3_ExponentialParameter> down(
-        new VST3_ExponentialParameter(6, u"Down", u"Dwn", nullptr, 400, 50, 0, 20, 0));
-    // toNormalized(y) = ln(y * 48 / 400 + 1) / ln 49, and 1 minus that when
-    // the ends are reversed.
-    const struct {
-        double plain;
-        double v;
-    } cases[] = {
-        {0, 0.0}, {1, 0.0291197}, {14, 0.2533048}, {50, 0.5}, {100, 0.6590616},
-        {146, 0.7499964}, {399, 0.9993700}, {400, 1.0}, {-10, 0.0}, {1000, 1.0},
-    };
-    for (const auto& c : cases) {
-        EXPECT_NEAR(speed->toNormalized(c.plain), c.v, 1e-6) << c.plain;
-        EXPECT_NEAR(down->toNormalized(c.plain), 1.0 - c.v, 1e-6) << c.plain;
+    for (double plain : {0.0, 1.0, 14.0, 50.0, 100.0, 146.0, 399.0, 400.0, -10.0, 1000.0}) {
+        EXPECT_NEAR(speed->toNormalized(plain), inverse(plain), 1e-6) << plain;
+        EXPECT_NEAR(down->toNormalized(plain), 1.0 - inverse(plain), 1e-6) << plain;
     }
-    // Every whole value of the range survives the way there and back.
     for (int plain = 0; plain <= 400; ++plain) {
         ASSERT_EQ(speed->toPlain(speed->toNormalized(plain)), plain);
         ASSERT_EQ(down->toPlain(down->toNormalized(plain)), plain);
     }
-    EXPECT_NEAR(speed->getInfo().defaultNormalizedValue, std::log(20 * 0.12 + 1) / std::log(49.0), 1e-6);
-
-    const struct {
-        const char* text;
-        bool ok;
-        double plain;
-    } reads[] = {
-        {"50", true, 50}, {"146 msec", true, 146}, {"1000", true, 400}, {"-5", true, 0},
-        {"fast", false, 0},
-    };
-    for (const auto& r : reads) {
-        ParamValue v = 0.625;
-        EXPECT_EQ(parse(*speed, r.text, v), r.ok) << r.text;
-        if (r.ok) {
-            EXPECT_EQ(speed->toPlain(v), r.plain) << r.text;
-        } else {
-            EXPECT_EQ(v, 0.625) << r.text;
-        }
-    }
+    EXPECT_NEAR(speed->getInfo().defaultNormalizedValue, inverse(20), 1e-6);
+    expect_readings({{speed.p, "50", true, 50}, {speed.p, "146 msec", true, 146}, {speed.p, "1000", true, 400},
+                     {speed.p, "-5", true, 0}, {speed.p, "fast", false, 0}},
+                    true);
 }
 
 TEST(ParameterKinds, TogglesStoreZeroOrOneAndReadOffAtTheMiddle)
 {
     Owned<VST3_ToggleParameter> toggle(new VST3_ToggleParameter(70, u"Use Formants", u"UsFB", 0));
-    Owned<Corvane_MIDIOctavesParameter> octaves(
-        new Corvane_MIDIOctavesParameter(58, u"MIDI Octaves", u"MiOR", 0));
+    Owned<Corvane_MIDIOctavesParameter> octaves(new Corvane_MIDIOctavesParameter(58, u"MIDI Octaves", u"MiOR", 0));
     EXPECT_EQ(toggle->getInfo().stepCount, 1);
     EXPECT_EQ(octaves->getInfo().stepCount, 1);
     EXPECT_EQ(toggle->getInfo().units[0], 0);
 
     // At exactly 0.5 the stored and plain value is 1.0 but the text reads
     // off: the two tests differ on purpose.
-    const struct {
-        double v;
-        double stored;
-        const char* text;
-        const char* octavesText;
-    } cases[] = {
-        {0.0, 0.0, "Off", "AsPlayed"},  {0.3, 0.0, "Off", "AsPlayed"},
-        {0.4999, 0.0, "Off", "AsPlayed"}, {0.5, 1.0, "Off", "AsPlayed"},
-        {0.5001, 1.0, "On", "All"},     {0.7, 1.0, "On", "All"},
-        {1.0, 1.0, "On", "All"},
-    };
-    for (const auto& c : cases) {
-        toggle->setNormalized(c.v);
-        octaves->setNormalized(c.v);
-        EXPECT_EQ(toggle->getNormalized(), c.stored) << c.v;
-        EXPECT_EQ(octaves->getNormalized(), c.stored) << c.v;
-        EXPECT_EQ(toggle->toPlain(c.v), c.stored) << c.v;
-        EXPECT_EQ(octaves->toPlain(c.v), c.stored) << c.v;
-        EXPECT_EQ(text_of(*toggle, c.v), c.text) << c.v;
-        EXPECT_EQ(text_of(*octaves, c.v), c.octavesText) << c.v;
+    for (double v : {0.0, 0.3, 0.4999, 0.5, 0.5001, 0.7, 1.0}) {
+        const double stored = v >= 0.5 ? 1.0 : 0.0;
+        const bool on = v > 0.5;
+        toggle->setNormalized(v);
+        octaves->setNormalized(v);
+        EXPECT_EQ(toggle->getNormalized(), stored) << v;
+        EXPECT_EQ(octaves->getNormalized(), stored) << v;
+        EXPECT_EQ(toggle->toPlain(v), stored) << v;
+        EXPECT_EQ(octaves->toPlain(v), stored) << v;
+        EXPECT_EQ(text_of(*toggle, v), on ? "On" : "Off") << v;
+        EXPECT_EQ(text_of(*octaves, v), on ? "All" : "AsPlayed") << v;
     }
-
     // Each reads its own two texts, exactly, and numbers as the base does.
-    const struct {
-        const Parameter* p;
-        const char* text;
-        bool ok;
-        double v;
-    } reads[] = {
-        {toggle.p, "On", true, 1.0},      {toggle.p, "Off", true, 0.0},
-        {toggle.p, "0.7", true, 1.0},     {toggle.p, "0.2", true, 0.0},
-        {toggle.p, "on", false, 0},       {toggle.p, "All", false, 0},
-        {octaves.p, "All", true, 1.0},    {octaves.p, "AsPlayed", true, 0.0},
-        {octaves.p, "1", true, 1.0},      {octaves.p, "On", false, 0},
-        {octaves.p, "as played", false, 0},
-    };
-    for (const auto& r : reads) {
-        ParamValue v = 0.375;
-        EXPECT_EQ(parse(*r.p, r.text, v), r.ok) << r.text;
-        EXPECT_EQ(v, r.ok ? r.v : 0.375) << r.text;
-    }
+    expect_readings({{toggle.p, "On", true, 1.0}, {toggle.p, "Off", true, 0.0}, {toggle.p, "0.7", true, 1.0},
+                     {toggle.p, "0.2", true, 0.0}, {toggle.p, "on", false, 0}, {toggle.p, "All", false, 0},
+                     {octaves.p, "All", true, 1.0}, {octaves.p, "AsPlayed", true, 0.0}, {octaves.p, "1", true, 1.0},
+                     {octaves.p, "On", false, 0}, {octaves.p, "as played", false, 0}});
 }
 
 TEST(ParameterKinds, DefaultPlainLeavesTheCurrentValue)
 {
     Owned<VST3_ScaledParameter> scaled(new VST3_ScaledParameter(1, u"P", u"P", nullptr, 0, 100, 10, 0));
     Owned<VST3_StringListParameter> list(fiveStrings());
-    Owned<VST3_ExponentialParameter> curve(
-        new VST3_ExponentialParameter(4, u"E", u"E", nullptr, 0, 50, 400, 20, 0));
+    Owned<VST3_ExponentialParameter> curve(new VST3_ExponentialParameter(4, u"E", u"E", nullptr, 0, 50, 400, 20, 0));
     Owned<VST3_ToggleParameter> toggle(new VST3_ToggleParameter(70, u"T", u"T", 0));
     const struct {
         VST3_BaseParameter* p;
-        double current;
-        double defaultPlain;
-        double defaultNormalized;
+        double current, defaultPlain, defaultNormalized;
     } cases[] = {
         {scaled.p, 0.9, 30, 0.3},
-        {list.p, 0.1, 2, 0.5}, // index / stepCount, as hosts step lists
+        {list.p, 0.1, 2, 0.5},  // index / stepCount, as hosts step lists
         {curve.p, 0.2, 50, 0.5},
         {toggle.p, 0.0, 1, 1.0},
     };
@@ -523,27 +394,21 @@ TEST(ParameterKinds, DefaultPlainLeavesTheCurrentValue)
 
 TEST(ParameterKinds, TextsConvertBetweenUtf8AndUtf16)
 {
-    const struct {
-        const char* utf8;
-        std::u16string utf16;
-    } cases[] = {
+    const std::pair<const char*, std::u16string> cases[] = {
         {"Db", u"Db"},
-        {"C\u266F", u"C\u266F"},           // three bytes, one unit
-        {"\u00B0", u"\u00B0"},             // two bytes
-        {"G\U0001D12A", u"G\U0001D12A"},   // four bytes, a surrogate pair
+        {"C\u266F", u"C\u266F"},          // three bytes, one unit
+        {"\u00B0", u"\u00B0"},            // two bytes
+        {"G\U0001D12A", u"G\U0001D12A"},  // four bytes, a surrogate pair
     };
+    String128 wide;
     for (const auto& c : cases) {
-        String128 wide;
-        VST3_BaseParameter::copyText(c.utf8, wide);
-        EXPECT_EQ(std::u16string(wide), c.utf16) << c.utf8;
-        EXPECT_EQ(VST3_BaseParameter::toUtf8(wide), c.utf8) << c.utf8;
+        VST3_BaseParameter::copyText(c.first, wide);
+        EXPECT_EQ(std::u16string(wide), c.second) << c.first;
+        EXPECT_EQ(VST3_BaseParameter::toUtf8(wide), c.first) << c.first;
     }
     // Long texts are cut to 127 units, never inside a pair.
-    String128 wide;
     VST3_BaseParameter::copyText(std::string(200, 'a'), wide);
     EXPECT_EQ(std::u16string(wide).size(), 127u);
-    std::string pairs = std::string(126, 'a');
-    pairs += "\U0001D12A";
-    VST3_BaseParameter::copyText(pairs, wide);
+    VST3_BaseParameter::copyText(std::string(126, 'a') + "\U0001D12A", wide);
     EXPECT_EQ(std::u16string(wide), std::u16string(126, u'a'));
 }
