@@ -12,30 +12,16 @@ using namespace VSTGUI;
 
 TEST(VstguiGeometry, RectangleOperationsKeepEdgesAndSizes)
 {
-    CRect r(10, 20, 110, 70);
+    const CRect r(10, 20, 110, 70);
     EXPECT_EQ(r.getWidth(), 100);
     EXPECT_EQ(r.getHeight(), 50);
     EXPECT_EQ(r.getCenter(), CPoint(60, 45));
-
-    CRect moved(r);
-    moved.offset(-10, 5);
-    EXPECT_EQ(moved, CRect(0, 25, 100, 75));
-    moved.moveTo(CPoint(3, 4));
-    EXPECT_EQ(moved, CRect(3, 4, 103, 54));
-
-    CRect inset(r);
-    inset.inset(5, 10);
-    EXPECT_EQ(inset, CRect(15, 30, 105, 60));
-    inset.extend(5, 10);
-    EXPECT_EQ(inset, r);
-
-    CRect sized(r);
-    sized.setSize(CPoint(4, 6));
-    EXPECT_EQ(sized, CRect(10, 20, 14, 26));
-
-    CRect reversed(50, 60, 10, 20);
-    reversed.normalize();
-    EXPECT_EQ(reversed, CRect(10, 20, 50, 60));
+    EXPECT_EQ(CRect(r).offset(-10, 5), CRect(0, 25, 100, 75));
+    EXPECT_EQ(CRect(r).moveTo(CPoint(3, 4)), CRect(3, 4, 103, 54));
+    EXPECT_EQ(CRect(r).inset(5, 10), CRect(15, 30, 105, 60));
+    EXPECT_EQ(CRect(r).inset(5, 10).extend(5, 10), r);
+    EXPECT_EQ(CRect(r).setSize(CPoint(4, 6)), CRect(10, 20, 14, 26));
+    EXPECT_EQ(CRect(50, 60, 10, 20).normalize(), CRect(10, 20, 50, 60));
 }
 
 TEST(VstguiGeometry, BoundUniteAndOverlapFollowTheExclusiveRightAndBottomEdges)
@@ -45,36 +31,25 @@ TEST(VstguiGeometry, BoundUniteAndOverlapFollowTheExclusiveRightAndBottomEdges)
         bool overlap;
         CRect bounded;
     };
-    const std::vector<Case> cases = {
-        {{0, 0, 10, 10}, {5, 5, 15, 15}, true, {5, 5, 10, 10}},
-        // Rectangles that only touch share no pixel.
-        {{0, 0, 10, 10}, {10, 0, 20, 10}, false, {10, 0, 10, 10}},
-        {{0, 0, 10, 10}, {2, 2, 4, 4}, true, {2, 2, 4, 4}},
-        // Apart: bounding leaves an empty rectangle at the nearest edge.
-        {{0, 0, 10, 10}, {20, 20, 30, 30}, false, {20, 20, 20, 20}},
-    };
-    for (const auto& c : cases) {
+    for (const Case& c : {
+             Case{{0, 0, 10, 10}, {5, 5, 15, 15}, true, {5, 5, 10, 10}},
+             Case{{0, 0, 10, 10}, {10, 0, 20, 10}, false, {10, 0, 10, 10}}, // touching shares no pixel
+             Case{{0, 0, 10, 10}, {2, 2, 4, 4}, true, {2, 2, 4, 4}},
+             Case{{0, 0, 10, 10}, {20, 20, 30, 30}, false, {20, 20, 20, 20}}, // apart: empty at the nearest edge
+         }) {
         EXPECT_EQ(c.a.rectOverlap(c.b), c.overlap);
         EXPECT_EQ(c.b.rectOverlap(c.a), c.overlap);
-        CRect bounded(c.a);
-        bounded.bound(c.b);
-        EXPECT_EQ(bounded, c.bounded) << bounded.left << "," << bounded.top << "," << bounded.right << ","
-                                      << bounded.bottom;
+        const CRect bounded = CRect(c.a).bound(c.b);
+        EXPECT_EQ(bounded, c.bounded) << bounded.left << "," << bounded.top << "," << bounded.right;
         EXPECT_EQ(bounded.isEmpty(), !c.overlap);
     }
-
-    CRect u(0, 0, 10, 10);
-    u.unite(CRect(20, 5, 30, 40));
-    EXPECT_EQ(u, CRect(0, 0, 30, 40));
-    u.unite(CRect());
-    EXPECT_EQ(u, CRect(0, 0, 30, 40));
+    EXPECT_EQ(CRect(0, 0, 10, 10).unite(CRect(20, 5, 30, 40)), CRect(0, 0, 30, 40));
+    EXPECT_EQ(CRect(0, 0, 10, 10).unite(CRect()), CRect(0, 0, 10, 10)) << "an empty rectangle adds nothing";
 
     const CRect r(0, 0, 10, 10);
-    EXPECT_TRUE(r.pointInside(CPoint(0, 0)));
-    EXPECT_TRUE(r.pointInside(CPoint(9.5, 9.5)));
-    EXPECT_FALSE(r.pointInside(CPoint(10, 5)));
-    EXPECT_FALSE(r.pointInside(CPoint(5, 10)));
-    EXPECT_FALSE(r.pointInside(CPoint(-0.5, 5)));
+    for (const auto& [p, inside] : std::vector<std::pair<CPoint, bool>>{
+             {{0, 0}, true}, {{9.5, 9.5}, true}, {{10, 5}, false}, {{5, 10}, false}, {{-0.5, 5}, false}})
+        EXPECT_EQ(r.pointInside(p), inside) << p.x << "," << p.y;
 }
 
 TEST(VstguiGeometry, ColoursReadAndWriteHexNotation)
@@ -84,18 +59,13 @@ TEST(VstguiGeometry, ColoursReadAndWriteHexNotation)
         bool ok;
         CColor colour;
     };
-    const std::vector<Case> cases = {
-        {"#ff000080", true, CColor(255, 0, 0, 128)},
-        {"#0A0b0C", true, CColor(10, 11, 12, 255)},
-        {"#12345", false, CColor()},
-        {"123456ff", false, CColor()},
-        {"#gg000000", false, CColor()},
-        {"", false, CColor()},
-    };
-    for (const auto& c : cases) {
-        CColor colour(1, 2, 3, 4);
+    const CColor untouched(1, 2, 3, 4);
+    for (const Case& c : {Case{"#ff000080", true, CColor(255, 0, 0, 128)}, Case{"#0A0b0C", true, CColor(10, 11, 12, 255)},
+                          Case{"#12345", false, untouched}, Case{"123456ff", false, untouched},
+                          Case{"#gg000000", false, untouched}, Case{"", false, untouched}}) {
+        CColor colour(untouched);
         EXPECT_EQ(colour.fromString(c.text), c.ok) << c.text;
-        EXPECT_EQ(colour, c.ok ? c.colour : CColor(1, 2, 3, 4)) << c.text;
+        EXPECT_EQ(colour, c.colour) << c.text;
     }
     EXPECT_EQ(CColor(1, 171, 255, 16).toString(), "#01abff10");
     EXPECT_EQ(CColor(200, 100, 50, 200).withAlphaScaled(0.5f), CColor(200, 100, 50, 100));
@@ -103,8 +73,6 @@ TEST(VstguiGeometry, ColoursReadAndWriteHexNotation)
 
 TEST(VstguiGeometry, ButtonStateSeparatesButtonsFromModifiers)
 {
-    // The buttons that a drag handler masks: left, middle, right, 4 and 5.
-    EXPECT_EQ(kLButton | kMButton | kRButton | kButton4 | kButton5, 0x30e);
     const CButtonState s(kLButton | kShift | kControl | kDoubleClick);
     EXPECT_EQ(s.getButtonState(), kLButton);
     EXPECT_EQ(s.getModifierState(), kShift | kControl);
@@ -120,29 +88,24 @@ TEST(VstguiGeometry, AttributeParsersAcceptListsAndRefuseMalformedText)
         bool ok;
         CPoint point;
     };
-    const std::vector<Case> points = {
-        {"12, 34", true, {12, 34}},
-        {"  -1.5,2e1 ", true, {-1.5, 20}},
-        {"12", false, {}},
-        {"12, 34, 56", false, {}},
-        {"a, b", false, {}},
-        {"12,, 34", false, {}},
-    };
-    for (const auto& c : points) {
-        CPoint p(-7, -7);
+    const CPoint untouched(-7, -7);
+    for (const Case& c : {Case{"12, 34", true, {12, 34}}, Case{"  -1.5,2e1 ", true, {-1.5, 20}},
+                          Case{"12", false, untouched}, Case{"12, 34, 56", false, untouched},
+                          Case{"a, b", false, untouched}, Case{"12,, 34", false, untouched}}) {
+        CPoint p(untouched);
         EXPECT_EQ(UIAttributes::stringToPoint(c.text, p), c.ok) << c.text;
-        EXPECT_EQ(p, c.ok ? c.point : CPoint(-7, -7)) << c.text;
+        EXPECT_EQ(p, c.point) << c.text;
     }
     CRect r;
     EXPECT_TRUE(UIAttributes::stringToRect("1, 2, 3, 4", r));
     EXPECT_EQ(r, CRect(1, 2, 3, 4));
 
-    int32_t i = 0;
-    EXPECT_TRUE(UIAttributes::stringToInteger(" 42 ", i));
-    EXPECT_EQ(i, 42);
-    EXPECT_FALSE(UIAttributes::stringToInteger("42x", i));
-    EXPECT_FALSE(UIAttributes::stringToInteger("99999999999", i));
-    EXPECT_EQ(i, 42);
+    for (const auto& [text, ok] : std::vector<std::pair<const char*, bool>>{
+             {" 42 ", true}, {"42x", false}, {"99999999999", false}}) {
+        int32_t i = -1;
+        EXPECT_EQ(UIAttributes::stringToInteger(text, i), ok) << text;
+        EXPECT_EQ(i, ok ? 42 : -1) << text;
+    }
 
     UIAttributes a;
     a.setAttribute("flag", "true");

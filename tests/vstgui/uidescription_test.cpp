@@ -112,6 +112,12 @@ struct UIDescriptionFixture : ::testing::Test {
         setResourceDirectory(dir.c_str());
     }
     void TearDown() override { setResourceDirectory(nullptr); }
+    SharedPointer<UIDescription> parsed()
+    {
+        auto desc = owned(new UIDescription(CResourceDescription("panel.uidesc")));
+        EXPECT_TRUE(desc->parse()) << desc->getLastError();
+        return desc;
+    }
     std::string dir;
 };
 
@@ -128,17 +134,16 @@ T* childOf(CView* container, uint32_t index)
 
 TEST_F(VstguiUIDescription, ResourcesAreReadByName)
 {
-    auto desc = owned(new UIDescription(CResourceDescription("panel.uidesc")));
-    ASSERT_TRUE(desc->parse()) << desc->getLastError();
+    auto desc = parsed();
     EXPECT_EQ(desc->getTemplateNames(), (std::vector<std::string>{"Editor", "Small"}));
 
+    for (const auto& [name, colour] : std::vector<std::pair<const char*, CColor>>{
+             {"text", CColor(0xe0, 0xe1, 0xe2, 0xff)}, {"#01020304", CColor(1, 2, 3, 4)}, {"~ BlueCColor", kBlueCColor}}) {
+        CColor c;
+        EXPECT_TRUE(desc->getColor(name, c)) << name;
+        EXPECT_EQ(c, colour) << name;
+    }
     CColor c;
-    EXPECT_TRUE(desc->getColor("text", c));
-    EXPECT_EQ(c, CColor(0xe0, 0xe1, 0xe2, 0xff));
-    EXPECT_TRUE(desc->getColor("#01020304", c));
-    EXPECT_EQ(c, CColor(1, 2, 3, 4));
-    EXPECT_TRUE(desc->getColor("~ BlueCColor", c));
-    EXPECT_EQ(c, kBlueCColor);
     EXPECT_FALSE(desc->getColor("nothing", c));
     EXPECT_STREQ(desc->lookupColorName(CColor(0x10, 0x20, 0x30, 0x40)), "panel");
 
@@ -162,17 +167,14 @@ TEST_F(VstguiUIDescription, ResourcesAreReadByName)
     EXPECT_EQ(desc->getBitmap("missing"), nullptr);
     EXPECT_NE(desc->getLastError().find("missing.png"), std::string::npos);
 
-    const UIAttributes* attributes = desc->getViewAttributes("Editor");
-    ASSERT_NE(attributes, nullptr);
     CPoint maxSize;
-    EXPECT_TRUE(attributes->getPointAttribute("maxSize", maxSize));
+    EXPECT_TRUE(desc->getViewAttributes("Editor")->getPointAttribute("maxSize", maxSize));
     EXPECT_EQ(maxSize, CPoint(600, 400));
 }
 
 TEST_F(VstguiUIDescription, TemplatesBuildTheViewTreeWithTheirAttributes)
 {
-    auto desc = owned(new UIDescription(CResourceDescription("panel.uidesc")));
-    ASSERT_TRUE(desc->parse());
+    auto desc = parsed();
     RecordingController controller;
     CView* root = desc->createView("Editor", &controller);
     ASSERT_NE(root, nullptr);
@@ -241,8 +243,7 @@ TEST_F(VstguiUIDescription, TemplatesBuildTheViewTreeWithTheirAttributes)
 
 TEST_F(VstguiUIDescription, AttributeValuesReadBackInTheDescriptionsNotation)
 {
-    auto desc = owned(new UIDescription(CResourceDescription("panel.uidesc")));
-    ASSERT_TRUE(desc->parse());
+    auto desc = parsed();
     CView* root = desc->createView("Editor", nullptr);
     ASSERT_NE(root, nullptr);
     const auto* factory = dynamic_cast<const UIViewFactory*>(desc->getViewFactory());
@@ -304,74 +305,13 @@ TEST_F(VstguiUIDescription, UnusableTemplatesGiveNoViewAndAMessage)
     auto desc = owned(new UIDescription(CResourceDescription("odd.uidesc")));
     ASSERT_TRUE(desc->parse());
     EXPECT_NE(desc->getLastError().find("colour 'bad'"), std::string::npos);
-    EXPECT_EQ(desc->createView("Unknown", nullptr), nullptr);
-    EXPECT_NE(desc->getLastError().find("unknown view class 'Nothing'"), std::string::npos);
-    EXPECT_EQ(desc->createView("Absent", nullptr), nullptr);
-    EXPECT_NE(desc->getLastError().find("no template named 'Absent'"), std::string::npos);
-    EXPECT_EQ(desc->createView("Abstract", nullptr), nullptr);
-    EXPECT_NE(desc->getLastError().find("cannot be made"), std::string::npos);
-    CView* loop = desc->createView("Loop", nullptr);
+    for (const auto& [name, message] : std::vector<std::pair<const char*, const char*>>{
+             {"Unknown", "unknown view class 'Nothing'"}, {"Absent", "no template named 'Absent'"},
+             {"Abstract", "cannot be made"}}) {
+        EXPECT_EQ(desc->createView(name, nullptr), nullptr) << name;
+        EXPECT_NE(desc->getLastError().find(message), std::string::npos) << desc->getLastError();
+    }
+    auto loop = owned(desc->createView("Loop", nullptr));
     ASSERT_NE(loop, nullptr) << "the outer template stands, the endless nesting is cut";
     EXPECT_NE(desc->getLastError().find("nest too deep"), std::string::npos);
-    loop->forget();
-}
-
-namespace {
-
-// A control of the program's own with a creator based on CControl's, as
-// the panel's custom controls have.
-class TestButton : public CControl {
-public:
-    TestButton() : CControl(CRect(), nullptr, -1) {}
-    void draw(CDrawContext*) override {}
-    CLASS_METHODS(TestButton, CControl)
-    SharedPointer<CBitmap> flash;
-};
-
-class TestButtonCreator : public ViewCreatorAdapter {
-public:
-    TestButtonCreator() { UIViewFactory::registerViewCreator(*this); }
-    ~TestButtonCreator() override { UIViewFactory::unregisterViewCreator(*this); }
-    IdStringPtr getViewName() const override { return "TestButton"; }
-    IdStringPtr getBaseViewName() const override { return "CControl"; }
-    CView* create(const UIAttributes&, const IUIDescription*) const override { return new TestButton(); }
-    bool apply(CView* view, const UIAttributes& a, const IUIDescription* d) const override
-    {
-        auto* b = dynamic_cast<TestButton*>(view);
-        if (!b) return false;
-        if (const std::string* v = a.getAttributeValue("flashBitmap")) {
-            if (CBitmap* bitmap = d->getBitmap(v->c_str())) b->flash = bitmap;
-        }
-        return true;
-    }
-};
-
-} // namespace
-
-TEST_F(VstguiUIDescription, RegisteredCreatorsMakeTheProgramsOwnClassesWithTheirBasesAttributes)
-{
-    TestButtonCreator creator;
-    vstgui_test::writeText(dir + "/custom.uidesc", R"(<vstgui-ui-description version="1">
-  <bitmaps><bitmap name="flash" path="knob.png"/></bitmaps>
-  <control-tags><control-tag name="Go" tag="31"/></control-tags>
-  <template name="T" size="50, 50">
-    <view class="TestButton" origin="1, 2" size="3, 4" control-tag="Go" flashBitmap="flash" max-value="2"/>
-    <view class="TestButton" flashBitmap="nothing"/>
-  </template>
-</vstgui-ui-description>)");
-    auto desc = owned(new UIDescription(CResourceDescription("custom.uidesc")));
-    ASSERT_TRUE(desc->parse());
-    CView* root = desc->createView("T", nullptr);
-    ASSERT_NE(root, nullptr);
-    auto* button = childOf<TestButton>(root, 0);
-    ASSERT_NE(button, nullptr);
-    EXPECT_EQ(button->getViewSize(), CRect(1, 2, 4, 6));
-    EXPECT_EQ(button->getTag(), 31);
-    EXPECT_EQ(button->getMax(), 2.f);
-    EXPECT_EQ(button->flash.get(), desc->getBitmap("flash"));
-    auto* plain = childOf<TestButton>(root, 1);
-    ASSERT_NE(plain, nullptr);
-    EXPECT_EQ(plain->flash.get(), nullptr) << "an unknown bitmap leaves the field";
-    EXPECT_EQ(plain->getTag(), -1);
-    root->forget();
 }
