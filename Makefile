@@ -4,9 +4,10 @@ ASAN_DIR ?= build-asan
 BUILD_TYPE ?= Release
 JOBS ?= 2
 RENDER = $(BUILD_DIR)/tools/render/corvane-render
+SNAPSHOT = $(BUILD_DIR)/tools/snapshot/corvane-snapshot
 BUNDLE = $(BUILD_DIR)/Corvane+Time_VST.vst3
 
-.PHONY: all deps configure build demo test test-sanitize fuzz bench install clean
+.PHONY: all deps configure build demo snapshots test test-sanitize fuzz bench install clean
 
 all: build
 
@@ -22,6 +23,13 @@ build: configure
 demo: build
 	@mkdir -p out
 	$(RENDER) --write-input out/demo-in.wav out/demo-out.wav
+
+# The pictures of the panel that the README shows, drawn by the built
+# plug-in itself.
+snapshots: build
+	@mkdir -p docs
+	$(SNAPSHOT) docs/panel-auto.png
+	$(SNAPSHOT) --set "Correction Mode=Graph" docs/panel-graph.png
 
 test: build
 	ctest --test-dir $(BUILD_DIR) --output-on-failure -j $(JOBS)

@@ -18,7 +18,7 @@ struct Entry {
 
 } // namespace
 
-void Note_Table::build(Scale_State& scale, double host_rate)
+void Note_Table::build(Scale_State& scale, double host_rate, int held_note)
 {
     const int s = scale.scale >= 0 && scale.scale < scale_count ? scale.scale : 2;
     const int key = ((scale.key % 12) + 12) % 12;
@@ -26,9 +26,18 @@ void Note_Table::build(Scale_State& scale, double host_rate)
     Entry entries[CV_DSPObject::max_targets];
     int n = 0;
 
-    explicit_form = Is_TwelveNoteScale(s);
+    const int held_key = held_note - Scale_State::lowest_note;
+    const bool held = held_key >= 0 && held_key < Scale_State::keyboard_keys;
+    explicit_form = held || Is_TwelveNoteScale(s);
     unit = 64.0;
-    if (explicit_form) {
+    if (held) {
+        // The key's own pitch in the tuning of the scale and key, when the
+        // scale has one per key; equal temperament otherwise.
+        const int position = ((held_note - key) % 12 + 12) % 12;
+        const int64_t interval = Is_TwelveNoteScale(s) ? intervals[position] : int64_t(position) * 10000;
+        const double hz = Note_Frequency(held_note - position, interval, scale.detune);
+        entries[n++] = {host_rate / hz * unit, false};
+    } else if (explicit_form) {
         for (int k = 0; k < Scale_State::keyboard_keys; ++k) {
             if (scale.isKeyRemoved(k, s)) continue;
             const int note = Scale_State::lowest_note + k;

@@ -23,8 +23,10 @@ struct Note_Table {
     int64_t octaves[CV_DSPObject::max_targets] = {};
     double unit = 64.0;
 
-    // Any thread; allocates nothing. `host_rate` above 0.
-    void build(Scale_State& scale, double host_rate);
+    // Any thread; allocates nothing. `host_rate` above 0. With `held_note`
+    // a MIDI note of the keyboard (19 to 96), the table holds that one note
+    // alone, whatever the marks: every pitch goes to it.
+    void build(Scale_State& scale, double host_rate, int held_note = -1);
     // Hands the table to the engine with the form's setter.
     void apply(CV_DSPObject& engine) const;
 };

@@ -15,6 +15,9 @@
 #include "effect/Corvane_Parameters.h"
 #include "effect/Corvane_SingleComponentEffect.h"
 #include "graph/Corvane_GraphContainerView.h"
+#include "panel/Corvane_KeyboardView.h"
+#include "panel/Corvane_MeterView.h"
+#include "panel/Corvane_ScalesListView.h"
 #include "panel/Corvane_SubController.h"
 #include "vstgui/lib/controls/coptionmenu.h"
 #include "vstgui/lib/controls/cparamdisplay.h"
@@ -65,6 +68,9 @@ IPlugView* PLUGIN_API Corvane_SingleComponentEffect::createView(FIDString name)
     if (name == nullptr || std::strcmp(name, ViewType::kEditor) != 0) return nullptr;
     VSTGUI4_registerControls();
     Corvane_GraphContainerView_register();
+    Corvane_KeyboardView_register();
+    Corvane_ScalesListView_register();
+    Corvane_MeterView_register();
     auto* editor = new VST3_VST3Editor(this, this, editorTemplate, editorDescription);
     if (!editor->getLastError().empty()) {
         std::fprintf(stderr, "Corvane: the panel cannot be opened: %s\n", editor->getLastError().c_str());
@@ -98,15 +104,25 @@ void Corvane_SingleComponentEffect::didOpen(VSTGUI::VST3Editor* editor)
     showCorrectionPage();
     showThroatLength();
     showDetuneHertz();
+    if (auto* keyboard = viewRegistry.keyboard) {
+        auto* edits = baseParameter(corvane::kKeyboardEdits);
+        auto* mode = baseParameter(corvane::kKeyboardMode);
+        if (edits) keyboard->setKeyboardEdits(edits->toPlain(edits->getNormalized()) == 1.0);
+        if (mode) keyboard->setKeyboardMode(mode->toPlain(mode->getNormalized()) == 1.0);
+    }
+    showScaleMarks();
     clearPitchDisplay(0);
     clearPitchDisplay(1);
     clearPitchDisplay(2);
+    showPitchChange(0.0);
 }
 
 void Corvane_SingleComponentEffect::willClose(VSTGUI::VST3Editor* editor)
 {
     if (editor != editorInstance) return;
     if (editorFrame) editorFrame->unregisterKeyboardHook(this);
+    // A key held on the keyboard is let go with it.
+    keyboardNoteHeld(-1);
     viewRegistry = Corvane_ViewRegistry();
     objectKnobEdit = -1;
     VST3_SingleComponentEffect::willClose(editor);
@@ -226,6 +242,9 @@ void Corvane_SingleComponentEffect::onTimer()
     }
     if (viewRegistry.dataFileMgmtButton) viewRegistry.dataFileMgmtButton->updateFlashing(timerTick);
 
+    // Marks written by MIDI notes on the audio thread.
+    if (scaleMarksPending.exchange(false)) showScaleMarks();
+
     if (timerTick % pitchDisplayTicks == 0) {
         double ratio = 1.0;
         double period = 0.0;
@@ -233,13 +252,113 @@ void Corvane_SingleComponentEffect::onTimer()
         const double rate = processSetup.sampleRate;
         if (period > 0.0 && rate > 0.0 && ratio > 0.0) {
             const double detected = double(Period_ToCents(float(period), float(rate)));
+            const double change = 1200.0 * std::log2(ratio);
             setPitchDisplay(0, int(Round_ToInt(float(detected))));
-            setPitchDisplay(1, int(Round_ToInt(float(detected + 1200.0 * std::log2(ratio)))));
+            setPitchDisplay(1, int(Round_ToInt(float(detected + change))));
+            showCurrentNote(detected + change, true);
+            showPitchChange(change);
         } else {
             clearPitchDisplay(0);
             clearPitchDisplay(1);
+            showCurrentNote(0.0, false);
+            showPitchChange(0.0);
         }
     }
+}
+
+void Corvane_SingleComponentEffect::autoRepeat(int32 tag)
+{
+    if ((tag == corvane::kScaleUp || tag == corvane::kScaleDown) && viewRegistry.scalesList) {
+        stepScalesList(ParamID(tag));
+        return;
+    }
+    stopAutoRepeat();
+}
+
+//--- The keyboard, the scales list and the meter.
+
+int Corvane_SingleComponentEffect::currentNoteOf(double cents, int detune)
+{
+    // 0 cents is MIDI note 60.
+    return 60 + int(std::floor((cents - double(detune)) / 100.0 + 0.5));
+}
+
+void Corvane_SingleComponentEffect::showCurrentNote(double outputCents, bool voiced)
+{
+    Corvane_KeyboardView* keyboard = viewRegistry.keyboard;
+    if (keyboard == nullptr) return;
+    // Without a voice the last note stays shown while "Hold Note Shown" is
+    // on; otherwise the keyboard shows none.
+    if (!voiced) {
+        if (!holdNoteShown && keyboard->getCurrentNote() != Corvane_KeyboardView::noNote)
+            keyboard->clearCurrentNote(keyboard->getCurrentNote());
+        return;
+    }
+    const int note = currentNoteOf(outputCents, scaleState.detune);
+    if (note == keyboard->getCurrentNote()) return;
+    // A note off the keyboard clears the highlight.
+    keyboard->setCurrentNote(uint16_t(note >= 0 && note < 0xFFFF ? note : 0));
+}
+
+void Corvane_SingleComponentEffect::showPitchChange(double cents)
+{
+    Parameter* meter = privateParameters.getParameter(corvane::pitchChangeParameter);
+    if (meter == nullptr) return;
+    const double clamped = std::min(corvane::pitchChangeRange, std::max(-corvane::pitchChangeRange, cents));
+    const ParamValue normalized = meter->toNormalized(clamped);
+    if (std::fabs(normalized - meter->getNormalized()) > 1e-6) meter->setNormalized(normalized);
+}
+
+void Corvane_SingleComponentEffect::showScaleMarks()
+{
+    if (auto* keyboard = viewRegistry.keyboard) keyboard->reloadKeyStates();
+    if (auto* list = viewRegistry.scalesList) list->invalid();
+}
+
+void Corvane_SingleComponentEffect::pushScaleEdits()
+{
+    if (auto* keyboard = viewRegistry.keyboard) keyboard->reloadKeyStates();
+    updateNoteTable();
+}
+
+void Corvane_SingleComponentEffect::scaleMarksEdited()
+{
+    updateNoteTable();
+}
+
+void Corvane_SingleComponentEffect::keyboardNoteHeld(int note)
+{
+    const int held = note >= Scale_State::lowest_note && note < Scale_State::lowest_note + Scale_State::keyboard_keys
+                         ? note
+                         : -1;
+    if (held == heldKeyboardNote) return;
+    heldKeyboardNote = held;
+    updateNoteTable();
+}
+
+void Corvane_SingleComponentEffect::stepScalesList(ParamID id)
+{
+    Corvane_ScalesListView* list = viewRegistry.scalesList;
+    if (list == nullptr) return;
+    const bool up = id == corvane::kScaleUp;
+    if (!(up ? list->stepUp() : list->stepDown())) return;
+    if (up)
+        list->refreshAfterStepUp();
+    else
+        list->refreshAfterStepDown();
+    setScaleAndKey(scaleState.scale, scaleState.key);
+}
+
+void Corvane_SingleComponentEffect::prepareMidiNoteEntry(int key)
+{
+    constexpr int chromatic = 2;
+    key = ((key % 12) + 12) % 12;
+    for (int row = 0; row < Scale_State::rowsOf(chromatic); ++row) {
+        scaleState.setRowBypassed(row, key, chromatic, 0);
+        scaleState.setRowRemoved(row, key, chromatic, 1);
+    }
+    setScaleAndKey(scaleState.scale, scaleState.key);
+    showScaleMarks();
 }
 
 //--- Pitch displays.

@@ -221,6 +221,10 @@ void addParameters(ParameterContainer& parameters, ParameterContainer& privatePa
     auto* cents = new VST3_ScaledParameter(centsParameter, u"Cents", u"CenX", u"cents", -4100,
                                            3600, 0, 0, ParameterInfo::kIsReadOnly);
     privateParameters.addParameter(cents);
+    auto* change = new VST3_ScaledParameter(pitchChangeParameter, u"Pitch Change", u"PChX", u"cents",
+                                            -pitchChangeRange, pitchChangeRange, 0, 0,
+                                            ParameterInfo::kIsReadOnly);
+    privateParameters.addParameter(change);
 }
 
 } // namespace corvane

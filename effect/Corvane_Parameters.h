@@ -9,9 +9,13 @@
 namespace corvane {
 
 constexpr int parameterCount = 90;
-// Two parameters of the effect's own, kept from the host's view.
+// Parameters of the effect's own, kept from the host's view and never saved.
 constexpr Steinberg::Vst::ParamID sampleRateParameter = 90;
 constexpr Steinberg::Vst::ParamID centsParameter = 91;
+// The correction in force, in cents (-100 to 100), for the pitch-change
+// meter; the editor's timer sets it.
+constexpr Steinberg::Vst::ParamID pitchChangeParameter = 92;
+constexpr double pitchChangeRange = 100.0;
 
 enum ParameterId : Steinberg::Vst::ParamID {
     kCorrectionMode = 0, kScale = 1, kKey = 2, kDetune = 3, kRetuneSpeed = 4,
@@ -35,7 +39,7 @@ enum ParameterId : Steinberg::Vst::ParamID {
 };
 
 // Fills the host's parameters with the 90 numbered rows and the private
-// set with the two extra ones. Interface thread, once, from initialize.
+// set with the extra ones. Interface thread, once, from initialize.
 void addParameters(Steinberg::Vst::ParameterContainer& parameters,
                    Steinberg::Vst::ParameterContainer& privateParameters);
 

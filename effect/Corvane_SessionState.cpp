@@ -270,6 +270,7 @@ void Corvane_SingleComponentEffect::refreshAfterState()
     showCorrectionPage();
     showThroatLength();
     showDetuneHertz();
+    showScaleMarks();
 }
 
 tresult PLUGIN_API Corvane_SingleComponentEffect::setState(IBStream* state)

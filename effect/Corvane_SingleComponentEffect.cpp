@@ -9,6 +9,8 @@
 #include "Common_VST3/VST3_MultiStringArrayParameter.h"
 #include "effect/Corvane_KeyCommands.h"
 #include "effect/Corvane_Parameters.h"
+#include "panel/Corvane_KeyboardView.h"
+#include "panel/Corvane_ScalesListView.h"
 #include "pluginterfaces/vst/ivstprocesscontext.h"
 
 using namespace Steinberg;
@@ -155,6 +157,7 @@ void Corvane_SingleComponentEffect::parameterChanged(Parameter* parameter)
         if (scale == nullptr || key == nullptr) break;
         setScaleAndKey(int(scale->toPlain(scale->getNormalized())), int(key->toPlain(key->getNormalized())));
         keySpellingChanged();
+        showScaleMarks();
         // The MIDI modes live only on the Chromatic scale.
         if (id == corvane::kScale && plain != 2.0) {
             if (midiScaleMode == 2) putParameter(corvane::kTargetNotes, 0.0);
@@ -172,6 +175,7 @@ void Corvane_SingleComponentEffect::parameterChanged(Parameter* parameter)
     case corvane::kTargetNotes: {
         const int32 mode = id == corvane::kLearnScale ? 1 : 2;
         if (press) {
+            if (auto* key = baseParameter(corvane::kKey)) prepareMidiNoteEntry(int(key->toPlain(key->getNormalized())));
             // The two modes exclude each other.
             const ParamID other = mode == 1 ? corvane::kTargetNotes : corvane::kLearnScale;
             if (midiScaleMode != 0 && midiScaleMode != mode) putParameter(other, 0.0);
@@ -185,10 +189,42 @@ void Corvane_SingleComponentEffect::parameterChanged(Parameter* parameter)
         useFormants = press;
         showThroatLength();
         break;
-    case corvane::kNudgeUp:
-    case corvane::kNudgeDown:
     case corvane::kScaleUp:
     case corvane::kScaleDown:
+        // Held arrows repeat from the timer; the repeat re-enters here.
+        if (!press || viewRegistry.scalesList == nullptr) {
+            stopAutoRepeat();
+        } else if (getRepeatingTag() != int32(id)) {
+            stepScalesList(id);
+            startAutoRepeat(int32(id), 10, 2);
+        }
+        break;
+    case corvane::kSetMajor:
+    case corvane::kSetMinor:
+    case corvane::kSetAll:
+    case corvane::kBypassAll:
+    case corvane::kRemoveAll: {
+        Corvane_ScalesListView* list = viewRegistry.scalesList;
+        if (!press || list == nullptr) break;
+        switch (id) {
+        case corvane::kSetMajor: list->setMajor(); break;
+        case corvane::kSetMinor: list->setMinor(); break;
+        case corvane::kSetAll: list->setAll(); break;
+        case corvane::kBypassAll: list->bypassAll(); break;
+        default: list->removeAll(); break;
+        }
+        list->invalid();
+        pushScaleEdits();
+        break;
+    }
+    case corvane::kKeyboardEdits:
+        if (viewRegistry.keyboard) viewRegistry.keyboard->setKeyboardEdits(press);
+        break;
+    case corvane::kKeyboardMode:
+        if (viewRegistry.keyboard) viewRegistry.keyboard->setKeyboardMode(press);
+        break;
+    case corvane::kNudgeUp:
+    case corvane::kNudgeDown:
     case corvane::kGraphScrollUp:
     case corvane::kGraphScrollDown:
     case corvane::kGraphScrollLeft:
@@ -221,7 +257,7 @@ void Corvane_SingleComponentEffect::updateNoteTable()
     // Built without allocating, so that a change arriving with the audio
     // (automation, MIDI notes) can be taken in between two blocks.
     const double rate = processSetup.sampleRate > 0.0 ? processSetup.sampleRate : 44100.0;
-    noteTable.build(scaleState, rate);
+    noteTable.build(scaleState, rate, heldKeyboardNote);
     noteTable.apply(dspObject);
 }
 
@@ -249,8 +285,12 @@ void Corvane_SingleComponentEffect::processEvents(IEventList* events)
         changed |= midiNoteToScale(pitch, velocity);
     }
     // Scale and key are unchanged: only the marks moved, so the table is
-    // rebuilt without touching any parameter object on the audio thread.
-    if (changed) updateNoteTable();
+    // rebuilt without touching any parameter object on the audio thread;
+    // the panel's timer redraws the marks.
+    if (changed) {
+        updateNoteTable();
+        scaleMarksPending.store(true, std::memory_order_relaxed);
+    }
 }
 
 bool Corvane_SingleComponentEffect::midiNoteToScale(int pitch, int velocity)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 
 #include "Common_VST3/VST3_SingleComponentEffect.h"
@@ -7,13 +8,15 @@
 #include "dsp/DT_DSPObject.h"
 #include "dsp/Scale_State.h"
 #include "dsp/note_tables.h"
+#include "panel/Corvane_PanelOwner.h"
 #include "panel/Corvane_ViewRegistry.h"
 
 // The vocal pitch-correction effect: the one class the factory creates. It
 // owns the correction engine by value and drives it from the host's blocks.
 class Corvane_SingleComponentEffect : public VST3_SingleComponentEffect,
                                       public VSTGUI::IKeyboardHook,
-                                      public VST3_EditorOwner {
+                                      public VST3_EditorOwner,
+                                      public Corvane_PanelOwner {
 public:
     Corvane_SingleComponentEffect();
     ~Corvane_SingleComponentEffect() override;
@@ -83,8 +86,21 @@ public:
     void editorResized(Steinberg::int32 width, Steinberg::int32 height) override;
     Steinberg::int32 getWindowWidth() const { return windowWidth; }
     Steinberg::int32 getWindowHeight() const { return windowHeight; }
-    // One tick of the panel: repeats, flashing buttons, pitch displays.
+    // One tick of the panel: repeats, flashing buttons, pitch displays, the
+    // keyboard's current note and the pitch-change meter.
     void onTimer() override;
+    // One repeat of a held scale arrow; other held buttons stop repeating
+    // while their views are absent.
+    void autoRepeat(Steinberg::int32 tag) override;
+
+    //--- What the Auto-mode views ask of the effect; interface thread.
+    Corvane_KeyboardView* panelKeyboard() override { return viewRegistry.keyboard; }
+    void scaleMarksEdited() override;
+    void keyboardNoteHeld(int note) override;
+    int getHeldKeyboardNote() const { return heldKeyboardNote; }
+    // The note the keyboard shows as current (MIDI note from a pitch in
+    // cents, 0 being the C below A 440, with the detune taken off).
+    static int currentNoteOf(double cents, int detune);
 
     // The detected (0), output (1) and object (2) pitch displays: a pitch in
     // cents (0 is the C below A 440) as the nearest note of the scale and
@@ -177,6 +193,19 @@ protected:
     void showDetuneHertz();
     // Tells views and host that the names of the keys changed spelling.
     void keySpellingChanged();
+    // The scales list and the keyboard show the scale object as it stands.
+    void showScaleMarks();
+    // The marks changed by the panel reach the views and the engine.
+    void pushScaleEdits();
+    // One step of the scales list (the scale arrows); re-sends scale and key
+    // when it moved.
+    void stepScalesList(Steinberg::Vst::ParamID id);
+    // Readies the Chromatic scale's marks for MIDI note entry in the key:
+    // every note removed, so that the notes played make the scale.
+    void prepareMidiNoteEntry(int key);
+    // The keyboard and the meter as the engine's last status gives them.
+    void showCurrentNote(double outputCents, bool voiced);
+    void showPitchChange(double cents);
     // The undo depth the effect keeps, 1 to 20; values below 1 are ignored.
     void setMaxUndos(Steinberg::int32 count);
 
@@ -220,4 +249,10 @@ protected:
     Steinberg::int32 keyBindings[10] = {};
     Steinberg::int32 objectKnobEdit = -1;
     Steinberg::int32 keySpelling = -1;
+    // The keyboard key held in momentary mode (MIDI note), or -1. Written by
+    // the interface thread, read when the note table is built.
+    int heldKeyboardNote = -1;
+    // Set by the audio thread when MIDI notes changed the marks; the timer
+    // redraws the scale's views.
+    std::atomic<bool> scaleMarksPending{false};
 };

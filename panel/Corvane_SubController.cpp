@@ -8,6 +8,8 @@
 #include "Common_VST3/VSTGUI4_ViewWithMinimumSize.h"
 #include "effect/Corvane_SingleComponentEffect.h"
 #include "graph/Corvane_GraphContainerView.h"
+#include "panel/Corvane_KeyboardView.h"
+#include "panel/Corvane_ScalesListView.h"
 #include "vstgui/lib/controls/cparamdisplay.h"
 #include "vstgui/lib/controls/coptionmenu.h"
 #include "vstgui/lib/controls/cswitch.h"
@@ -18,39 +20,69 @@ using namespace VSTGUI;
 
 namespace {
 
+// What a row's extra work may need beside the view.
+struct Binding {
+    Corvane_SingleComponentEffect& owner;
+    const UIAttributes& attributes;
+    const IUIDescription* description;
+};
+
 // Files a view of the required class in its field, after the row's extra
 // work; false, and the field as it was, for another class.
-using Binder = bool (*)(CView* view, Corvane_ViewRegistry& registry);
+using Binder = bool (*)(CView* view, const Binding& binding);
 
 template <class T, T* Corvane_ViewRegistry::*field>
-bool bindAs(CView* view, Corvane_ViewRegistry& registry)
+bool bindAs(CView* view, const Binding& binding)
 {
     auto* typed = dynamic_cast<T*>(view);
     if (typed == nullptr) return false;
-    registry.*field = typed;
+    binding.owner.getViewRegistry().*field = typed;
+    return true;
+}
+
+// The views of the scale take their pictures and the scale object.
+bool bindScalesList(CView* view, const Binding& binding)
+{
+    auto* list = dynamic_cast<Corvane_ScalesListView*>(view);
+    if (list == nullptr) return false;
+    list->readAttributes(binding.attributes, binding.description);
+    list->setOwner(&binding.owner, &binding.owner.getScaleState());
+    list->setDirty(true);
+    binding.owner.getViewRegistry().scalesList = list;
+    return true;
+}
+
+bool bindKeyboard(CView* view, const Binding& binding)
+{
+    auto* keyboard = dynamic_cast<Corvane_KeyboardView*>(view);
+    if (keyboard == nullptr) return false;
+    keyboard->readAttributes(binding.attributes, binding.description);
+    keyboard->setOwner(&binding.owner, &binding.owner.getScaleState());
+    keyboard->setMouseEnabled(true);
+    binding.owner.getViewRegistry().keyboard = keyboard;
     return true;
 }
 
 // Buttons whose picture depends on a state outside the control draw afresh.
 template <VSTGUI4_PushButton* Corvane_ViewRegistry::*field>
-bool bindDirtyButton(CView* view, Corvane_ViewRegistry& registry)
+bool bindDirtyButton(CView* view, const Binding& binding)
 {
     auto* button = dynamic_cast<VSTGUI4_PushButton*>(view);
     if (button == nullptr) return false;
     button->setDirty(true);
-    registry.*field = button;
+    binding.owner.getViewRegistry().*field = button;
     return true;
 }
 
 // The knobs that edit a selection of graph objects take no wheel, so that
 // scrolling over the panel never changes objects by accident.
 template <VSTGUI4_DoubleClickKnob* Corvane_ViewRegistry::*field>
-bool bindObjectKnob(CView* view, Corvane_ViewRegistry& registry)
+bool bindObjectKnob(CView* view, const Binding& binding)
 {
     auto* knob = dynamic_cast<VSTGUI4_DoubleClickKnob*>(view);
     if (knob == nullptr) return false;
     knob->setMouseWheelEnabled(false);
-    registry.*field = knob;
+    binding.owner.getViewRegistry().*field = knob;
     return true;
 }
 
@@ -71,7 +103,7 @@ const RegistryRow registryRows[] = {
     {"TransposeKnob", bindAs<VSTGUI4_DoubleClickKnob, &R::transposeKnob>},
     {"ThroatLengthKnob", bindAs<VSTGUI4_DoubleClickKnob, &R::throatLengthKnob>},
     {"AutoModePage", bindAs<CViewContainer, &R::autoModePage>},
-    {"ScalesList", nullptr},
+    {"ScalesList", bindScalesList},
     {"ScalesUpButton", bindDirtyButton<&R::scalesUpButton>},
     {"ScalesDownButton", bindDirtyButton<&R::scalesDownButton>},
     {"SetMajorButton", bindAs<VSTGUI4_PushButton, &R::setMajorButton>},
@@ -79,7 +111,7 @@ const RegistryRow registryRows[] = {
     {"SetAllButton", bindAs<VSTGUI4_PushButton, &R::setAllButton>},
     {"BypassAllButton", bindAs<VSTGUI4_PushButton, &R::bypassAllButton>},
     {"RemoveAllButton", bindAs<VSTGUI4_PushButton, &R::removeAllButton>},
-    {"Keyboard", nullptr},
+    {"Keyboard", bindKeyboard},
     {"GraphModePage", bindAs<Corvane_GraphContainerView, &R::graphModePage>},
     {"ClearAllButton", bindAs<VSTGUI4_PushButton, &R::clearAllButton>},
     {"UndoButton", bindAs<VSTGUI4_PushButton, &R::undoButton>},
@@ -151,7 +183,7 @@ CView* Corvane_SubController::verifyView(CView* view, const UIAttributes& attrib
     if (name == nullptr || owner == nullptr) return view;
     for (const RegistryRow& row : registryRows) {
         if (std::strcmp(row.name, name) != 0) continue;
-        if (row.bind) row.bind(view, owner->getViewRegistry());
+        if (row.bind) row.bind(view, Binding{*owner, attributes, description});
         break;
     }
     return view;

@@ -340,38 +340,40 @@ TEST(CorvaneEffect, MidiNotesTeachTheScaleOrPickTheTargets)
     notes({{69, 0.0f}});
     EXPECT_FALSE(scale.isKeyRemoved(69 - 19, chromatic));
 
-    // Target notes, as played: a note-off removes that one key, and the
-    // engine's table loses it at once.
+    // Target notes, as played: the mode starts from no note; a note-on
+    // enables its one key, a note-off removes it, and the engine's table
+    // follows at once.
     press(corvane::kTargetNotes, 1.0);
-    notes({{69, 0.0f}});
-    EXPECT_TRUE(scale.isKeyRemoved(69 - 19, chromatic));
-    EXPECT_FALSE(scale.isKeyRemoved(57 - 19, chromatic));
-    EXPECT_EQ(e.engine->get_target_count(), all - 1);
-    // A note-on brings it back; one whose velocity truncates to 0 is a
-    // note-off; pitches 18 and 97 are ignored, 19 and 96 taken.
+    EXPECT_EQ(e.engine->get_target_count(), 0);
     notes({{69, 0.5f}});
     EXPECT_FALSE(scale.isKeyRemoved(69 - 19, chromatic));
+    EXPECT_TRUE(scale.isKeyRemoved(57 - 19, chromatic));
+    EXPECT_EQ(e.engine->get_target_count(), 1);
+    // One whose velocity truncates to 0 is a note-off; pitches 18 and 97 are
+    // ignored, 19 and 96 taken.
     notes({{69, 0.5f / 127.0f}});
     EXPECT_TRUE(scale.isKeyRemoved(69 - 19, chromatic));
-    notes({{18, 0.0f}, {97, 0.0f}, {19, 0.0f}, {96, 0.0f}});
-    EXPECT_TRUE(scale.isKeyRemoved(0, chromatic));
-    EXPECT_TRUE(scale.isKeyRemoved(77, chromatic));
-    EXPECT_EQ(e.engine->get_target_count(), all - 3);
-    notes({{69, 1.0f}, {19, 1.0f}, {96, 1.0f}});
+    notes({{18, 1.0f}, {97, 1.0f}, {19, 1.0f}, {96, 1.0f}});
+    EXPECT_FALSE(scale.isKeyRemoved(0, chromatic));
+    EXPECT_FALSE(scale.isKeyRemoved(77, chromatic));
+    EXPECT_EQ(e.engine->get_target_count(), 2);
+    notes({{19, 0.0f}, {96, 0.0f}});
 
     // All octaves: the pitch class's row and every key of it.
     e.block(corvane::kMIDIOctaves, {{0, 1.0}});
-    notes({{45, 0.0f}});
-    EXPECT_TRUE(scale.isRowRemoved(9, chromatic));
-    for (int note = 21; note <= 96; note += 12) EXPECT_TRUE(scale.isKeyRemoved(note - 19, chromatic)) << note;
-    EXPECT_EQ(e.engine->get_target_count(), all - 7);
+    notes({{45, 1.0f}});
+    EXPECT_FALSE(scale.isRowRemoved(9, chromatic));
+    for (int note = 21; note <= 96; note += 12) EXPECT_FALSE(scale.isKeyRemoved(note - 19, chromatic)) << note;
+    EXPECT_EQ(e.engine->get_target_count(), 7);
 
-    // Learning ignores releases; a note-on enables.
+    // Learning starts from no note again, ignores releases and enables what
+    // is played.
     press(corvane::kLearnScale, 1.0);
     EXPECT_EQ(e.effect->getMidiScaleMode(), 1);
-    notes({{46, 0.0f}});
+    EXPECT_EQ(e.engine->get_target_count(), 0);
+    notes({{46, 1.0f}, {46, 0.0f}});
     EXPECT_FALSE(scale.isRowRemoved(10, chromatic));
     notes({{57, 0.9f}});
     EXPECT_FALSE(scale.isRowRemoved(9, chromatic));
-    EXPECT_EQ(e.engine->get_target_count(), all);
+    EXPECT_EQ(e.engine->get_target_count(), 14);
 }

@@ -12,16 +12,21 @@
 #include <cmath>
 #include <cstdlib>
 #include <functional>
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
 
+#include "panel/Corvane_KeyboardGeometry.h"
+#include "panel/Corvane_ScalesListLayout.h"
 #include "pluginterfaces/gui/iplugview.h"
 #include "pluginterfaces/vst/ivsteditcontroller.h"
 #include "support/editor_host.h"
 #include "support/host_run_loop.h"
 #include "support/picture.h"
+#include "support/pitch_estimate.h"
 #include "support/recording_handler.h"
+#include "support/signals.h"
 #include "support/ui_layout.h"
 #include "support/virtual_display.h"
 
@@ -575,4 +580,148 @@ TEST_F(EditorModuleX11, ASecondInstanceOpensBesideTheFirst)
     second.close();
     EXPECT_EQ(hostLoop().handlerCount(), handlersBefore);
     EXPECT_EQ(hostLoop().timerCount(), timersBefore);
+}
+
+namespace {
+
+// The view of the panel with that view-name.
+const UiView* viewNamed(const std::string& name)
+{
+    for (const auto& v : layout().views()) {
+        if (v.name == name) return &v;
+    }
+    return nullptr;
+}
+
+// The picture of a view that shows the state of its parts: the colour at a
+// point of the panel taken from the picture of that file placed on the view.
+uint32_t pictureAt(const std::string& file, const UiView& view, int x, int y)
+{
+    static std::map<std::string, Picture> cache;
+    auto it = cache.find(file);
+    if (it == cache.end()) it = cache.emplace(file, test_panel::readPNG(test_host::resourcePath(file))).first;
+    return it->second.at(x - view.rect.x, y - view.rect.y);
+}
+
+// A point well inside a key: the middle of its lower part for a white
+// key, of its one rectangle for a black one.
+std::pair<int, int> keyPoint(const UiView& keyboard, const Corvane_KeyShape& key)
+{
+    const Corvane_KeyRect& r = key.black ? key.upper : key.lower;
+    return {keyboard.rect.x + int((r.left + r.right) / 2), keyboard.rect.y + int((r.top + r.bottom) / 2)};
+}
+
+double noteHz(double midi) { return 440.0 * std::pow(2.0, (midi - 69.0) / 12.0); }
+
+} // namespace
+
+TEST_F(EditorModuleX11, SetMinorScaleChangesTheMarksTheKeyboardAndTheEnginesNotes)
+{
+    EmbeddedEditor host;
+    ASSERT_TRUE(host.plugin.ok()) << host.plugin.error;
+    hostlib::Instance& effect = *host.plugin.instance;
+    ASSERT_TRUE(effect.set_channels(1, 1) && effect.setup(48000.0, 512) && effect.activate(true));
+    ASSERT_TRUE(effect.set_plain(host.plugin.idOf("Retune Speed"), 0.0));
+    // E4 + 30 cents: kept as E on the Chromatic scale; in C minor E is
+    // removed, and F, 70 cents away, is nearer than E flat.
+    const auto voice = test_signals::sine(size_t(0.6 * 48000.0), noteHz(64.3), 48000.0, 0.4);
+    auto sungAs = [&] {
+        std::vector<std::vector<float>> out;
+        EXPECT_EQ(effect.process_all({voice}, out, 512), kResultOk);
+        const double hz = test_pitch::estimate_hz(out[0], size_t(0.45 * 48000.0), 1440, 48000.0);
+        return 69.0 + 12.0 * std::log2(hz / 440.0);
+    };
+    EXPECT_NEAR(sungAs(), 64.0, 0.05);
+
+    const UiView* keyboard = viewNamed("Keyboard");
+    const UiView* list = viewNamed("ScalesList");
+    const UiView* minor = controlOf(host.plugin.idOf("Set Minor Scale"), "VSTGUI4_PushButton");
+    ASSERT_TRUE(keyboard && list && minor);
+    ASSERT_TRUE(host.attach(display, 0, 0));
+    pump(100);
+    moveTo(minor->rect.centreX(), minor->rect.centreY());
+    button(true);
+    button(false);
+    ASSERT_TRUE(waitForEdits(host.handler, 4));
+    moveTo(1990, 1390);
+    pump(100);
+
+    // The engine: E is gone from the notes, so the voice goes to F.
+    EXPECT_NEAR(sungAs(), 65.0, 0.05);
+
+    // The panel, drawn offscreen: C minor removes D flat, E, G flat, A and B
+    // on every key of the keyboard and in the rows of the list (row =
+    // semitones above C). The key of the note being sung may show as current.
+    const std::string path = folder + "/minor.png";
+    ASSERT_EQ(host.plugin.snapshot(path), kResultOk);
+    const Picture panel = test_panel::readPNG(path);
+    ASSERT_FALSE(panel.empty());
+    auto removedInMinor = [](int pc) { return pc == 1 || pc == 4 || pc == 6 || pc == 9 || pc == 11; };
+    Corvane_KeyShape keys[corvane_keyboard_keys];
+    Corvane_KeyboardLayout(keyboard->rect.width, keyboard->rect.height, keys);
+    int removedKeys = 0;
+    for (int k = 0; k < corvane_keyboard_keys; ++k) {
+        const auto [x, y] = keyPoint(*keyboard, keys[k]);
+        if (panel.at(x, y) == pictureAt("keyboard_highlighted.png", *keyboard, x, y)) continue;
+        const bool removed = removedInMinor((corvane_keyboard_lowest_note + k) % 12);
+        const char* expected = removed ? "keyboard_removed.png" : "keyboard.png";
+        EXPECT_EQ(panel.at(x, y), pictureAt(expected, *keyboard, x, y)) << "key " << k;
+        removedKeys += removed;
+    }
+    EXPECT_GE(removedKeys, 30) << "five notes in six and a half octaves";
+    for (int row = 0; row < 12; ++row) {
+        const Corvane_ListRect box = Corvane_ListCell(row, Corvane_ListColumn::remove);
+        const int x = list->rect.x + int((box.left + box.right) / 2);
+        const int y = list->rect.y + int((box.top + box.bottom) / 2);
+        const char* expected = removedInMinor(row) ? "scales_list_removed.png" : "scales_list.png";
+        EXPECT_EQ(panel.at(x, y), pictureAt(expected, *list, x, y)) << "row " << row;
+    }
+}
+
+TEST_F(EditorModuleX11, MidiModeButtonsExcludeEachOtherAndLiveOnlyOnTheChromaticScale)
+{
+    EmbeddedEditor host;
+    ASSERT_TRUE(host.plugin.ok()) << host.plugin.error;
+    hostlib::Instance& effect = *host.plugin.instance;
+    const ParamID learn = host.plugin.idOf("Learn Scale from MIDI");
+    const ParamID target = host.plugin.idOf("Target Notes via MIDI");
+    const UiView* learnButton = controlOf(learn, "COnOffButton");
+    const UiView* targetButton = controlOf(target, "COnOffButton");
+    ASSERT_TRUE(learnButton && targetButton);
+    ASSERT_TRUE(host.attach(display, 0, 0));
+    pump(100);
+
+    // An on/off button shows the top half of its picture when off, where
+    // the picture is opaque.
+    auto showsOff = [&](const UiView& button) {
+        const Picture strip = test_panel::readPNG(test_host::resourcePath(button.bitmap));
+        const Picture screen = grab(host.frame.window, button.rect);
+        if (screen.empty()) return false;
+        for (int y = 0; y < screen.height; ++y) {
+            for (int x = 0; x < screen.width; ++x) {
+                if (strip.alpha(x, y) == 255 && screen.at(x, y) != strip.at(x, y)) return false;
+            }
+        }
+        return true;
+    };
+    auto click = [&](const UiView& button) {
+        host.handler.clear();
+        moveTo(button.rect.centreX(), button.rect.centreY());
+        this->button(true);
+        this->button(false);
+        EXPECT_TRUE(waitForEdits(host.handler, 3));
+    };
+    click(*learnButton);
+    EXPECT_EQ(effect.normalized(learn), 1.0);
+    click(*targetButton);
+    EXPECT_EQ(effect.normalized(target), 1.0);
+    EXPECT_EQ(effect.normalized(learn), 0.0) << "only Target Notes stays on";
+    EXPECT_TRUE(pumpUntil([&] { return showsOff(*learnButton); }));
+    EXPECT_FALSE(showsOff(*targetButton));
+
+    // The host sets another scale: the mode and its button go off.
+    ASSERT_TRUE(effect.set_text(host.plugin.idOf("Scale"), "Major"));
+    EXPECT_TRUE(pumpUntil([&] { return showsOff(*targetButton); }));
+    EXPECT_EQ(effect.normalized(target), 0.0);
+    moveTo(1990, 1390);
 }

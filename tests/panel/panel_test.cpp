@@ -12,9 +12,13 @@
 #include <vector>
 
 #include "Common_VST3/VSTGUI4_DoubleClickKnob.h"
+#include "Common_VST3/VSTGUI4_PushButton.h"
 #include "dsp/scale_tables.h"
 #include "effect/Corvane_Parameters.h"
 #include "graph/Corvane_GraphContainerView.h"
+#include "hostlib/Host_Interfaces.h"
+#include "panel/Corvane_KeyboardView.h"
+#include "panel/Corvane_ScalesListView.h"
 #include "panel/Corvane_SubController.h"
 #include "vstgui/editor_support.h"
 #include "vstgui/lib/controls/cbuttons.h"
@@ -71,11 +75,16 @@ struct Panel {
     vstgui_test::RecordingHandler handler;
     VSTGUI::VST3Editor* editor = nullptr;
 
+    // Without a description, the real panel from the built bundle.
     explicit Panel(const char* description = panelDescription)
     {
-        const std::string dir = vstgui_test::scratchDir();
-        vstgui_test::writeText(dir + "/Corvane_Editor.uidesc", description);
-        VSTGUI::setResourceDirectory(dir.c_str());
+        if (description == nullptr) {
+            VSTGUI::setResourceDirectory(CORVANE_BUNDLE_PATH "/Contents/Resources");
+        } else {
+            const std::string dir = vstgui_test::scratchDir();
+            vstgui_test::writeText(dir + "/Corvane_Editor.uidesc", description);
+            VSTGUI::setResourceDirectory(dir.c_str());
+        }
         effect->initialize(nullptr);
         effect->setComponentHandler(&handler);
     }
@@ -122,6 +131,32 @@ struct Panel {
         control->endEdit();
     }
 };
+
+// Blocks of 512 samples of a tone (silence for 0 Hz) through the effect,
+// stereo at 48 kHz.
+void sing(Corvane_SingleComponentEffect* effect, double hz, int blocks)
+{
+    static double phase = 0.0;
+    std::vector<float> in(512), out(512), out2(512);
+    for (int block = 0; block < blocks; ++block) {
+        for (float& s : in) {
+            s = hz > 0.0 ? float(0.5 * std::sin(phase)) : 0.0f;
+            phase += 2.0 * M_PI * hz / 48000.0;
+        }
+        float* ins[2] = {in.data(), in.data()};
+        float* outs[2] = {out.data(), out2.data()};
+        Vst::AudioBusBuffers inBus{}, outBus{};
+        inBus.numChannels = outBus.numChannels = 2;
+        inBus.channelBuffers32 = ins;
+        outBus.channelBuffers32 = outs;
+        Vst::ProcessData data;
+        data.numSamples = 512;
+        data.numInputs = data.numOutputs = 1;
+        data.inputs = &inBus;
+        data.outputs = &outBus;
+        effect->process(data);
+    }
+}
 
 } // namespace
 
@@ -362,27 +397,7 @@ TEST(Panel, TheTimerShowsTheDetectedAndTheCorrectedPitch)
     panel.effect->setActive(true);
     // Retune speed 0 pulls a voice 30 cents above A2 onto A2 at once.
     panel.effect->setParamNormalized(corvane::kRetuneSpeed, 0.0);
-    const double hz = 220.0 * std::pow(2.0, 30.0 / 1200.0);
-    std::vector<float> in(512), out(512), out2(512);
-    double phase = 0.0;
-    for (int block = 0; block < 60; ++block) {
-        for (float& s : in) {
-            s = float(0.5 * std::sin(phase));
-            phase += 2.0 * M_PI * hz / 48000.0;
-        }
-        float* ins[2] = {in.data(), in.data()};
-        float* outs[2] = {out.data(), out2.data()};
-        Vst::AudioBusBuffers inBus{}, outBus{};
-        inBus.numChannels = outBus.numChannels = 2;
-        inBus.channelBuffers32 = ins;
-        outBus.channelBuffers32 = outs;
-        Vst::ProcessData data;
-        data.numSamples = 512;
-        data.numInputs = data.numOutputs = 1;
-        data.inputs = &inBus;
-        data.outputs = &outBus;
-        panel.effect->process(data);
-    }
+    sing(panel.effect, 220.0 * std::pow(2.0, 30.0 / 1200.0), 60);
     for (int tick = 0; tick < 8; ++tick) panel.effect->onTimer();
     EXPECT_STREQ(output->getText(), "A2 0");
     panel.effect->setActive(false);
@@ -521,4 +536,192 @@ TEST(Panel, AModeSetWhileThePanelWasClosedIsTakenWhenItOpens)
     EXPECT_TRUE(panel.effect->isGraphMode());
     EXPECT_TRUE(panel.registry().graphModePage->isVisible());
     EXPECT_FALSE(panel.registry().autoModePage->isVisible());
+}
+
+//--- The Auto-mode page of the real panel.
+
+namespace {
+
+// The key states the keyboard shows, by key index.
+std::vector<uint32_t> keyStates(Corvane_KeyboardView* keyboard)
+{
+    std::vector<uint32_t> states;
+    for (int note = 19; note <= 96; ++note) states.push_back(keyboard->keyForNote(note)->keyState);
+    return states;
+}
+
+// Key states of the Chromatic scale in C with the pitch classes (C = 0) that
+// the predicate picks in `marked` and the rest in `other`.
+template <class Pick>
+std::vector<uint32_t> statesByPitchClass(Pick marked, uint32_t markedState, uint32_t other)
+{
+    std::vector<uint32_t> states;
+    for (int note = 19; note <= 96; ++note) states.push_back(marked(note % 12) ? markedState : other);
+    return states;
+}
+
+int64_t engineNotes(Corvane_SingleComponentEffect* effect)
+{
+    return Corvane_SingleComponentEffect::engineOf(effect)->get_target_count();
+}
+
+} // namespace
+
+TEST(AutoPage, ScaleButtonsMarkTheListAndTheKeyboardAndReachTheEngine)
+{
+    Panel panel(nullptr);
+    ASSERT_TRUE(panel.open());
+    Corvane_ViewRegistry& r = panel.registry();
+    ASSERT_TRUE(r.scalesList && r.keyboard && r.setMinorButton && r.setMajorButton);
+    auto press = [&](VSTGUI::CControl* button) {
+        panel.gesture(button, 1.0f);
+        panel.gesture(button, 0.0f);
+    };
+    auto none = [](int) { return false; };
+    EXPECT_EQ(keyStates(r.keyboard), statesByPitchClass(none, 0, 0));
+    EXPECT_EQ(engineNotes(panel.effect), 78);
+
+    // C minor removes D flat, E, G flat, A and B: rows, keys of every
+    // octave, engine notes.
+    press(r.setMinorButton);
+    auto notMinor = [](int pc) { return pc == 1 || pc == 4 || pc == 6 || pc == 9 || pc == 11; };
+    EXPECT_EQ(keyStates(r.keyboard), statesByPitchClass(notMinor, 2, 0));
+    Scale_State& scale = panel.effect->getScaleState();
+    int64_t kept = 0;
+    for (int note = 19; note <= 96; ++note) kept += !notMinor(note % 12);
+    for (int row = 0; row < 12; ++row) EXPECT_EQ(scale.isRowRemoved(row, 2), notMinor(row)) << row;
+    EXPECT_EQ(engineNotes(panel.effect), kept);
+
+    const struct {
+        VSTGUI::CControl* button;
+        uint32_t state;
+        int64_t notes;
+    } steps[] = {{r.bypassAllButton, 1, 78}, {r.removeAllButton, 2, 0}, {r.setAllButton, 0, 78}};
+    for (const auto& step : steps) {
+        press(step.button);
+        EXPECT_EQ(keyStates(r.keyboard), statesByPitchClass(none, 0, step.state)) << step.state;
+        EXPECT_EQ(engineNotes(panel.effect), step.notes) << step.state;
+    }
+
+    // A press with the panel closed finds no list and changes nothing.
+    panel.close();
+    auto* major = panel.effect->getParameterObject(corvane::kSetMajor);
+    major->setNormalized(1.0);
+    panel.effect->parameterChanged(major);
+    EXPECT_EQ(engineNotes(panel.effect), 78);
+}
+
+TEST(AutoPage, ScaleArrowsStepTheListAndRepeatWhileHeld)
+{
+    Panel panel(nullptr);
+    ASSERT_TRUE(panel.open());
+    Corvane_ScalesListView* list = panel.registry().scalesList;
+    ASSERT_NE(list, nullptr);
+    // 19 Tone: 19 rows, twelve shown, so the first row shown goes 0..7.
+    panel.effect->setParamNormalized(corvane::kScale, 20.0 / 28.0);
+    panel.effect->onTimer();
+    ASSERT_EQ(panel.effect->getScaleState().scale, 20);
+
+    panel.registry().scalesDownButton->setValue(1.0f);
+    panel.registry().scalesDownButton->valueChanged();
+    EXPECT_EQ(list->getFirstRow(), 1) << "a press steps at once";
+    for (int tick = 0; tick < 9; ++tick) panel.effect->onTimer();
+    EXPECT_EQ(list->getFirstRow(), 1) << "the repeat waits ten ticks";
+    for (int tick = 0; tick < 30; ++tick) panel.effect->onTimer();
+    EXPECT_EQ(list->getFirstRow(), 7) << "and stops at the end";
+    panel.registry().scalesDownButton->setValue(0.0f);
+    panel.registry().scalesDownButton->valueChanged();
+    EXPECT_EQ(panel.effect->getRepeatingTag(), -1);
+
+    panel.gesture(panel.registry().scalesUpButton, 1.0f);
+    panel.gesture(panel.registry().scalesUpButton, 0.0f);
+    EXPECT_EQ(list->getFirstRow(), 6);
+    EXPECT_EQ(panel.effect->getRepeatingTag(), -1);
+}
+
+TEST(AutoPage, TheKeyboardShowsTheSungNoteAndTheMeterTheCorrection)
+{
+    Panel panel(nullptr);
+    ASSERT_TRUE(panel.open());
+    Corvane_KeyboardView* keyboard = panel.registry().keyboard;
+    ASSERT_NE(keyboard, nullptr);
+    Vst::ProcessSetup setup{Vst::kRealtime, Vst::kSample32, 512, 48000.0};
+    ASSERT_EQ(panel.effect->setupProcessing(setup), kResultOk);
+    panel.effect->setActive(true);
+    panel.effect->setParamNormalized(corvane::kRetuneSpeed, 0.0);
+    auto* meter = panel.effect->getParameterObject(corvane::pitchChangeParameter);
+    ASSERT_NE(meter, nullptr);
+
+    // 30 cents above A3 (MIDI 57) is pulled down by 30 cents onto it.
+    sing(panel.effect, 220.0 * std::pow(2.0, 30.0 / 1200.0), 60);
+    for (int tick = 0; tick < 8; ++tick) panel.effect->onTimer();
+    EXPECT_EQ(keyboard->getCurrentNote(), 57);
+    EXPECT_NEAR(meter->toPlain(meter->getNormalized()), -30.0, 3.0);
+
+    // When the voice stops the note goes, unless "Hold Note Shown" keeps it.
+    for (const bool hold : {true, false}) {
+        sing(panel.effect, 220.0, 40);
+        for (int tick = 0; tick < 8; ++tick) panel.effect->onTimer();
+        panel.effect->setParamNormalized(corvane::kHoldNoteShown, hold ? 1.0 : 0.0);
+        sing(panel.effect, 0.0, 200);
+        for (int tick = 0; tick < 8; ++tick) panel.effect->onTimer();
+        EXPECT_EQ(keyboard->getCurrentNote(), hold ? 57 : Corvane_KeyboardView::noNote) << hold;
+        EXPECT_NEAR(meter->getNormalized(), 0.5, 1e-9) << hold;
+    }
+    panel.effect->setActive(false);
+}
+
+TEST(AutoPage, KeyboardSwitchesMidiNotesAndAHeldKeyReachTheKeyboardAndTheEngine)
+{
+    Panel panel(nullptr);
+    ASSERT_TRUE(panel.open());
+    Corvane_KeyboardView* keyboard = panel.registry().keyboard;
+    ASSERT_NE(keyboard, nullptr);
+    auto* edits = panel.named("KeyboardEditsSwitch");
+    auto* mode = panel.named("KeyboardModeSwitch");
+    ASSERT_TRUE(edits && mode);
+    panel.gesture(edits, 1.0f);
+    panel.gesture(mode, 1.0f);
+    EXPECT_TRUE(keyboard->getKeyboardEdits());
+    EXPECT_TRUE(keyboard->getKeyboardMode());
+
+    // A key held in play mode is the one note of the engine while held.
+    KeyboardKey* key = keyboard->keyForNote(60);
+    ASSERT_NE(key, nullptr);
+    VSTGUI::CPoint where;
+    for (double y = 0; y < keyboard->getViewSize().getHeight() && where.x == 0; ++y) {
+        for (double x = 0; x < keyboard->getViewSize().getWidth(); ++x) {
+            if (keyboard->keyAt(x, y) == key) {
+                where = VSTGUI::CPoint(x, y) + keyboard->getViewSize().getTopLeft();
+                break;
+            }
+        }
+    }
+    ASSERT_NE(where.x, 0);
+    keyboard->onMouseDown(where, VSTGUI::CButtonState(VSTGUI::kLButton));
+    EXPECT_EQ(panel.effect->getHeldKeyboardNote(), 60);
+    EXPECT_EQ(engineNotes(panel.effect), 1);
+    keyboard->onMouseUp(where, VSTGUI::CButtonState(VSTGUI::kLButton));
+    EXPECT_EQ(panel.effect->getHeldKeyboardNote(), -1);
+    EXPECT_EQ(engineNotes(panel.effect), 78);
+
+    // Target Notes starts from no note; MIDI notes on the audio side reach
+    // the keyboard at the next tick.
+    auto* target = panel.named("TargetNotesButton");
+    ASSERT_NE(target, nullptr);
+    panel.gesture(target, 1.0f);
+    auto all = [](int) { return true; };
+    EXPECT_EQ(keyStates(keyboard), statesByPitchClass(all, 2, 0));
+    EXPECT_EQ(engineNotes(panel.effect), 0);
+    hostlib::Event_List events;
+    Vst::Event on{};
+    on.type = Vst::Event::kNoteOnEvent;
+    on.noteOn.pitch = 64;
+    on.noteOn.velocity = 1.0f;
+    events.addEvent(on);
+    panel.effect->processEvents(&events);
+    EXPECT_EQ(engineNotes(panel.effect), 1);
+    panel.effect->onTimer();
+    EXPECT_EQ(keyboard->keyForNote(64)->keyState, 0u);
+    EXPECT_EQ(keyboard->keyForNote(65)->keyState, 2u);
 }

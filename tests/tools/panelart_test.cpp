@@ -6,6 +6,10 @@
 #include "Common_VST3/VSTGUI4_Controls.h"
 #include "effect/Corvane_Parameters.h"
 #include "graph/Corvane_GraphContainerView.h"
+#include "panel/Corvane_KeyboardView.h"
+#include "panel/Corvane_MeterView.h"
+#include "vstgui/lib/controls/cvumeter.h"
+#include "panel/Corvane_ScalesListView.h"
 #include "vstgui/lib/cbitmap.h"
 #include "vstgui/lib/controls/cknob.h"
 #include "vstgui/lib/controls/coptionmenu.h"
@@ -153,9 +157,11 @@ struct Recorder : IController {
 };
 
 // A control a user sets; displays and labels show a value but take none.
+// Controls a user moves; displays and meters only show their values.
 bool isInput(CView* view)
 {
-    return dynamic_cast<CControl*>(view) && (!dynamic_cast<CParamDisplay*>(view) || dynamic_cast<COptionMenu*>(view));
+    return dynamic_cast<CControl*>(view) && !dynamic_cast<CVuMeter*>(view) &&
+           (!dynamic_cast<CParamDisplay*>(view) || dynamic_cast<COptionMenu*>(view));
 }
 
 // Classes whose picture is two halves stacked, as high as the view each.
@@ -170,6 +176,9 @@ struct EditorDescription : ::testing::Test {
     {
         VSTGUI4_registerControls();
         Corvane_GraphContainerView_register();
+        Corvane_KeyboardView_register();
+        Corvane_ScalesListView_register();
+        Corvane_MeterView_register();
         setResourceDirectory(pictureFolder().c_str());
         description = owned(new UIDescription(CResourceDescription(CORVANE_EDITOR_DESCRIPTION)));
         if (description->parse()) root = owned(description->createView("Corvane_Editor", &recorder));
@@ -303,11 +312,17 @@ TEST_F(EditorDescription, EveryPictureNamedIsDrawnShownAndShapedForItsView)
     int strips = 0, twoHalves = 0;
     for (const Made& m : recorder.made) {
         SCOPED_TRACE(m.describe());
-        for (const char* key : {"bitmap", "flashBitmap"}) {
+        for (const char* key : {"bitmap", "flashBitmap", "highlighted-bitmap", "bypassed-bitmap", "removed-bitmap",
+                                "off-bitmap"}) {
             if (m[key].empty()) continue;
             CBitmap* bitmap = description->getBitmap(m[key].c_str());
             ASSERT_TRUE(bitmap && bitmap->isLoaded()) << key << "=\"" << m[key] << "\" names no drawn picture";
             shownFiles.insert(bitmap->getResourceDescription().u.name);
+            // The pictures of a view's states each cover the whole view.
+            if (std::string(key).find('-') != std::string::npos) {
+                EXPECT_EQ(bitmap->getWidth(), m.view->getWidth()) << key;
+                EXPECT_EQ(bitmap->getHeight(), m.view->getHeight()) << key;
+            }
         }
         if (m["bitmap"].empty()) continue;
         const CCoord height = m.view->getHeight();

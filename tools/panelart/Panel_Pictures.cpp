@@ -1,5 +1,7 @@
 #include "panelart/Panel_Pictures.h"
 
+#include "panelart/Keyboard_Pictures.h"
+#include "panelart/List_Pictures.h"
 #include "panelart/Panel_Painter.h"
 
 #include <cerrno>
@@ -117,7 +119,8 @@ const Plain thumbs[] = {
 const Switch switches[] = {
     {"switch_mode", 96, 22, "Auto|Graph"},
     {"switch_stereo", 76, 20, "Left|Right"},
-    {"switch_off_on", 104, 20, "Off|On"},
+    {"switch_keyboard_edits", 104, 20, "Remove|Bypass"},
+    {"switch_keyboard_mode", 104, 20, "Latch|Play"},
     {"switch_midi_octaves", 260, 22, "As Played|All"},
     {"switch_clock_source", 94, 22, "Internal|Host"},
     {"switch_tie", 110, 20, "Free|Tied"},
@@ -356,6 +359,8 @@ bool for_each_picture(const Visitor& visit)
             if (!emit(visit, flash ? t.flash_name : t.name, canvas)) return false;
         }
     }
+    if (!for_each_list_picture(visit)) return false;
+    if (!for_each_keyboard_picture(visit)) return false;
     return true;
 }
 
