@@ -91,6 +91,15 @@ TEST(SnapshotTool, WritesWhatTheEditorDrawsForTheSameSettings)
     for (size_t i = 1; i < written.size(); ++i)
         EXPECT_GT(test_panel::differingPixels(written[0], written[i], written[0].whole()), 0) << rows[i].name;
     EXPECT_GT(test_panel::differingPixels(written[2], written[3], written[0].whole()), 0);
+
+    // The README shows the two pages as the tool draws them today
+    // (`make snapshots` draws them anew).
+    for (const auto& [file, index] : {std::pair<const char*, int>{"panel-auto.png", 0}, {"panel-graph.png", 2}}) {
+        const Picture shown = test_panel::readPNG(std::string(CORVANE_DOCS_DIR) + "/" + file);
+        ASSERT_FALSE(shown.empty()) << file;
+        EXPECT_EQ(test_panel::differingPixels(shown, written[size_t(index)], shown.whole()), 0)
+            << file << " is out of date: run make snapshots";
+    }
 }
 
 TEST(SnapshotTool, DrawsAtTheSizeAsked)
