@@ -27,11 +27,6 @@ struct KeyboardLook {
     bool dot;
 };
 
-Colour mix(const Colour& a, const Colour& b, double t)
-{
-    return Colour{a.r + (b.r - a.r) * t, a.g + (b.g - a.g) * t, a.b + (b.b - a.b) * t, a.a + (b.a - a.a) * t};
-}
-
 constexpr Colour kWhite = rgb(0xffffff);
 constexpr Colour kBlack = rgb(0x000000);
 constexpr Colour kDot = rgb(0x8e1a20);
@@ -62,22 +57,6 @@ Box box_of(const Corvane_KeyRect& r)
     return Box{r.left, r.top, r.right - r.left, r.bottom - r.top};
 }
 
-void vertical_gradient(cairo_t* cr, double top, double bottom, const Colour& from, const Colour& to)
-{
-    cairo_pattern_t* p = cairo_pattern_create_linear(0, top, 0, bottom);
-    cairo_pattern_add_color_stop_rgba(p, 0, from.r, from.g, from.b, from.a);
-    cairo_pattern_add_color_stop_rgba(p, 1, to.r, to.g, to.b, to.a);
-    cairo_set_source(cr, p);
-    cairo_pattern_destroy(p);
-}
-
-void fill(cairo_t* cr, const Box& b, const Colour& c)
-{
-    set_colour(cr, c);
-    cairo_rectangle(cr, b.x, b.y, b.w, b.h);
-    cairo_fill(cr);
-}
-
 // Limits drawing to the key's own rectangles; whole pixels, so nothing
 // spills into the clearance.
 void clip_to(cairo_t* cr, const Corvane_KeyShape& key)
@@ -96,14 +75,14 @@ void clip_to(cairo_t* cr, const Corvane_KeyShape& key)
 void paint_white(cairo_t* cr, const Corvane_KeyShape& key, const KeyboardLook& look)
 {
     const Box front = box_of(key.lower);
-    vertical_gradient(cr, 0, front.y + front.h, look.whiteTop, look.whiteBottom);
+    vertical_gradient(cr, Box{0, 0, 0, front.y + front.h}, look.whiteTop, look.whiteBottom);
     cairo_paint(cr);
     if (look.finish == Finish::flat) return;
-    vertical_gradient(cr, 0, 7, rgb(0x000000, 0.28), rgb(0x000000, 0));
+    vertical_gradient(cr, Box{0, 0, 0, 7}, rgb(0x000000, 0.28), rgb(0x000000, 0));
     cairo_paint(cr);
-    fill(cr, Box{front.x, 0, 1, front.y + front.h}, rgb(0xffffff, 0.35));
-    fill(cr, Box{front.x, front.y + front.h - 3, front.w, 3}, mix(look.whiteBottom, kBlack, 0.14));
-    fill(cr, Box{front.x, front.y + front.h - 1, front.w, 1}, mix(look.whiteBottom, kBlack, 0.26));
+    fill_rectangle(cr, Box{front.x, 0, 1, front.y + front.h}, rgb(0xffffff, 0.35));
+    fill_rectangle(cr, Box{front.x, front.y + front.h - 3, front.w, 3}, mix(look.whiteBottom, kBlack, 0.14));
+    fill_rectangle(cr, Box{front.x, front.y + front.h - 1, front.w, 1}, mix(look.whiteBottom, kBlack, 0.26));
 }
 
 // A black key: a body with a sheen on its top face and a lighter bevel at
@@ -111,15 +90,15 @@ void paint_white(cairo_t* cr, const Corvane_KeyShape& key, const KeyboardLook& l
 void paint_black(cairo_t* cr, const Corvane_KeyShape& key, const KeyboardLook& look)
 {
     const Box b = box_of(key.upper);
-    vertical_gradient(cr, b.y, b.y + b.h, look.blackTop, look.blackBottom);
+    vertical_gradient(cr, Box{0, b.y, 0, b.h}, look.blackTop, look.blackBottom);
     cairo_paint(cr);
     if (look.finish == Finish::flat) return;
     const double bevel = 5;
-    vertical_gradient(cr, b.y, b.y + b.h - bevel, rgb(0xffffff, 0.03), rgb(0xffffff, 0.16));
+    vertical_gradient(cr, Box{0, b.y, 0, b.h - bevel}, rgb(0xffffff, 0.03), rgb(0xffffff, 0.16));
     cairo_rectangle(cr, b.x + 1, b.y, b.w - 2, b.h - bevel);
     cairo_fill(cr);
-    fill(cr, Box{b.x, b.y + b.h - bevel, b.w, bevel}, mix(look.blackTop, kWhite, 0.18));
-    fill(cr, Box{b.x, b.y + b.h - 1, b.w, 1}, mix(look.blackBottom, kBlack, 0.3));
+    fill_rectangle(cr, Box{b.x, b.y + b.h - bevel, b.w, bevel}, mix(look.blackTop, kWhite, 0.18));
+    fill_rectangle(cr, Box{b.x, b.y + b.h - 1, b.w, 1}, mix(look.blackBottom, kBlack, 0.3));
 }
 
 // The removed mark: a small dot centred near the key's front end.
@@ -136,7 +115,7 @@ void paint_keyboard(cairo_t* cr, const KeyboardLook& look)
 {
     Corvane_KeyShape keys[corvane_keyboard_keys];
     Corvane_KeyboardLayout(kWidth, kHeight, keys);
-    fill(cr, Box{0, 0, kWidth, kHeight}, kGap);
+    fill_rectangle(cr, Box{0, 0, kWidth, kHeight}, kGap);
     for (const Corvane_KeyShape& key : keys) {
         cairo_save(cr);
         clip_to(cr, key);
@@ -154,14 +133,9 @@ void paint_keyboard(cairo_t* cr, const KeyboardLook& look)
 bool for_each_keyboard_picture(const std::function<bool(const std::string&, cairo_surface_t*)>& visit)
 {
     for (const KeyboardLook& look : looks) {
-        cairo_surface_t* surface = cairo_image_surface_create(CAIRO_FORMAT_ARGB32, kWidth, kHeight);
-        cairo_t* cr = cairo_create(surface);
-        paint_keyboard(cr, look);
-        cairo_destroy(cr);
-        cairo_surface_flush(surface);
-        const bool going = visit(std::string(look.name) + ".png", surface);
-        cairo_surface_destroy(surface);
-        if (!going) return false;
+        Canvas canvas(kWidth, kHeight);
+        paint_keyboard(canvas.context(), look);
+        if (!visit(std::string(look.name) + ".png", canvas.picture())) return false;
     }
     return true;
 }

@@ -41,58 +41,11 @@ const char* const headings[] = {"Note", "Cents", "Bypass", "Remove"};
 const Corvane_ListColumn columns[] = {Corvane_ListColumn::name, Corvane_ListColumn::cents,
                                       Corvane_ListColumn::bypass, Corvane_ListColumn::remove};
 
-Colour mix(const Colour& a, const Colour& b, double t)
-{
-    return Colour{a.r + (b.r - a.r) * t, a.g + (b.g - a.g) * t, a.b + (b.b - a.b) * t, a.a + (b.a - a.a) * t};
-}
-
-void vertical_gradient(cairo_t* cr, const Box& b, const Colour& top, const Colour& bottom)
-{
-    cairo_pattern_t* p = cairo_pattern_create_linear(0, b.y, 0, b.y + b.h);
-    cairo_pattern_add_color_stop_rgba(p, 0, top.r, top.g, top.b, top.a);
-    cairo_pattern_add_color_stop_rgba(p, 1, bottom.r, bottom.g, bottom.b, bottom.a);
-    cairo_set_source(cr, p);
-    cairo_pattern_destroy(p);
-}
-
-void fill_rectangle(cairo_t* cr, const Box& b, const Colour& c)
-{
-    set_colour(cr, c);
-    cairo_rectangle(cr, b.x, b.y, b.w, b.h);
-    cairo_fill(cr);
-}
-
 Box box_of(const Corvane_ListRect& r)
 {
     return Box{r.left, r.top, r.right - r.left, r.bottom - r.top};
 }
 
-// An image surface and its context, released together.
-class Canvas {
-public:
-    Canvas(int width, int height)
-        : surface(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, width, height)), cr(cairo_create(surface))
-    {
-    }
-    ~Canvas()
-    {
-        cairo_destroy(cr);
-        cairo_surface_destroy(surface);
-    }
-    Canvas(const Canvas&) = delete;
-    Canvas& operator=(const Canvas&) = delete;
-
-    cairo_t* context() const { return cr; }
-    cairo_surface_t* picture() const
-    {
-        cairo_surface_flush(surface);
-        return surface;
-    }
-
-private:
-    cairo_surface_t* surface;
-    cairo_t* cr;
-};
 
 // A recessed field filling the box: dark, with a lighter rim.
 void paint_field(cairo_t* cr, const Box& b, const Colour& fill, const Colour& rim)

@@ -31,24 +31,12 @@ private:
     cairo_t* cr;
 };
 
-Colour mix(const Colour& a, const Colour& b, double t)
-{
-    return Colour{a.r + (b.r - a.r) * t, a.g + (b.g - a.g) * t, a.b + (b.b - a.b) * t, a.a + (b.a - a.a) * t};
-}
 
 Colour with_alpha(const Colour& c, double alpha)
 {
     return Colour{c.r, c.g, c.b, alpha};
 }
 
-void vertical_gradient(cairo_t* cr, const Box& b, const Colour& top, const Colour& bottom)
-{
-    cairo_pattern_t* p = cairo_pattern_create_linear(0, b.y, 0, b.y + b.h);
-    cairo_pattern_add_color_stop_rgba(p, 0, top.r, top.g, top.b, top.a);
-    cairo_pattern_add_color_stop_rgba(p, 1, bottom.r, bottom.g, bottom.b, bottom.a);
-    cairo_set_source(cr, p);
-    cairo_pattern_destroy(p);
-}
 
 Box inset(const Box& b, double d)
 {
@@ -125,6 +113,27 @@ void select_caption_font(cairo_t* cr, double size, bool bold)
 }
 
 } // namespace
+
+Colour mix(const Colour& a, const Colour& b, double t)
+{
+    return Colour{a.r + (b.r - a.r) * t, a.g + (b.g - a.g) * t, a.b + (b.b - a.b) * t, a.a + (b.a - a.a) * t};
+}
+
+void vertical_gradient(cairo_t* cr, const Box& b, const Colour& top, const Colour& bottom)
+{
+    cairo_pattern_t* p = cairo_pattern_create_linear(0, b.y, 0, b.y + b.h);
+    cairo_pattern_add_color_stop_rgba(p, 0, top.r, top.g, top.b, top.a);
+    cairo_pattern_add_color_stop_rgba(p, 1, bottom.r, bottom.g, bottom.b, bottom.a);
+    cairo_set_source(cr, p);
+    cairo_pattern_destroy(p);
+}
+
+void fill_rectangle(cairo_t* cr, const Box& b, const Colour& c)
+{
+    set_colour(cr, c);
+    cairo_rectangle(cr, b.x, b.y, b.w, b.h);
+    cairo_fill(cr);
+}
 
 void set_colour(cairo_t* cr, const Colour& c)
 {

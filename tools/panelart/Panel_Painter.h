@@ -75,7 +75,40 @@ enum class Direction { up, down, left, right };
 // The kinds of zoom a zoom button stands for.
 enum class ZoomKind { horizontal_out, horizontal_in, vertical_out, vertical_in };
 
+// An image surface and its context, released together.
+class Canvas {
+public:
+    Canvas(int width, int height)
+        : surface(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, width, height)), cr(cairo_create(surface))
+    {
+    }
+    ~Canvas()
+    {
+        cairo_destroy(cr);
+        cairo_surface_destroy(surface);
+    }
+    Canvas(const Canvas&) = delete;
+    Canvas& operator=(const Canvas&) = delete;
+
+    cairo_t* context() const { return cr; }
+    // The finished picture: all drawing flushed to the surface.
+    cairo_surface_t* picture() const
+    {
+        cairo_surface_flush(surface);
+        return surface;
+    }
+
+private:
+    cairo_surface_t* surface;
+    cairo_t* cr;
+};
+
+// The colour t of the way from a to b.
+Colour mix(const Colour& a, const Colour& b, double t);
 void set_colour(cairo_t* cr, const Colour& c);
+// Sets the source to a gradient from top to bottom across the box.
+void vertical_gradient(cairo_t* cr, const Box& b, const Colour& top, const Colour& bottom);
+void fill_rectangle(cairo_t* cr, const Box& b, const Colour& c);
 void rounded_rectangle(cairo_t* cr, const Box& b, double radius);
 
 // A panel background of the size of the context's target: a vertical

@@ -211,33 +211,6 @@ std::vector<std::string> split_captions(const char* captions)
     return parts;
 }
 
-// An image surface and its context, released together.
-class Canvas {
-public:
-    Canvas(int width, int height)
-        : surface(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, width, height)), cr(cairo_create(surface))
-    {
-    }
-    ~Canvas()
-    {
-        cairo_destroy(cr);
-        cairo_surface_destroy(surface);
-    }
-    Canvas(const Canvas&) = delete;
-    Canvas& operator=(const Canvas&) = delete;
-
-    cairo_t* context() const { return cr; }
-    // The finished picture: all drawing flushed to the surface.
-    cairo_surface_t* picture() const
-    {
-        cairo_surface_flush(surface);
-        return surface;
-    }
-
-private:
-    cairo_surface_t* surface;
-    cairo_t* cr;
-};
 
 using Visitor = std::function<bool(const std::string&, cairo_surface_t*)>;
 
