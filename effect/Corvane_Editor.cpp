@@ -317,7 +317,7 @@ void Corvane_SingleComponentEffect::showScaleMarks()
 
 void Corvane_SingleComponentEffect::pushScaleEdits()
 {
-    if (auto* keyboard = viewRegistry.keyboard) keyboard->reloadKeyStates();
+    showScaleMarks();
     updateNoteTable();
 }
 

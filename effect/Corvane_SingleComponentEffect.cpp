@@ -213,7 +213,6 @@ void Corvane_SingleComponentEffect::parameterChanged(Parameter* parameter)
         case corvane::kBypassAll: list->bypassAll(); break;
         default: list->removeAll(); break;
         }
-        list->invalid();
         pushScaleEdits();
         break;
     }
