@@ -114,7 +114,6 @@ public:
 
     bool isStereoInput() const { return stereoInput; }
     bool isEditorOpen() const { return editorFrame != nullptr; }
-    Steinberg::int32 getTimerTick() const { return timerTick; }
 
     // The period of the panel's timer.
     static constexpr Steinberg::uint32 timerPeriodMilliseconds = 20;

@@ -28,8 +28,6 @@ public:
     Steinberg::tresult PLUGIN_API writeSnapshot(const char* pngPath, Steinberg::int32 width,
                                                 Steinberg::int32 height) SMTG_OVERRIDE;
 
-    VST3_EditorOwner* getOwner() const { return owner; }
-
     OBJ_METHODS(VST3_VST3Editor, VSTGUI::VST3Editor)
     DEFINE_INTERFACES
         DEF_INTERFACE(IEditorSnapshot)

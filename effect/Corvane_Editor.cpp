@@ -357,8 +357,7 @@ void Corvane_SingleComponentEffect::prepareMidiNoteEntry(int key)
         scaleState.setRowBypassed(row, key, chromatic, 0);
         scaleState.setRowRemoved(row, key, chromatic, 1);
     }
-    setScaleAndKey(scaleState.scale, scaleState.key);
-    showScaleMarks();
+    pushScaleEdits();
 }
 
 //--- Pitch displays.
