@@ -42,12 +42,16 @@ struct Recorder : IControlListener, CBaseObject {
     }
 };
 
-// A bitmap of n bands, band i filled with grey level 10 * (i + 1).
-SharedPointer<CBitmap> greyStrip(int width, int bandHeight, int n)
+// A bitmap of n bands, band i filled with grey level step * (i + 1).
+SharedPointer<CBitmap> greyStrip(int width, int bandHeight, int n, int step = 10)
 {
     std::vector<vstgui_test::Rgba> colours;
-    for (int i = 0; i < n; ++i) colours.push_back({uint8_t(10 * (i + 1)), uint8_t(10 * (i + 1)), uint8_t(10 * (i + 1)), 255});
-    const std::string path = vstgui_test::scratchDir() + "/strip" + std::to_string(n) + ".png";
+    for (int i = 0; i < n; ++i) {
+        const auto grey = uint8_t(step * (i + 1));
+        colours.push_back({grey, grey, grey, 255});
+    }
+    const std::string path =
+        vstgui_test::scratchDir() + "/strip" + std::to_string(n) + "x" + std::to_string(step) + ".png";
     vstgui_test::writeBandsPNG(path, width, bandHeight, colours);
     return owned(new CBitmap(CResourceDescription(path.c_str())));
 }
@@ -84,17 +88,14 @@ TEST_F(VstguiControls, ValueRangeNormalizationAndBounce)
     control.setMin(-10);
     control.setMax(30);
     for (const auto& [normalized, value] :
-         std::vector<std::pair<float, float>>{{0.f, -10.f}, {0.25f, 0.f}, {1.f, 30.f}, {2.f, 30.f}, {-1.f, -10.f}}) {
+         {std::pair{0.f, -10.f}, {0.25f, 0.f}, {1.f, 30.f}, {2.f, 30.f}, {-1.f, -10.f}}) {
         control.setValueNormalized(normalized);
         EXPECT_FLOAT_EQ(control.getValue(), value) << normalized;
     }
-    control.setValue(0.f);
-    EXPECT_FLOAT_EQ(control.getValueNormalized(), 0.25f);
     control.setValue(99.f);
     control.bounceValue();
-    EXPECT_FLOAT_EQ(control.getValue(), 30.f);
     control.setValue(NAN);
-    EXPECT_FLOAT_EQ(control.getValue(), 30.f) << "not-a-number is refused";
+    EXPECT_FLOAT_EQ(control.getValue(), 30.f) << "bounced into the range; not-a-number refused";
     control.setMin(5);
     control.setMax(5);
     EXPECT_FLOAT_EQ(control.getValueNormalized(), 0.f) << "an empty range";
@@ -118,10 +119,9 @@ TEST_F(VstguiControls, OnOffButtonTogglesAsOneEditAndShowsTheLowerHalfOfItsBitma
     EXPECT_EQ(greyAt(5, 5), 10) << "only the maximum is on";
     button->removeDependency(&recorder);
 
-    auto* sized = new COnOffButton(CRect(50, 50, 51, 51), nullptr, 2, strip);
+    auto sized = owned(new COnOffButton(CRect(50, 50, 51, 51), nullptr, 2, strip));
     EXPECT_TRUE(sized->sizeToFit());
     EXPECT_EQ(sized->getViewSize(), CRect(50, 50, 70, 70));
-    sized->forget();
 }
 
 TEST_F(VstguiControls, KickButtonIsOnWhileHeldAndOffAfterRelease)
@@ -143,10 +143,9 @@ TEST_F(VstguiControls, HorizontalSwitchPicksThePositionUnderThePointer)
     // Four positions of 20 pixels each across an 80 pixel switch.
     auto* s = new CHorizontalSwitch(CRect(0, 0, 80, 10), &recorder, 5, 4, 10, 4, greyStrip(80, 10, 4));
     frame->addView(s);
-    for (const auto& [x, position] : std::vector<std::pair<CCoord, int>>{{5, 0}, {25, 1}, {59.5, 2}, {79, 3}}) {
+    for (const auto& [x, position] : {std::pair{5.0, 0}, {25.0, 1}, {59.5, 2}, {79.0, 3}}) {
         click(CPoint(x, 5));
         EXPECT_FLOAT_EQ(s->getValueNormalized(), position / 3.f) << x;
-        EXPECT_EQ(s->getPosition(), position);
         EXPECT_EQ(greyAt(10, 5), 10 * (position + 1)) << x;
     }
     recorder.log.clear();
@@ -154,18 +153,15 @@ TEST_F(VstguiControls, HorizontalSwitchPicksThePositionUnderThePointer)
     move(CPoint(300, 5));
     up(CPoint(300, 5));
     EXPECT_EQ(s->getValueNormalized(), 1.f) << "a drag past the right edge stays on the last position";
-    EXPECT_EQ(recorder.log.front(), "begin");
-    EXPECT_EQ(recorder.log.back(), "end");
+    EXPECT_EQ(recorder.log, (Log{"begin", "value 0", "value 1", "end"}));
 }
 
 TEST_F(VstguiControls, AnimKnobShowsThePictureOfItsValue)
 {
     auto* knob = new CAnimKnob(CRect(0, 0, 10, 10), nullptr, 1, greyStrip(10, 10, 5));
     EXPECT_EQ(knob->getNumSubPixmaps(), 5) << "five pictures as high as the view";
-    EXPECT_EQ(knob->getHeightOfOneImage(), 10);
     frame->addView(knob);
-    for (const auto& [normalized, index] :
-         std::vector<std::pair<float, int>>{{0.f, 0}, {0.12f, 0}, {0.13f, 1}, {0.5f, 2}, {1.f, 4}}) {
+    for (const auto& [normalized, index] : {std::pair{0.f, 0}, {0.12f, 0}, {0.13f, 1}, {0.5f, 2}, {1.f, 4}}) {
         knob->setValueNormalized(normalized);
         EXPECT_EQ(knob->getImageIndex(), index) << normalized;
         EXPECT_EQ(greyAt(5, 5), 10 * (index + 1)) << normalized;
@@ -174,63 +170,49 @@ TEST_F(VstguiControls, AnimKnobShowsThePictureOfItsValue)
     EXPECT_EQ(knob->getImageIndex(), 0);
 }
 
-TEST_F(VstguiControls, LinearKnobDragSpansTheRangeIn200PixelsAndShiftMakesItFiner)
+TEST_F(VstguiControls, KnobsFollowTheAngleOrALinearDragTheWheelAndCtrlClick)
 {
-    editor.mode = kLinearMode;
-    auto* knob = new CKnob(CRect(100, 100, 140, 140), nullptr, 1, nullptr);
-    knob->setValueNormalized(0.2f);
+    auto* knob = new CKnob(CRect(0, 0, 100, 100), &recorder, 1, nullptr);
     frame->addView(knob);
-    down(CPoint(120, 120));
-    EXPECT_FLOAT_EQ(knob->getValueNormalized(), 0.2f) << "a press alone does not move a linear knob";
-    move(CPoint(120, 60));
-    EXPECT_NEAR(knob->getValueNormalized(), 0.2f + 60.f / 200.f, 1e-6);
-    // Shift starts a fine drag from here: 100 pixels more give 100 / 2000.
-    move(CPoint(120, -40), kLButton | kShift);
-    EXPECT_NEAR(knob->getValueNormalized(), 0.5f, 1e-6) << "the first fine move sets the new start";
-    move(CPoint(120, -140), kLButton | kShift);
-    EXPECT_NEAR(knob->getValueNormalized(), 0.55f, 1e-6);
-    move(CPoint(120, -140));
-    EXPECT_NEAR(knob->getValueNormalized(), 0.55f, 1e-6) << "leaving shift starts a normal drag from here";
-    move(CPoint(120, -2000));
-    up(CPoint(120, -2000));
-    EXPECT_FLOAT_EQ(knob->getValueNormalized(), 1.f) << "limited to the range";
-}
-
-TEST_F(VstguiControls, CircularKnobFollowsTheAngleAroundTheCentre)
-{
-    auto* knob = new CKnob(CRect(0, 0, 100, 100), nullptr, 1, nullptr);
-    frame->addView(knob);
-    // The range runs clockwise from 135 degrees (lower left) over the top to
-    // 45 degrees (lower right), 270 degrees in all.
+    // Circular: the range runs clockwise from 135 degrees (lower left) over
+    // the top to 45 degrees (lower right), 270 degrees in all.
     const double r = 40, s = std::sqrt(0.5) * 40;
-    for (const auto& [where, normalized] : std::vector<std::pair<CPoint, float>>{
-             {CPoint(50 - s, 50 + s), 0.f}, {CPoint(50 - r, 50), 1.f / 6}, {CPoint(50, 50 - r), 0.5f},
-             {CPoint(50 + r, 50), 5.f / 6}, {CPoint(50 + s, 50 + s), 1.f}, {CPoint(45, 90), 0.f}, {CPoint(55, 90), 1.f}}) {
+    for (const auto& [where, normalized] :
+         {std::pair{CPoint(50 - s, 50 + s), 0.f}, {CPoint(50 - r, 50), 1.f / 6}, {CPoint(50, 50 - r), 0.5f},
+          {CPoint(50 + r, 50), 5.f / 6}, {CPoint(50 + s, 50 + s), 1.f}, {CPoint(45, 90), 0.f}, {CPoint(55, 90), 1.f}}) {
         click(where);
         EXPECT_NEAR(knob->getValueNormalized(), normalized, 1e-5) << where.x << "," << where.y;
     }
-}
-
-TEST_F(VstguiControls, KnobWheelAndDefaultValue)
-{
-    auto* knob = new CKnob(CRect(0, 0, 40, 40), &recorder, 1, nullptr);
+    // Linear: a press alone does not move the knob; 200 pixels span the
+    // range, 2000 with Shift; a change of Shift starts anew from the value
+    // reached; the value stays within the range.
+    editor.mode = kLinearMode;
+    knob->setValueNormalized(0.2f);
+    down(CPoint(50, 50));
+    EXPECT_FLOAT_EQ(knob->getValueNormalized(), 0.2f);
+    for (const auto& [y, buttons, normalized] :
+         {std::tuple{-10, int32_t(kLButton), 0.5f}, {-110, kLButton | kShift, 0.5f}, {-210, kLButton | kShift, 0.55f},
+          {-210, kLButton, 0.55f}, {-2000, kLButton, 1.f}}) {
+        move(CPoint(50, y), buttons);
+        EXPECT_NEAR(knob->getValueNormalized(), normalized, 1e-6) << y;
+    }
+    up(CPoint(50, -2000));
+    // A wheel step is 0.1, with Shift 0.01; Ctrl-click goes to the default.
     knob->setValueNormalized(0.5f);
     knob->setDefaultValue(0.25f);
-    frame->addView(knob);
+    recorder.log.clear();
     frame->platformOnMouseWheel(CPoint(20, 20), kMouseWheelAxisY, 1.f, 0);
     frame->platformOnMouseWheel(CPoint(20, 20), kMouseWheelAxisY, -1.f, kShift);
     click(CPoint(20, 20), kLButton | kControl);
-    EXPECT_FLOAT_EQ(knob->getValue(), 0.25f);
     EXPECT_EQ(recorder.log,
               (Log{"begin", "value 0.6", "end", "begin", "value 0.59", "end", "begin", "value 0.25", "end"}));
 }
 
 TEST_F(VstguiControls, OptionMenuListPicksAnEntryAndAPressOutsideClosesIt)
 {
-    auto* loose = new COptionMenu(CRect(0, 0, 50, 20), nullptr, 1);
+    auto loose = owned(new COptionMenu(CRect(0, 0, 50, 20), nullptr, 1));
     loose->addEntry("One");
     EXPECT_FALSE(loose->popup()) << "not in a frame";
-    loose->forget();
     auto* menu = new COptionMenu(CRect(10, 10, 110, 30), &recorder, 4);
     frame->addView(menu);
     EXPECT_FALSE(menu->popup()) << "no entries";
@@ -239,9 +221,7 @@ TEST_F(VstguiControls, OptionMenuListPicksAnEntryAndAPressOutsideClosesIt)
     menu->addSeparator();
     menu->addEntry("Beta");
     menu->addEntry("Gamma", -1, CMenuItem::kDisabled);
-    EXPECT_EQ(menu->getNbEntries(), 4);
-    EXPECT_EQ(menu->getMax(), 3.f);
-    EXPECT_EQ(menu->getCurrentIndex(), 0);
+    EXPECT_EQ(menu->getMax(), 3.f) << "one value per entry, the separator too";
 
     click(CPoint(20, 20));
     ASSERT_TRUE(menu->isPopupOpen());
@@ -251,9 +231,7 @@ TEST_F(VstguiControls, OptionMenuListPicksAnEntryAndAPressOutsideClosesIt)
     // Rows after a one pixel border: Alpha 18 px, separator 7, Beta 18, Gamma 18.
     const CCoord beta = list.top + 1 + 18 + 7 + 9, gamma = beta + 18;
     click(CPoint(list.left + 20, beta));
-    EXPECT_FALSE(menu->isPopupOpen());
-    EXPECT_EQ(frame->getModalView(), nullptr);
-    EXPECT_EQ(menu->getValue(), 2.f);
+    EXPECT_FALSE(menu->isPopupOpen() || frame->getModalView());
     EXPECT_STREQ(menu->getCurrent()->getTitle(), "Beta");
     EXPECT_EQ(menu->getCurrentIndex(), 1) << "separators not counted";
     EXPECT_EQ(recorder.log, (Log{"begin", "value 2", "end"}));
@@ -274,7 +252,7 @@ TEST_F(VstguiControls, OptionMenuListPicksAnEntryAndAPressOutsideClosesIt)
     EXPECT_EQ(menu->getValue(), 3.f);
 }
 
-TEST_F(VstguiControls, ParamDisplayTextComesFromItsFunctionOrItsPrecision)
+TEST_F(VstguiControls, ParamDisplayTextComesFromItsFunctionOrItsPrecisionAndLabelsDrawTheirText)
 {
     auto* display = new CParamDisplay(CRect(0, 0, 60, 20));
     frame->addView(display);
@@ -290,51 +268,38 @@ TEST_F(VstguiControls, ParamDisplayTextComesFromItsFunctionOrItsPrecision)
     display->setValueToStringFunction([](float, char[256], CParamDisplay*) { return false; });
     EXPECT_EQ(display->getValueText(), "0.1235");
 
-    auto* label = new CTextLabel(CRect(0, 20, 60, 40), "A4 +12");
-    frame->addView(label);
-    frame->takeDirtyRects();
-    label->setText("A4 +12");
-    EXPECT_TRUE(frame->getDirtyRects().empty()) << "the same text does not redraw";
-    label->setText(nullptr);
-    EXPECT_STREQ(label->getText(), "");
-    EXPECT_FALSE(frame->getDirtyRects().empty());
-}
-
-TEST_F(VstguiControls, ParamDisplayDrawsBackgroundFrameAndText)
-{
-    auto* label = new CTextLabel(CRect(0, 0, 100, 30), "MMMM");
+    // A label draws its frame, background and text in the middle, and
+    // redraws only for a new text.
+    auto* label = new CTextLabel(CRect(0, 100, 100, 130), "MMMM");
     label->setBackColor(kBlueCColor);
     label->setFrameColor(kRedCColor);
     label->setFontColor(kWhiteCColor);
     label->setAntialias(false);
     frame->addView(label);
     auto picture = owned(frame->createSnapshot());
-    EXPECT_EQ(pixel(picture, 0, 0), kRedCColor) << "frame";
-    EXPECT_EQ(pixel(picture, 99, 29), kRedCColor) << "frame";
-    EXPECT_EQ(pixel(picture, 3, 3), kBlueCColor) << "background";
+    EXPECT_TRUE(pixel(picture, 0, 100) == kRedCColor && pixel(picture, 99, 129) == kRedCColor) << "frame";
+    EXPECT_EQ(pixel(picture, 3, 103), kBlueCColor) << "background";
     int white = 0;
     for (int x = 30; x < 70; ++x)
-        for (int y = 5; y < 25; ++y) white += pixel(picture, x, y) == kWhiteCColor;
+        for (int y = 105; y < 125; ++y) white += pixel(picture, x, y) == kWhiteCColor;
     EXPECT_GT(white, 20) << "text in the middle";
-
+    frame->takeDirtyRects();
+    label->setText("MMMM");
+    EXPECT_TRUE(frame->getDirtyRects().empty()) << "the same text does not redraw";
+    label->setText(nullptr);
+    EXPECT_STREQ(label->getText(), "");
+    EXPECT_FALSE(frame->getDirtyRects().empty());
     label->setStyle(kNoFrame);
     label->setTransparency(true);
-    EXPECT_EQ(pixel(owned(frame->createSnapshot()), 0, 0), kBlackCColor) << "the frame's own background shows";
+    EXPECT_EQ(pixel(owned(frame->createSnapshot()), 0, 100), kBlackCColor) << "the frame's own background shows";
 }
 
 TEST_F(VstguiControls, VuMeterLightsWholeSegmentsFromTheBottom)
 {
-    const std::string dir = vstgui_test::scratchDir();
-    vstgui_test::writeBandsPNG(dir + "/on.png", 10, 100, {{0, 255, 0, 255}});
-    vstgui_test::writeBandsPNG(dir + "/off.png", 10, 100, {{40, 40, 40, 255}});
-    auto on = owned(new CBitmap(CResourceDescription((dir + "/on.png").c_str())));
-    auto off = owned(new CBitmap(CResourceDescription((dir + "/off.png").c_str())));
-    auto* meter = new CVuMeter(CRect(0, 0, 10, 100), on, off, 10);
+    auto* meter = new CVuMeter(CRect(0, 0, 10, 100), greyStrip(10, 100, 1, 90), greyStrip(10, 100, 1, 40), 10);
     meter->setDecreaseStepValue(1.f);
     frame->addView(meter);
     meter->setValue(0.34f); // 3.4 of 10 segments: 3 segments, 30 pixels lit
-    auto picture = owned(frame->createSnapshot());
-    const CColor dark(40, 40, 40, 255);
-    for (const auto& [y, colour] : std::vector<std::pair<int, CColor>>{{99, kGreenCColor}, {70, kGreenCColor}, {69, dark}, {0, dark}})
-        EXPECT_EQ(pixel(picture, 5, y), colour) << y;
+    for (const auto& [y, grey] : {std::pair{99, 90}, {70, 90}, {69, 40}, {0, 40}})
+        EXPECT_EQ(greyAt(5, y), grey) << y;
 }

@@ -8,7 +8,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -20,13 +19,10 @@ namespace {
 
 // A view that paints itself in one colour and writes down the events it
 // gets, with their points in its own coordinates.
-class SolidView : public CView {
-public:
+struct SolidView : CView {
     SolidView(const CRect& r, const CColor& c, Log* log = nullptr, const char* name = "",
               CMouseEventResult downResult = kMouseEventHandled)
-        : CView(r), colour(c), log(log), name(name), downResult(downResult)
-    {
-    }
+        : CView(r), colour(c), log(log), name(name), downResult(downResult) {}
     void draw(CDrawContext* context) override
     {
         ++draws;
@@ -41,35 +37,25 @@ public:
     CMouseEventResult onMouseExited(CPoint& p, const CButtonState&) override { return record("exited", p); }
     bool onWheel(const CPoint& p, const float& distance, const CButtonState&) override
     {
-        record(distance > 0 ? "wheel+" : "wheel-", p);
-        return true;
+        return record(distance > 0 ? "wheel+" : "wheel-", p) == kMouseEventHandled;
     }
-    int32_t onKeyDown(VstKeyCode& key) override
+    int32_t onKeyDown(VstKeyCode& key) override { return record(std::string("key ") + char(key.character)), 1; }
+    CMouseEventResult record(const std::string& what, const CPoint* p = nullptr)
     {
-        if (log) log->push_back(std::string(name) + " key " + char(key.character));
-        return 1;
+        const std::string at = p ? " " + std::to_string(int(p->x)) + "," + std::to_string(int(p->y)) : "";
+        if (log) log->push_back(name + (" " + what) + at);
+        return kMouseEventHandled;
     }
+    CMouseEventResult record(const char* what, const CPoint& p) { return record(what, &p); }
 
     CColor colour;
     int draws = 0;
-
-private:
-    CMouseEventResult record(const char* what, const CPoint& p)
-    {
-        if (log) log->push_back(std::string(name) + " " + what + " " + std::to_string(int(p.x)) + "," + std::to_string(int(p.y)));
-        return kMouseEventHandled;
-    }
     Log* log;
-    const char* name;
+    std::string name;
     CMouseEventResult downResult;
 };
 
-using FramePtr = std::unique_ptr<CFrame, void (*)(CFrame*)>;
-
-FramePtr makeFrame(CCoord w, CCoord h)
-{
-    return FramePtr(new CFrame(CRect(0, 0, w, h), nullptr), [](CFrame* f) { f->forget(); });
-}
+SharedPointer<CFrame> makeFrame(CCoord w, CCoord h) { return owned(new CFrame(CRect(0, 0, w, h), nullptr)); }
 
 void press(CFrame* frame, CPoint p, bool release = true)
 {
@@ -79,7 +65,7 @@ void press(CFrame* frame, CPoint p, bool release = true)
 
 } // namespace
 
-TEST(VstguiViews, ContainersDrawChildrenInTheirOwnCoordinatesInOrder)
+TEST(VstguiViews, ContainersDrawChildrenInTheirOwnCoordinatesInOrderWhereTheUpdateRectangleReaches)
 {
     auto frame = makeFrame(60, 60);
     frame->setBackgroundColor(kWhiteCColor);
@@ -90,35 +76,25 @@ TEST(VstguiViews, ContainersDrawChildrenInTheirOwnCoordinatesInOrder)
     box->addView(new SolidView(CRect(10, 10, 20, 20), kBlueCColor)); // later, drawn over the first
 
     auto picture = owned(frame->createSnapshot());
-    struct Case {
-        int x, y;
-        CColor colour;
-    };
-    for (const Case& c : {Case{5, 5, kWhiteCColor}, Case{12, 12, kBlackCColor}, Case{15, 15, kRedCColor},
-                          Case{22, 22, kBlueCColor}, Case{29, 29, kBlueCColor}, Case{30, 30, kBlackCColor}})
-        EXPECT_EQ(pixel(picture, c.x, c.y), c.colour) << c.x << "," << c.y;
+    for (const auto& [x, y, colour] : {std::tuple{5, 5, kWhiteCColor}, {12, 12, kBlackCColor}, {15, 15, kRedCColor},
+                                       {22, 22, kBlueCColor}, {29, 29, kBlueCColor}, {30, 30, kBlackCColor}})
+        EXPECT_EQ(pixel(picture, x, y), colour) << x << "," << y;
+    auto* red = static_cast<SolidView*>(box->getView(0));
+    auto* blue = static_cast<SolidView*>(box->getView(1));
+    EXPECT_EQ(red->draws + blue->draws, 2);
+    auto context = owned(COffscreenContext::create(nullptr, 60, 60));
+    frame->drawRect(context, CRect(26, 26, 29, 29));
+    EXPECT_EQ(red->draws, 1) << "a view outside the update rectangle is not drawn";
+    EXPECT_EQ(blue->draws, 2);
+    EXPECT_EQ(pixel(context, 27, 27), kBlueCColor);
+    EXPECT_EQ(pixel(context, 25, 27).alpha, 0) << "outside the update rectangle nothing changes";
 
-    box->getView(1)->setVisible(false);
+    blue->setVisible(false);
     box->setTransparency(true);
-    box->getView(0)->setAlphaValue(0.5f);
+    red->setAlphaValue(0.5f);
     picture = owned(frame->createSnapshot());
     EXPECT_EQ(pixel(picture, 12, 12), kWhiteCColor) << "a transparent container draws no background";
     EXPECT_TRUE(vstgui_test::near(pixel(picture, 22, 22), CColor(255, 128, 128, 255))) << "half red, blue hidden";
-}
-
-TEST(VstguiViews, ViewsDrawOnlyWhereTheUpdateRectangleReaches)
-{
-    auto frame = makeFrame(40, 40);
-    auto* left = new SolidView(CRect(0, 0, 20, 40), kRedCColor);
-    auto* right = new SolidView(CRect(20, 0, 40, 40), kBlueCColor);
-    frame->addView(left);
-    frame->addView(right);
-    auto context = owned(COffscreenContext::create(nullptr, 40, 40));
-    frame->drawRect(context, CRect(25, 5, 30, 10));
-    EXPECT_EQ(left->draws, 0);
-    EXPECT_EQ(right->draws, 1);
-    EXPECT_EQ(pixel(context, 26, 6), kBlueCColor);
-    EXPECT_EQ(pixel(context, 22, 6).alpha, 0) << "outside the update rectangle nothing changes";
 }
 
 TEST(VstguiViews, InvalidRectanglesAndCoordinatesConvertToTheFrame)
@@ -132,15 +108,7 @@ TEST(VstguiViews, InvalidRectanglesAndCoordinatesConvertToTheFrame)
     frame->addView(outer);
     frame->takeDirtyRects();
 
-    CPoint p(1, 2);
-    leaf->localToFrame(p);
-    EXPECT_EQ(p, CPoint(16, 27));
-    leaf->frameToLocal(p);
-    EXPECT_EQ(p, CPoint(1, 2));
-    EXPECT_EQ(frame->getViewAt(CPoint(20, 30), true), leaf);
-    EXPECT_EQ(frame->getViewAt(CPoint(20, 30), false), outer);
-    EXPECT_EQ(frame->getViewAt(CPoint(5, 5), true), nullptr);
-
+    EXPECT_EQ(frame->getViewAt(CPoint(20, 30), false), outer) << "the view at the top level, not the deepest";
     leaf->invalid();
     EXPECT_EQ(frame->getDirtyRects(), (std::vector<CRect>{CRect(18, 29, 28, 39)}));
     // A rectangle inside one already collected adds nothing; one that holds
@@ -158,9 +126,7 @@ TEST(VstguiViews, InvalidRectanglesAndCoordinatesConvertToTheFrame)
     leaf->setVisible(false);
     frame->takeDirtyRects();
     leaf->invalid();
-    auto* loose = new SolidView(CRect(0, 0, 5, 5), kRedCColor);
-    loose->invalid();
-    loose->forget();
+    owned(new SolidView(CRect(0, 0, 5, 5), kRedCColor))->invalid();
     EXPECT_TRUE(frame->getDirtyRects().empty());
 
     // Sixteen separate rectangles are kept; the seventeenth makes them all
@@ -181,7 +147,7 @@ TEST(VstguiViews, MouseEventsReachTheRightViewInItsOwnCoordinates)
     frame->addView(box);
 
     // The pressed view gets the moves and the release, even over another.
-    press(frame.get(), CPoint(15, 15), false);
+    press(frame, CPoint(15, 15), false);
     CPoint p(65, 65);
     frame->platformOnMouseMoved(p, kLButton);
     frame->platformOnMouseUp(p, kLButton);
@@ -213,61 +179,48 @@ TEST(VstguiViews, OpaqueViewsKeepPressesFromViewsBelowAndTransparentOnesPassThem
     frame->addView(new SolidView(CRect(0, 0, 50, 50), kRedCColor, &log, "below"));
     auto* cover = new SolidView(CRect(0, 0, 25, 50), kBlueCColor, &log, "cover", kMouseEventNotHandled);
     frame->addView(cover);
-    struct Step {
-        bool transparent, enabled;
-        Log heard;
-    };
     // After each release the pointer hovers over the topmost view that takes
     // the mouse.
-    for (const Step& s : {Step{false, true, {"cover down 10,10", "cover entered 10,10"}},
-                          Step{true, true, {"cover down 10,10", "below down 10,10", "below up 10,10"}},
-                          Step{true, false, {"below down 10,10", "below up 10,10", "cover exited 10,10",
-                                             "below entered 10,10"}}}) {
+    for (const auto& [transparent, enabled, heard] :
+         {std::tuple{false, true, Log{"cover down 10,10", "cover entered 10,10"}},
+          {true, true, Log{"cover down 10,10", "below down 10,10", "below up 10,10"}},
+          {true, false, Log{"below down 10,10", "below up 10,10", "cover exited 10,10", "below entered 10,10"}}}) {
         log.clear();
-        cover->setTransparency(s.transparent);
-        cover->setMouseEnabled(s.enabled);
-        press(frame.get(), CPoint(10, 10));
-        EXPECT_EQ(log, s.heard);
+        cover->setTransparency(transparent);
+        cover->setMouseEnabled(enabled);
+        press(frame, CPoint(10, 10));
+        EXPECT_EQ(log, heard);
     }
 }
 
-namespace {
-
-struct Hook : IKeyboardHook {
-    int32_t answer = -1;
-    std::vector<int32_t> seen;
-    int32_t onKeyDown(const VstKeyCode& code, CFrame*) override
-    {
-        seen.push_back(code.character);
-        return answer;
-    }
-    int32_t onKeyUp(const VstKeyCode&, CFrame*) override { return answer; }
-};
-
-} // namespace
-
 TEST(VstguiViews, KeyboardHooksSeeKeysBeforeTheFocusView)
 {
+    struct Hook : IKeyboardHook {
+        int32_t answer = -1;
+        std::vector<int32_t> seen;
+        int32_t onKeyDown(const VstKeyCode& code, CFrame*) override { return seen.push_back(code.character), answer; }
+        int32_t onKeyUp(const VstKeyCode&, CFrame*) override { return answer; }
+    };
     Log log;
     auto frame = makeFrame(50, 50);
     auto* view = new SolidView(CRect(0, 0, 50, 50), kRedCColor, &log, "v");
     view->setWantsFocus(true);
     frame->addView(view);
-    press(frame.get(), CPoint(5, 5));
+    press(frame, CPoint(5, 5));
     EXPECT_EQ(frame->getFocusView(), view) << "a press focuses a view that wants focus";
 
+    // A hook that answers 1 keeps the key; one that answers -1 passes it on.
     Hook hook;
     frame->registerKeyboardHook(&hook);
     VstKeyCode key;
-    key.character = 'x';
-    hook.answer = 1;
-    EXPECT_EQ(frame->platformOnKeyDown(key), 1);
-    hook.answer = -1;
-    key.character = 'y';
-    EXPECT_EQ(frame->platformOnKeyDown(key), 1);
+    log.clear();
+    for (const auto& [character, answer] : {std::pair{'x', 1}, {'y', -1}}) {
+        key.character = character;
+        hook.answer = answer;
+        EXPECT_EQ(frame->platformOnKeyDown(key), 1);
+    }
     EXPECT_EQ(hook.seen, (std::vector<int32_t>{'x', 'y'}));
-    EXPECT_EQ(log.back(), "v key y");
-    EXPECT_EQ(std::count(log.begin(), log.end(), "v key x"), 0);
+    EXPECT_EQ(log, Log{"v key y"});
 
     frame->unregisterKeyboardHook(&hook);
     frame->removeView(view);
@@ -275,24 +228,18 @@ TEST(VstguiViews, KeyboardHooksSeeKeysBeforeTheFocusView)
     EXPECT_EQ(frame->platformOnKeyDown(key), -1);
 }
 
-namespace {
-
-struct Observer : IViewAddedRemovedObserver {
-    Log events;
-    void onViewAdded(CFrame*, CView* v) override { events.push_back(std::string("+") + v->getClassName()); }
-    void onViewRemoved(CFrame*, CView* v) override { events.push_back(std::string("-") + v->getClassName()); }
-};
-
-struct CountedView : CView {
-    explicit CountedView(int* alive) : CView(CRect(0, 0, 1, 1)), alive(alive) { ++*alive; }
-    ~CountedView() override { --*alive; }
-    int* alive;
-};
-
-} // namespace
-
 TEST(VstguiViews, ContainersOwnTheirChildrenAndTellTheFrameOfThem)
 {
+    struct Observer : IViewAddedRemovedObserver {
+        Log events;
+        void onViewAdded(CFrame*, CView* v) override { events.push_back(std::string("+") + v->getClassName()); }
+        void onViewRemoved(CFrame*, CView* v) override { events.push_back(std::string("-") + v->getClassName()); }
+    };
+    struct CountedView : CView {
+        explicit CountedView(int* alive) : CView(CRect(0, 0, 1, 1)), alive(alive) { ++*alive; }
+        ~CountedView() override { --*alive; }
+        int* alive;
+    };
     int alive = 0;
     Observer observer;
     auto* frame = new CFrame(CRect(0, 0, 50, 50), nullptr);
@@ -306,6 +253,7 @@ TEST(VstguiViews, ContainersOwnTheirChildrenAndTellTheFrameOfThem)
     EXPECT_FALSE(frame->addView(kept)) << "a view has one parent";
 
     box->removeView(kept, false);
+    EXPECT_EQ(observer.events.back(), "-CView");
     EXPECT_EQ(alive, 2) << "removed without forget: the caller holds it";
     EXPECT_FALSE(kept->isAttached());
     kept->forget();
@@ -318,18 +266,17 @@ TEST(VstguiViews, ContainersOwnTheirChildrenAndTellTheFrameOfThem)
 TEST(VstguiViews, AutosizedChildrenFollowTheEdgesOfTheirContainer)
 {
     auto frame = makeFrame(100, 100);
-    auto* fixed = new CView(CRect(10, 10, 20, 20));
-    auto* stretched = new CView(CRect(10, 10, 90, 90));
-    stretched->setAutosizeFlags(kAutosizeAll);
-    auto* pinnedRight = new CView(CRect(80, 10, 90, 20));
-    pinnedRight->setAutosizeFlags(kAutosizeRight);
-    frame->addView(fixed);
-    frame->addView(stretched);
-    frame->addView(pinnedRight);
+    // No flags, all edges, the right edge only.
+    const std::tuple<CRect, int32_t, CRect> cases[] = {
+        {CRect(10, 10, 20, 20), 0, CRect(10, 10, 20, 20)},
+        {CRect(10, 10, 90, 90), kAutosizeAll, CRect(10, 10, 140, 110)},
+        {CRect(80, 10, 90, 20), kAutosizeRight, CRect(130, 10, 140, 20)}};
+    for (const auto& [before, flags, after] : cases) {
+        frame->addView(new CView(before));
+        frame->getView(frame->getNbViews() - 1)->setAutosizeFlags(flags);
+    }
     EXPECT_TRUE(frame->setSize(150, 120));
     EXPECT_EQ(frame->getViewSize(), CRect(0, 0, 150, 120));
-    EXPECT_EQ(fixed->getViewSize(), CRect(10, 10, 20, 20));
-    EXPECT_EQ(stretched->getViewSize(), CRect(10, 10, 140, 110));
-    EXPECT_EQ(pinnedRight->getViewSize(), CRect(130, 10, 140, 20));
+    for (uint32_t i = 0; i < 3; ++i) EXPECT_EQ(frame->getView(i)->getViewSize(), std::get<2>(cases[i])) << i;
     EXPECT_FALSE(frame->setSize(0, 10));
 }
