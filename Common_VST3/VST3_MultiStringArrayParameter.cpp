@@ -28,8 +28,9 @@ int32 VST3_MultiStringArrayParameter::addStringArray(const std::vector<std::stri
 bool VST3_MultiStringArrayParameter::setCurrentArray(int32 index)
 {
     if (index < 0 || index >= arrayCount()) return false;
-    currentArray = index;
-    info.stepCount = int32(stringArrays[size_t(index)].size()) - 1;
+    currentArray.store(index, std::memory_order_relaxed);
+    const int32 steps = int32(stringArrays[size_t(index)].size()) - 1;
+    if (info.stepCount != steps) info.stepCount = steps;
     return true;
 }
 
@@ -37,7 +38,7 @@ void VST3_MultiStringArrayParameter::toString(ParamValue valueNormalized, String
 {
     string[0] = 0;
     if (stringArrays.empty()) return;
-    const auto& list = stringArrays[size_t(currentArray)];
+    const auto& list = stringArrays[size_t(getCurrentArray())];
     const size_t index = size_t(toPlain(valueNormalized));
     if (index < list.size()) UString(string, str16BufferSize(String128)).assign(list[index].c_str());
 }
@@ -45,7 +46,7 @@ void VST3_MultiStringArrayParameter::toString(ParamValue valueNormalized, String
 bool VST3_MultiStringArrayParameter::fromString(const TChar* string, ParamValue& valueNormalized) const
 {
     if (stringArrays.empty()) return false;
-    const int32 index = VST3_StringListParameter::findString(stringArrays[size_t(currentArray)], string);
+    const int32 index = VST3_StringListParameter::findString(stringArrays[size_t(getCurrentArray())], string);
     if (index < 0) return false;
     valueNormalized = toNormalized(index);
     return true;

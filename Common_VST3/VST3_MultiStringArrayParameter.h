@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <string>
 #include <vector>
 
@@ -23,10 +24,11 @@ public:
     // Interface thread, while the parameter is built. Adds a list of UTF-8
     // texts and returns its index. The first list added comes into force.
     Steinberg::int32 addStringArray(const std::vector<std::string>& texts);
-    // Interface thread. Puts a list in force and sets stepCount from it;
-    // false, and nothing changed, for an unknown index.
+    // Puts a list in force and sets stepCount from it; false, and nothing
+    // changed, for an unknown index. Any thread where the lists have one
+    // size (stepCount then stays as it is); the interface thread otherwise.
     bool setCurrentArray(Steinberg::int32 index);
-    Steinberg::int32 getCurrentArray() const { return currentArray; }
+    Steinberg::int32 getCurrentArray() const { return currentArray.load(std::memory_order_relaxed); }
     Steinberg::int32 arrayCount() const { return Steinberg::int32(stringArrays.size()); }
 
     void toString(ParamValue valueNormalized, Steinberg::Vst::String128 string) const override;
@@ -38,5 +40,7 @@ public:
 
 protected:
     std::vector<std::vector<String>> stringArrays;
-    Steinberg::int32 currentArray = 0;
+    // Switched by the engine's owner when the scale changes, read by the
+    // texts on the interface thread.
+    std::atomic<Steinberg::int32> currentArray{0};
 };

@@ -1,5 +1,7 @@
 #include "Common_VST3/VST3_SingleComponentEffect.h"
 
+#include <algorithm>
+
 #include "pluginterfaces/base/ustring.h"
 #include "pluginterfaces/vst/ivstevents.h"
 #include "pluginterfaces/vst/vstspeaker.h"
@@ -25,9 +27,38 @@ tresult PLUGIN_API VST3_SingleComponentEffect::initialize(FUnknown* context)
     return kResultOk;
 }
 
+void VST3_SingleComponentEffect::indexParameters()
+{
+    // One slot per id of either set; the applied values start at the
+    // parameters' present values, which the engine is set to at set-up.
+    ParamID last = 0;
+    for (auto* set : {&parameters, &privateParameters}) {
+        for (int32 i = 0; i < set->getParameterCount(); ++i)
+            last = std::max(last, set->getParameterByIndex(i)->getInfo().id);
+    }
+    parameterById.assign(size_t(last) + 1, nullptr);
+    appliedValues.assign(size_t(last) + 1, 0.0);
+    changedIds.assign(size_t(last) / 64 + 1, 0);
+    mailbox.resize(size_t(last) + 1);
+    for (auto* set : {&parameters, &privateParameters}) {
+        for (int32 i = 0; i < set->getParameterCount(); ++i) {
+            auto* parameter = FCast<VST3_BaseParameter>(set->getParameterByIndex(i));
+            if (parameter == nullptr) continue;
+            const ParamID id = parameter->getInfo().id;
+            parameterById[id] = parameter;
+            appliedValues[id] = parameter->getNormalized();
+        }
+    }
+}
+
 tresult PLUGIN_API VST3_SingleComponentEffect::terminate()
 {
     stopTimer();
+    audioOwner.store(false, std::memory_order_release);
+    parameterById.clear();
+    appliedValues.clear();
+    changedIds.clear();
+    mailbox.resize(0);
     privateParameters.removeAll();
     return SingleComponentEffect::terminate();
 }
@@ -65,7 +96,23 @@ tresult PLUGIN_API VST3_SingleComponentEffect::setProcessing(TBool /*state*/)
     return kResultOk;
 }
 
-tresult PLUGIN_API VST3_SingleComponentEffect::process(ProcessData& data)
+tresult PLUGIN_API VST3_SingleComponentEffect::setActive(TBool state)
+{
+    if (state) {
+        // Values posted while inactive are applied already; whatever waits
+        // now goes with the engine to the audio thread.
+        applyValues(nullptr);
+        audioOwner.store(true, std::memory_order_release);
+    } else {
+        // The host has stopped calling process: the engine comes back to
+        // this thread with the values the last blocks did not take.
+        audioOwner.store(false, std::memory_order_release);
+        applyValues(nullptr);
+    }
+    return SingleComponentEffect::setActive(state);
+}
+
+tresult PLUGIN_API VST3_SingleComponentEffect::process(ProcessData& data) noexcept
 {
     processParameterChanges(data.inputParameterChanges);
     processEvents(data.inputEvents);
@@ -146,34 +193,78 @@ VST3_BaseParameter* VST3_SingleComponentEffect::baseParameter(ParamID id)
     return FCast<VST3_BaseParameter>(parameters.getParameter(id));
 }
 
-void VST3_SingleComponentEffect::processParameterChanges(IParameterChanges* changes)
+void VST3_SingleComponentEffect::postValue(ParamID id, ParamValue value)
 {
-    if (changes == nullptr) return;
-    // A change smaller than this is taken for the stored value read back.
-    constexpr double threshold = 0.00001 - 1e-12;
-    const int32 count = changes->getParameterCount();
-    for (int32 q = 0; q < count; ++q) {
-        IParamValueQueue* queue = changes->getParameterData(q);
-        if (queue == nullptr) continue;
-        const int32 points = queue->getPointCount();
-        if (points < 1) continue;
-        // Only the last point counts, from the start of the block.
-        int32 sampleOffset = 0;
-        ParamValue value = 0.0;
-        if (queue->getPoint(points - 1, sampleOffset, value) != kResultOk) continue;
-        const ParamID id = queue->getParameterId();
-        VST3_BaseParameter* parameter = baseParameter(id);
-        if (parameter == nullptr) continue;
-        const ParamValue stored = parameter->getNormalized();
-        if (value - stored >= threshold || stored - value >= threshold) {
-            applyParameter(parameter, id, sampleOffset, value);
-        }
-    }
+    mailbox.post(id, value);
+    if (!audioOwnsEngine()) applyValues(nullptr);
 }
 
-void VST3_SingleComponentEffect::processEvents(IEventList* /*events*/) {}
+void VST3_SingleComponentEffect::applyAllParameters()
+{
+    for (size_t id = 0; id < parameterById.size(); ++id) {
+        if (parameterById[id]) mailbox.post(id, parameterById[id]->getNormalized());
+    }
+    // Every row runs, also where the value stands: the engine may be new to
+    // this rate.
+    for (size_t id = 0; id < parameterById.size(); ++id) appliedValues[id] = -1.0;
+    applyValues(nullptr);
+}
 
-void VST3_SingleComponentEffect::processOutputParameterChanges(IParameterChanges* /*changes*/) {}
+void VST3_SingleComponentEffect::takeValue(ParamID id, ParamValue value) noexcept
+{
+    appliedValues[id] = value;
+    changedIds[id / 64] |= uint64_t(1) << (id % 64);
+}
+
+void VST3_SingleComponentEffect::applyValues(IParameterChanges* changes) noexcept
+{
+    mailbox.takeAll([this](size_t id, double value) {
+        if (parameterById[id] && value != appliedValues[id]) takeValue(ParamID(id), value);
+    });
+    if (changes != nullptr) {
+        // A change smaller than this is taken for the applied value read back.
+        constexpr double threshold = 0.00001 - 1e-12;
+        const int32 count = changes->getParameterCount();
+        for (int32 q = 0; q < count; ++q) {
+            IParamValueQueue* queue = changes->getParameterData(q);
+            if (queue == nullptr) continue;
+            const int32 points = queue->getPointCount();
+            if (points < 1) continue;
+            // Only the last point counts, from the start of the block.
+            int32 sampleOffset = 0;
+            ParamValue value = 0.0;
+            if (queue->getPoint(points - 1, sampleOffset, value) != kResultOk) continue;
+            const ParamID id = queue->getParameterId();
+            // Automation reaches the host's parameters only.
+            if (id >= parameterById.size() || parameterById[id] == nullptr ||
+                parameters.getParameter(id) == nullptr)
+                continue;
+            const ParamValue applied = appliedValues[id];
+            if (value - applied >= threshold || applied - value >= threshold) takeValue(id, value);
+        }
+    }
+    bool any = false;
+    for (size_t w = 0; w < changedIds.size(); ++w) {
+        uint64_t bits = changedIds[w];
+        changedIds[w] = 0;
+        while (bits != 0) {
+            const ParamID id = ParamID(w * 64 + size_t(__builtin_ctzll(bits)));
+            bits &= bits - 1;
+            applyParameter(parameterById[id], id, 0, appliedValues[id]);
+            any = true;
+        }
+    }
+    if (any) resolveJoinedSettings();
+}
+
+void VST3_SingleComponentEffect::processParameterChanges(IParameterChanges* changes) noexcept
+{
+    applyValues(changes);
+}
+
+void VST3_SingleComponentEffect::processEvents(IEventList* /*events*/) noexcept {}
+
+void VST3_SingleComponentEffect::processOutputParameterChanges(IParameterChanges* /*changes*/) noexcept {}
 
 void VST3_SingleComponentEffect::setParameterPlain(ParamID id, ParamValue plain)
 {
@@ -182,7 +273,7 @@ void VST3_SingleComponentEffect::setParameterPlain(ParamID id, ParamValue plain)
     parameter->setNormalized(parameter->toNormalized(plain));
     // The engine follows also while an editor is open: a control moved by
     // the program shows the value but sends no change of its own.
-    applyParameter(parameter, id, 0, parameter->getNormalized());
+    postValue(id, parameter->getNormalized());
 }
 
 tresult PLUGIN_API VST3_SingleComponentEffect::setParamNormalized(ParamID id, ParamValue value)
@@ -190,7 +281,7 @@ tresult PLUGIN_API VST3_SingleComponentEffect::setParamNormalized(ParamID id, Pa
     auto* parameter = FCast<VST3_BaseParameter>(getParameterObject(id));
     if (parameter == nullptr) return kResultFalse;
     parameter->setNormalized(value);
-    applyParameter(parameter, id, 0, value);
+    postValue(id, parameter->getNormalized());
     return kResultOk;
 }
 
@@ -258,11 +349,9 @@ bool VST3_SingleComponentEffect::readParameters(IBStreamer& streamer)
         if (VST3_BaseParameter* parameter = baseParameter(ParamID(id))) {
             // The stored value itself, not its plain rounding, so that a
             // state reads back exactly; the engine follows as for a program
-            // value.
+            // value, with the editor open or not.
             parameter->setNormalized(value);
-            if (editorInstance == nullptr) {
-                applyParameter(parameter, ParamID(id), 0, parameter->getNormalized());
-            }
+            postValue(ParamID(id), parameter->getNormalized());
         }
     }
     return true;

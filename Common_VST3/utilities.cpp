@@ -16,8 +16,8 @@ constexpr double kA4_note = 69.0;
 constexpr int kMaxLeadingBlanks = 15;
 } // namespace
 
-float exponential_map_range = 0.0f;
-float exponential_map_curve = 0.0f;
+thread_local float exponential_map_range = 0.0f;
+thread_local float exponential_map_curve = 0.0f;
 
 float Period_ToCents(float period, float sampleRate)
 {

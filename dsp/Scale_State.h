@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 
 #include "dsp/byte_stream.h"
@@ -12,8 +13,12 @@
 // All flag arrays are made in the constructor, so that the MIDI path of the
 // audio thread can write them without allocating; a scale counts as touched
 // from its first use, and only touched scales carry their marks in a saved
-// state. Bytes are written by the interface thread (the scales list, the
-// keyboard) and by the audio thread (MIDI note entry); each is a plain store.
+// state. Marks are written by the interface thread (the scales list, the
+// keyboard, a restored state) and by the audio thread (MIDI note entry), and
+// read by both (the note table is built on the audio thread): each mark is
+// an atomic byte, stored and loaded relaxed; whoever writes a group of marks
+// tells the other side when the group is complete. Scale, key and detune
+// are the interface thread's.
 class Scale_State {
 public:
     static constexpr int keyboard_keys = 78;
@@ -43,7 +48,7 @@ public:
     void setKeyBypassed(int keyIndex, int scale, uint8_t value);
     void setKeyRemoved(int keyIndex, int scale, uint8_t value);
 
-    bool isTouched(int scale) const { return touched[scale]; }
+    bool isTouched(int scale) const { return touched[scale].load(std::memory_order_relaxed); }
 
     // The stream form: the rows group, then the keys group. Reading stops at
     // the first item that fails and answers false, keeping what it read.
@@ -54,17 +59,20 @@ public:
     int16_t key = 0;
     int16_t detune = 0;
 
-    uint8_t* bypassedRows[scale_count];
-    uint8_t* removedRows[scale_count];
-    uint8_t* bypassedKeys[scale_count];
-    uint8_t* removedKeys[scale_count];
+    using Mark = std::atomic<uint8_t>;
+    Mark* bypassedRows[scale_count];
+    Mark* removedRows[scale_count];
+    Mark* bypassedKeys[scale_count];
+    Mark* removedKeys[scale_count];
 
 private:
     static bool validScale(int scale) { return scale >= 0 && scale < scale_count; }
-    void setRow(uint8_t* const* rows, uint8_t* const* keys, int row, int key, int scale,
-                uint8_t value);
-    bool writeGroup(Byte_Writer& out, uint8_t* const* first, uint8_t* const* second, bool rows) const;
-    bool readGroup(Byte_Reader& in, uint8_t** first, uint8_t** second, bool rows);
+    static bool marked(const Mark& mark) { return mark.load(std::memory_order_relaxed) != 0; }
+    static void mark(Mark& mark, uint8_t value) { mark.store(value, std::memory_order_relaxed); }
+    void touch(int scale) { touched[scale].store(true, std::memory_order_relaxed); }
+    void setRow(Mark* const* rows, Mark* const* keys, int row, int key, int scale, uint8_t value);
+    bool writeGroup(Byte_Writer& out, Mark* const* first, Mark* const* second, bool rows) const;
+    bool readGroup(Byte_Reader& in, Mark** first, Mark** second, bool rows);
 
-    bool touched[scale_count];
+    std::atomic<bool> touched[scale_count];
 };

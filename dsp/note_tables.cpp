@@ -18,10 +18,11 @@ struct Entry {
 
 } // namespace
 
-void Note_Table::build(Scale_State& scale, double host_rate, int held_note)
+void Note_Table::build(Scale_State& marks, int scale_index, int key_index, int detune,
+                       double host_rate, int held_note) noexcept
 {
-    const int s = scale.scale >= 0 && scale.scale < scale_count ? scale.scale : 2;
-    const int key = ((scale.key % 12) + 12) % 12;
+    const int s = scale_index >= 0 && scale_index < scale_count ? scale_index : scale_chromatic;
+    const int key = ((key_index % 12) + 12) % 12;
     const int64_t* intervals = scale_intervals[s];
     Entry entries[CV_DSPObject::max_targets];
     int n = 0;
@@ -35,24 +36,24 @@ void Note_Table::build(Scale_State& scale, double host_rate, int held_note)
         // scale has one per key; equal temperament otherwise.
         const int position = ((held_note - key) % 12 + 12) % 12;
         const int64_t interval = Is_TwelveNoteScale(s) ? intervals[position] : int64_t(position) * 10000;
-        const double hz = Note_Frequency(held_note - position, interval, scale.detune);
+        const double hz = Note_Frequency(held_note - position, interval, detune);
         entries[n++] = {host_rate / hz * unit, false};
     } else if (explicit_form) {
         for (int k = 0; k < Scale_State::keyboard_keys; ++k) {
-            if (scale.isKeyRemoved(k, s)) continue;
+            if (marks.isKeyRemoved(k, s)) continue;
             const int note = Scale_State::lowest_note + k;
             const int position = ((note - key) % 12 + 12) % 12;
-            const double hz = Note_Frequency(note - position, intervals[position], scale.detune);
-            entries[n++] = {host_rate / hz * unit, scale.isKeyBypassed(k, s)};
+            const double hz = Note_Frequency(note - position, intervals[position], detune);
+            entries[n++] = {host_rate / hz * unit, marks.isKeyBypassed(k, s)};
         }
     } else {
         // One octave low enough that whole units resolve a small fraction of
         // a cent: the key of MIDI octave -1.
         const int rows = Scale_State::rowsOf(s);
         for (int r = 0; r < rows && n < CV_DSPObject::max_targets; ++r) {
-            if (scale.isRowRemoved(r, s)) continue;
-            const double hz = Note_Frequency(key, intervals[r], scale.detune);
-            entries[n++] = {host_rate / hz * unit, scale.isRowBypassed(r, s)};
+            if (marks.isRowRemoved(r, s)) continue;
+            const double hz = Note_Frequency(key, intervals[r], detune);
+            entries[n++] = {host_rate / hz * unit, marks.isRowBypassed(r, s)};
         }
     }
     std::sort(entries, entries + n, [](const Entry& a, const Entry& b) { return a.period < b.period; });
@@ -77,7 +78,7 @@ void Note_Table::build(Scale_State& scale, double host_rate, int held_note)
     }
 }
 
-void Note_Table::apply(CV_DSPObject& engine) const
+void Note_Table::apply(CV_DSPObject& engine) const noexcept
 {
     if (explicit_form)
         engine.set_note_table(count, periods, bounds, octaves);

@@ -23,12 +23,20 @@ struct Note_Table {
     int64_t octaves[CV_DSPObject::max_targets] = {};
     double unit = 64.0;
 
-    // Any thread; allocates nothing. `host_rate` above 0. With `held_note`
-    // a MIDI note of the keyboard (19 to 96), the table holds that one note
-    // alone, whatever the marks: every pitch goes to it.
-    void build(Scale_State& scale, double host_rate, int held_note = -1);
-    // Hands the table to the engine with the form's setter.
-    void apply(CV_DSPObject& engine) const;
+    // Any thread; allocates nothing. The marks of `marks` for the scale,
+    // key and detune given; `host_rate` above 0. With `held_note` a MIDI
+    // note of the keyboard (19 to 96), the table holds that one note alone,
+    // whatever the marks: every pitch goes to it.
+    void build(Scale_State& marks, int scale, int key, int detune, double host_rate,
+               int held_note = -1) noexcept;
+    // The same with the scale, key and detune of the scale object.
+    void build(Scale_State& scale, double host_rate, int held_note = -1) noexcept
+    {
+        build(scale, scale.scale, scale.key, scale.detune, host_rate, held_note);
+    }
+    // The engine's owner. Hands the table to the engine with the form's
+    // setter.
+    void apply(CV_DSPObject& engine) const noexcept;
 };
 
 // Frequency in Hz of the note `interval` (hundredths of a cent) above the key

@@ -7,6 +7,11 @@
 // nothing writes to it at run time, and any thread may read it.
 
 constexpr int scale_count = 29;
+// Indices of the scales that code singles out: the two with a key of their
+// own spelling, and the one MIDI note entry writes.
+constexpr int scale_major = 0;
+constexpr int scale_minor = 1;
+constexpr int scale_chromatic = 2;
 constexpr int64_t octave_interval = 120000;
 
 // Per scale, in index order, each followed by a null entry.

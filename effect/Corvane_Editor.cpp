@@ -99,7 +99,7 @@ void Corvane_SingleComponentEffect::didOpen(VSTGUI::VST3Editor* editor)
     // engine side while the panel was closed is taken as the user's now, so
     // that switch and page agree.
     if (auto* mode = baseParameter(corvane::kCorrectionMode)) {
-        if ((mode->toPlain(mode->getNormalized()) == 1.0) != graphModeActive) parameterChanged(mode);
+        if ((mode->toPlain(mode->getNormalized()) == 1.0) != isGraphMode()) parameterChanged(mode);
     }
     showCorrectionPage();
     showThroatLength();
@@ -154,7 +154,7 @@ int numberKeySlot(const VstKeyCode& code)
 
 int32_t Corvane_SingleComponentEffect::onKeyDown(const VstKeyCode& code, VSTGUI::CFrame*)
 {
-    if (!graphModeActive) return -1;
+    if (!isGraphMode()) return -1;
     const int slot = numberKeySlot(code);
     if (slot < 0) return -1;
     return runKeyCommand(keyBindings[slot]) ? 1 : -1;
@@ -163,7 +163,7 @@ int32_t Corvane_SingleComponentEffect::onKeyDown(const VstKeyCode& code, VSTGUI:
 int32_t Corvane_SingleComponentEffect::onKeyUp(const VstKeyCode& code, VSTGUI::CFrame*)
 {
     // The release of a key whose press ran a command is taken too.
-    if (!graphModeActive) return -1;
+    if (!isGraphMode()) return -1;
     const int slot = numberKeySlot(code);
     if (slot < 0) return -1;
     const int command = keyBindings[slot];
@@ -290,6 +290,8 @@ void Corvane_SingleComponentEffect::showCurrentNote(double outputCents, bool voi
     // Without a voice the last note stays shown while "Hold Note Shown" is
     // on; otherwise the keyboard shows none.
     if (!voiced) {
+        auto* hold = baseParameter(corvane::kHoldNoteShown);
+        const bool holdNoteShown = hold && hold->toPlain(hold->getNormalized()) != 0.0;
         if (!holdNoteShown && keyboard->getCurrentNote() != Corvane_KeyboardView::noNote)
             keyboard->clearCurrentNote(keyboard->getCurrentNote());
         return;
@@ -318,12 +320,12 @@ void Corvane_SingleComponentEffect::showScaleMarks()
 void Corvane_SingleComponentEffect::pushScaleEdits()
 {
     showScaleMarks();
-    updateNoteTable();
+    scaleMarksChanged();
 }
 
 void Corvane_SingleComponentEffect::scaleMarksEdited()
 {
-    updateNoteTable();
+    scaleMarksChanged();
 }
 
 void Corvane_SingleComponentEffect::keyboardNoteHeld(int note)
@@ -331,9 +333,9 @@ void Corvane_SingleComponentEffect::keyboardNoteHeld(int note)
     const int held = note >= Scale_State::lowest_note && note < Scale_State::lowest_note + Scale_State::keyboard_keys
                          ? note
                          : -1;
-    if (held == heldKeyboardNote) return;
-    heldKeyboardNote = held;
-    updateNoteTable();
+    if (held == heldKeyboardNote.load(std::memory_order_relaxed)) return;
+    heldKeyboardNote.store(held, std::memory_order_relaxed);
+    requestFromInterface();
 }
 
 void Corvane_SingleComponentEffect::stepScalesList(ParamID id)
@@ -351,11 +353,10 @@ void Corvane_SingleComponentEffect::stepScalesList(ParamID id)
 
 void Corvane_SingleComponentEffect::prepareMidiNoteEntry(int key)
 {
-    constexpr int chromatic = 2;
     key = ((key % 12) + 12) % 12;
-    for (int row = 0; row < Scale_State::rowsOf(chromatic); ++row) {
-        scaleState.setRowBypassed(row, key, chromatic, 0);
-        scaleState.setRowRemoved(row, key, chromatic, 1);
+    for (int row = 0; row < Scale_State::rowsOf(scale_chromatic); ++row) {
+        scaleState.setRowBypassed(row, key, scale_chromatic, 0);
+        scaleState.setRowRemoved(row, key, scale_chromatic, 1);
     }
     pushScaleEdits();
 }
@@ -462,14 +463,14 @@ void Corvane_SingleComponentEffect::controlEditEnded(VSTGUI::CControl* control)
 
 void Corvane_SingleComponentEffect::showCorrectionPage()
 {
-    showView(viewRegistry.graphModePage, graphModeActive);
-    showView(viewRegistry.autoModePage, !graphModeActive);
+    showView(viewRegistry.graphModePage, isGraphMode());
+    showView(viewRegistry.autoModePage, !isGraphMode());
 }
 
 void Corvane_SingleComponentEffect::showThroatLength()
 {
     auto* formants = baseParameter(corvane::kUseFormants);
-    const bool on = formants ? formants->toPlain(formants->getNormalized()) == 1.0 : useFormants;
+    const bool on = formants && formants->toPlain(formants->getNormalized()) == 1.0;
     showView(viewRegistry.throatLengthKnob, on);
     showView(viewRegistry.throatLengthCover, !on);
 }

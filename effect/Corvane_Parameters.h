@@ -38,6 +38,10 @@ enum ParameterId : Steinberg::Vst::ParamID {
     kGraphScrollLeft = 87, kGraphScrollRight = 88, kBypass = 89,
 };
 
+// What MIDI notes do in Auto mode: nothing, enable the notes played (learn
+// scale), or enable the notes held and remove them on release (target notes).
+enum MidiScaleMode : Steinberg::int32 { kMidiOff = 0, kMidiLearnScale = 1, kMidiTargetNotes = 2 };
+
 // Fills the host's parameters with the 90 numbered rows and the private
 // set with the extra ones. Interface thread, once, from initialize.
 void addParameters(Steinberg::Vst::ParameterContainer& parameters,

@@ -264,6 +264,8 @@ void Corvane_SingleComponentEffect::setMaxUndos(int32 count)
 
 void Corvane_SingleComponentEffect::refreshAfterState()
 {
+    // The marks read, all or some, reach the engine's note table.
+    scaleMarksChanged();
     // Views that show restored values; while no editor is open the registry
     // is empty and only the key names' spelling goes out.
     keySpellingChanged();

@@ -2,8 +2,6 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <map>
-#include <mutex>
 #include <new>
 
 #include "Common_VST3/VST3_MultiStringArrayParameter.h"
@@ -22,22 +20,6 @@ namespace {
 // dry; generous, since the filters' tails die out within a few hundred.
 constexpr int64_t silenceTail = 2048;
 
-// Effect to engine, for every live effect of the process. Touched only on
-// the interface thread, when effects are made and destroyed and when views
-// look up their engine; the mutex covers hosts that create instances on
-// several threads.
-std::map<const void*, DT_DSPObject*>& instanceMap()
-{
-    static std::map<const void*, DT_DSPObject*> map;
-    return map;
-}
-
-std::mutex& instanceMapMutex()
-{
-    static std::mutex mutex;
-    return mutex;
-}
-
 } // namespace
 
 Steinberg::int32 Corvane_SingleComponentEffect::knobMode = 0;
@@ -45,15 +27,9 @@ Steinberg::int32 Corvane_SingleComponentEffect::knobMode = 0;
 Corvane_SingleComponentEffect::Corvane_SingleComponentEffect()
 {
     std::copy(std::begin(corvane_default_key_bindings), std::end(corvane_default_key_bindings), keyBindings);
-    std::lock_guard<std::mutex> lock(instanceMapMutex());
-    instanceMap()[this] = &dspObject;
 }
 
-Corvane_SingleComponentEffect::~Corvane_SingleComponentEffect()
-{
-    std::lock_guard<std::mutex> lock(instanceMapMutex());
-    instanceMap().erase(this);
-}
+Corvane_SingleComponentEffect::~Corvane_SingleComponentEffect() = default;
 
 FUnknown* Corvane_SingleComponentEffect::createInstance(void* /*context*/)
 {
@@ -62,20 +38,14 @@ FUnknown* Corvane_SingleComponentEffect::createInstance(void* /*context*/)
     return static_cast<IAudioProcessor*>(effect);
 }
 
-DT_DSPObject* Corvane_SingleComponentEffect::engineOf(const void* effect)
-{
-    std::lock_guard<std::mutex> lock(instanceMapMutex());
-    auto it = instanceMap().find(effect);
-    return it == instanceMap().end() ? nullptr : it->second;
-}
-
 tresult PLUGIN_API Corvane_SingleComponentEffect::initialize(FUnknown* context)
 {
     const tresult result = VST3_SingleComponentEffect::initialize(context);
     if (result != kResultOk) return result;
     corvane::addParameters(parameters, privateParameters);
+    indexParameters();
     dspObject.set_sample_rate(processSetup.sampleRate);
-    updateNoteTable();
+    applyAllParameters();
     latencySamples = int32(engine::latency * dspObject.get_decimation_factor());
     return kResultOk;
 }
@@ -94,14 +64,10 @@ tresult PLUGIN_API Corvane_SingleComponentEffect::setupProcessing(ProcessSetup& 
     if (result != kResultOk) return result;
     dspObject.set_sample_rate(setup.sampleRate);
     dspObject.set_samples_per_frame(double(getSamplesPerFrame()));
-    updateNoteTable();
     // The engine takes each setting from its parameter, the defaults too:
-    // the host sends only changes, and some settings (the vibrato rate)
-    // depend on the rate just set.
-    for (int32 i = 0; i < parameters.getParameterCount(); ++i) {
-        auto* parameter = FCast<VST3_BaseParameter>(parameters.getParameterByIndex(i));
-        if (parameter) applyParameter(parameter, parameter->getInfo().id, 0, parameter->getNormalized());
-    }
+    // the host sends only changes, and some settings (the vibrato rate, the
+    // note table) depend on the rate just set.
+    applyAllParameters();
     latencySamples = int32(engine::latency * dspObject.get_decimation_factor());
     return kResultOk;
 }
@@ -127,6 +93,15 @@ uint32 PLUGIN_API Corvane_SingleComponentEffect::getProcessContextRequirements()
     using R = IProcessContextRequirements;
     return R::kNeedProjectTimeMusic | R::kNeedBarPositionMusic | R::kNeedTempo |
            R::kNeedTimeSignature | R::kNeedTransportState;
+}
+
+tresult PLUGIN_API Corvane_SingleComponentEffect::setParamNormalized(ParamID id, ParamValue value)
+{
+    const tresult result = VST3_SingleComponentEffect::setParamNormalized(id, value);
+    if (result == kResultOk && !isEditorOpen() &&
+        (id == corvane::kScale || id == corvane::kKey || id == corvane::kDetune))
+        pushScaleFromParameters();
+    return result;
 }
 
 void Corvane_SingleComponentEffect::putParameter(ParamID id, double plain)
@@ -159,34 +134,33 @@ void Corvane_SingleComponentEffect::parameterChanged(Parameter* parameter)
         keySpellingChanged();
         showScaleMarks();
         // The MIDI modes live only on the Chromatic scale.
-        if (id == corvane::kScale && plain != 2.0) {
-            if (midiScaleMode == 2) putParameter(corvane::kTargetNotes, 0.0);
-            if (midiScaleMode == 1) putParameter(corvane::kLearnScale, 0.0);
-            midiScaleMode = 0;
+        if (id == corvane::kScale && plain != double(scale_chromatic)) {
+            const int32 mode = midiScaleMode.exchange(corvane::kMidiOff, std::memory_order_relaxed);
+            if (mode == corvane::kMidiTargetNotes) putParameter(corvane::kTargetNotes, 0.0);
+            if (mode == corvane::kMidiLearnScale) putParameter(corvane::kLearnScale, 0.0);
         }
         break;
     }
     case corvane::kDetune:
         showDetuneHertz();
         scaleState.detune = int16_t(plain);
-        updateNoteTable();
         break;
     case corvane::kLearnScale:
     case corvane::kTargetNotes: {
-        const int32 mode = id == corvane::kLearnScale ? 1 : 2;
+        const int32 mode = id == corvane::kLearnScale ? corvane::kMidiLearnScale : corvane::kMidiTargetNotes;
+        const int32 current = midiScaleMode.load(std::memory_order_relaxed);
         if (press) {
             if (auto* key = baseParameter(corvane::kKey)) prepareMidiNoteEntry(int(key->toPlain(key->getNormalized())));
             // The two modes exclude each other.
-            const ParamID other = mode == 1 ? corvane::kTargetNotes : corvane::kLearnScale;
-            if (midiScaleMode != 0 && midiScaleMode != mode) putParameter(other, 0.0);
-            midiScaleMode = mode;
-        } else if (midiScaleMode == mode) {
-            midiScaleMode = 0;
+            const ParamID other = mode == corvane::kMidiLearnScale ? corvane::kTargetNotes : corvane::kLearnScale;
+            if (current != corvane::kMidiOff && current != mode) putParameter(other, 0.0);
+            midiScaleMode.store(mode, std::memory_order_relaxed);
+        } else if (current == mode) {
+            midiScaleMode.store(corvane::kMidiOff, std::memory_order_relaxed);
         }
         break;
     }
     case corvane::kUseFormants:
-        useFormants = press;
         showThroatLength();
         break;
     case corvane::kScaleUp:
@@ -239,28 +213,66 @@ void Corvane_SingleComponentEffect::parameterChanged(Parameter* parameter)
 
 void Corvane_SingleComponentEffect::setScaleAndKey(int scale, int key)
 {
-    if (scale < 0 || scale >= scale_count) scale = 2;
+    if (scale < 0 || scale >= scale_count) scale = scale_chromatic;
     key = ((key % 12) + 12) % 12;
     scaleState.scale = int16_t(scale);
     scaleState.key = int16_t(key);
     // The key names follow the spelling of the scale; the key index stays.
-    // Only the list in force changes here, a plain store that the audio
-    // thread may make too; the interface thread tells views and host.
+    // The list in force is an atomic index that the engine's owner switches
+    // too; the interface thread tells views and host.
     auto* keyParameter = FCast<VST3_MultiStringArrayParameter>(parameters.getParameter(corvane::kKey));
     if (keyParameter) keyParameter->setCurrentArray(corvane::keySpellingOf(scale));
-    updateNoteTable();
 }
 
-void Corvane_SingleComponentEffect::updateNoteTable()
+void Corvane_SingleComponentEffect::scaleMarksChanged()
 {
-    // Built without allocating, so that a change arriving with the audio
-    // (automation, MIDI notes) can be taken in between two blocks.
-    const double rate = processSetup.sampleRate > 0.0 ? processSetup.sampleRate : 44100.0;
-    noteTable.build(scaleState, rate, heldKeyboardNote);
-    noteTable.apply(dspObject);
+    marksGeneration.fetch_add(1, std::memory_order_release);
+    requestFromInterface();
 }
 
-void Corvane_SingleComponentEffect::processEvents(IEventList* events)
+void Corvane_SingleComponentEffect::requestFromInterface()
+{
+    if (!audioOwnsEngine()) takeInterfaceRequests();
+}
+
+void Corvane_SingleComponentEffect::takeInterfaceRequests() noexcept
+{
+    const bool graph = graphModeActive.load(std::memory_order_relaxed);
+    if (graph != engineGraphMode) {
+        engineGraphMode = graph;
+        dspObject.set_auto_mode(!graph);
+    }
+    // Retune speed and humanize make one smoother; Graph mode takes them
+    // from its objects, and Auto mode finds them as last applied.
+    if (retuneStale && !engineGraphMode) {
+        retuneStale = false;
+        dspObject.set_retune(double(int64_t(appliedPlain(corvane::kRetuneSpeed))),
+                             double(int64_t(appliedPlain(corvane::kHumanize))));
+    }
+    const uint32_t marks = marksGeneration.load(std::memory_order_acquire);
+    const int held = heldKeyboardNote.load(std::memory_order_relaxed);
+    if (marks != engineMarksGeneration || held != engineHeldNote) {
+        engineMarksGeneration = marks;
+        engineHeldNote = held;
+        noteTableStale = true;
+    }
+    if (noteTableStale) {
+        // Built without allocating, from the scale, key and detune the
+        // engine has and the marks as they stand.
+        noteTableStale = false;
+        const double rate = processSetup.sampleRate > 0.0 ? processSetup.sampleRate : 44100.0;
+        noteTable.build(scaleState, engineScale, engineKey, engineDetune, rate, engineHeldNote);
+        noteTable.apply(dspObject);
+    }
+}
+
+void Corvane_SingleComponentEffect::processParameterChanges(IParameterChanges* changes) noexcept
+{
+    VST3_SingleComponentEffect::processParameterChanges(changes);
+    takeInterfaceRequests();
+}
+
+void Corvane_SingleComponentEffect::processEvents(IEventList* events) noexcept
 {
     if (events == nullptr) return;
     const int32 count = events->getEventCount();
@@ -280,44 +292,43 @@ void Corvane_SingleComponentEffect::processEvents(IEventList* events)
             continue;
         }
         if (pitch < Scale_State::lowest_note || pitch > 96) continue;
-        if (graphModeActive) continue; // recorded beside the pitch once Graph mode tracks
+        if (engineGraphMode) continue; // recorded beside the pitch once Graph mode tracks
         changed |= midiNoteToScale(pitch, velocity);
     }
-    // Scale and key are unchanged: only the marks moved, so the table is
-    // rebuilt without touching any parameter object on the audio thread;
-    // the panel's timer redraws the marks.
+    // Only the marks moved: the table is rebuilt from them, and the panel's
+    // timer redraws them.
     if (changed) {
-        updateNoteTable();
+        noteTableStale = true;
+        takeInterfaceRequests();
         scaleMarksPending.store(true, std::memory_order_relaxed);
     }
 }
 
-bool Corvane_SingleComponentEffect::midiNoteToScale(int pitch, int velocity)
+bool Corvane_SingleComponentEffect::midiNoteToScale(int pitch, int velocity) noexcept
 {
-    const int mode = midiScaleMode;
-    if (mode != 1 && mode != 2) return false;
-    if (mode == 1 && velocity == 0) return false; // learning ignores releases
+    const int32 mode = midiScaleMode.load(std::memory_order_relaxed);
+    if (mode != corvane::kMidiLearnScale && mode != corvane::kMidiTargetNotes) return false;
+    if (mode == corvane::kMidiLearnScale && velocity == 0) return false; // learning ignores releases
     const uint8_t removed = velocity == 0 ? 1 : 0;
     // The note folded into the octave above middle C, relative to the key.
-    const int key = scaleState.key;
+    const int key = engineKey;
     int n = pitch - key;
     while (n < 60) n += 12;
     while (n > 71) n -= 12;
     const int pc = n - 60;
-    constexpr int chromatic = 2;
     if (!midiOctavesAll) {
-        scaleState.setKeyRemoved(pitch - Scale_State::lowest_note, chromatic, removed);
+        scaleState.setKeyRemoved(pitch - Scale_State::lowest_note, scale_chromatic, removed);
     } else {
         // The row and every key of its pitch class.
-        scaleState.setRowRemoved(pc, key, chromatic, removed);
+        scaleState.setRowRemoved(pc, key, scale_chromatic, removed);
     }
     return true;
 }
 
 void Corvane_SingleComponentEffect::setCorrectionMode(bool graph)
 {
-    graphModeActive = graph;
-    dspObject.set_auto_mode(!graph);
+    graphModeActive.store(graph, std::memory_order_relaxed);
+    requestFromInterface();
 }
 
 void Corvane_SingleComponentEffect::setClockPosition(int64_t position)
@@ -339,11 +350,11 @@ void Corvane_SingleComponentEffect::stopClock()
     dspObject.set_idle(true);
 }
 
-void Corvane_SingleComponentEffect::clockStep(ProcessData& /*data*/)
+void Corvane_SingleComponentEffect::clockStep(ProcessData& /*data*/) noexcept
 {
     // Auto mode: the clock runs from position 0 as soon as audio flows, so
     // frames close for the slow filters of the correction.
-    if (!graphModeActive) {
+    if (!engineGraphMode) {
         if (!clockRunning) {
             startClock();
             setClockPosition(0);
@@ -351,7 +362,7 @@ void Corvane_SingleComponentEffect::clockStep(ProcessData& /*data*/)
     }
 }
 
-void Corvane_SingleComponentEffect::processAudio(ProcessData& data)
+void Corvane_SingleComponentEffect::processAudio(ProcessData& data) noexcept
 {
     processCalled = true;
     clockStep(data);
@@ -394,41 +405,19 @@ void Corvane_SingleComponentEffect::processAudio(ProcessData& data)
 }
 
 void Corvane_SingleComponentEffect::applyParameter(VST3_BaseParameter* parameter, ParamID id,
-                                                   int32 /*sampleOffset*/, ParamValue value)
+                                                   int32 /*sampleOffset*/, ParamValue value) noexcept
 {
     const double plain = parameter->toPlain(value);
     switch (id) {
+    // Rows that join several parameters are resolved once the whole batch
+    // is in.
     case corvane::kScale:
-    case corvane::kKey: {
-        // With the editor open the panel makes the change, unless a restored
-        // session pushes it.
-        if (!scaleKeyForced && editorFrame != nullptr) break;
-        const ParamID other = id == corvane::kScale ? corvane::kKey : corvane::kScale;
-        auto* otherParameter = baseParameter(other);
-        if (otherParameter == nullptr) break;
-        const double otherPlain = otherParameter->toPlain(otherParameter->getNormalized());
-        const int scale = int(id == corvane::kScale ? plain : otherPlain);
-        const int key = int(id == corvane::kKey ? plain : otherPlain);
-        setScaleAndKey(scale, key);
-        break;
-    }
-    case corvane::kDetune:
-        scaleState.detune = int16_t(plain);
-        dspObject.set_detune(int(plain));
-        updateNoteTable();
-        break;
+    case corvane::kKey:
+    case corvane::kDetune: noteTableStale = true; break;
     case corvane::kRetuneSpeed:
-    case corvane::kHumanize: {
-        // The two make one smoother; Graph mode takes them from its objects.
-        const ParamID other = id == corvane::kRetuneSpeed ? corvane::kHumanize : corvane::kRetuneSpeed;
-        auto* otherParameter = baseParameter(other);
-        if (otherParameter == nullptr || graphModeActive) break;
-        const double otherPlain = otherParameter->toPlain(otherParameter->getNormalized());
-        const double retune = double(int64_t(id == corvane::kRetuneSpeed ? plain : otherPlain));
-        const double humanize = double(int64_t(id == corvane::kHumanize ? plain : otherPlain));
-        dspObject.set_retune(retune, humanize);
-        break;
-    }
+    case corvane::kHumanize: retuneStale = true; break;
+    case corvane::kTracking:
+    case corvane::kInputType: trackingStale = true; break;
     case corvane::kVibratoShape: dspObject.set_vibrato_shape(int(plain)); break;
     case corvane::kVibratoPitch: dspObject.set_vibrato_pitch(plain); break;
     case corvane::kVibratoRate: {
@@ -436,16 +425,6 @@ void Corvane_SingleComponentEffect::applyParameter(VST3_BaseParameter* parameter
         const float rate = float(processSetup.sampleRate);
         const float frame = float(getSamplesPerFrame());
         dspObject.set_vibrato_rate(double(1000.0f / (rate / (float(plain) * frame))));
-        break;
-    }
-    case corvane::kTracking:
-    case corvane::kInputType: {
-        auto* tracking = baseParameter(corvane::kTracking);
-        auto* type = baseParameter(corvane::kInputType);
-        if (tracking == nullptr || type == nullptr) break;
-        const double trackingPlain = id == corvane::kTracking ? plain : tracking->toPlain(tracking->getNormalized());
-        const double typePlain = id == corvane::kInputType ? plain : type->toPlain(type->getNormalized());
-        dspObject.set_tracking(trackingPlain, int(typePlain));
         break;
     }
     case corvane::kIgnoreVibrato: dspObject.set_ignore_vibrato(plain != 0.0); break;
@@ -461,11 +440,28 @@ void Corvane_SingleComponentEffect::applyParameter(VST3_BaseParameter* parameter
     case corvane::kTranspose: dspObject.set_transpose(int(plain)); break;
     case corvane::kEnableTimeWarping: dspObject.set_time_warping(plain != 0.0); break;
     case corvane::kLRRef: dspObject.set_reference_channel(uint16_t(plain)); break;
-    case corvane::kHoldNoteShown: holdNoteShown = plain != 0.0; break;
     case corvane::kMIDIOctaves: midiOctavesAll = plain != 0.0; break;
     case corvane::kClockSource: hostClock = plain == 1.0; break;
-    case corvane::kAutoScroll: autoScroll = plain != 0.0; break;
     case corvane::kBypass: dspObject.set_bypass(plain != 0.0); break;
     default: break;
     }
+}
+
+void Corvane_SingleComponentEffect::resolveJoinedSettings() noexcept
+{
+    if (noteTableStale) {
+        engineScale = int(appliedPlain(corvane::kScale));
+        if (engineScale < 0 || engineScale >= scale_count) engineScale = scale_chromatic;
+        engineKey = ((int(appliedPlain(corvane::kKey)) % 12) + 12) % 12;
+        engineDetune = int(appliedPlain(corvane::kDetune));
+        dspObject.set_detune(engineDetune);
+        // The key's texts follow the spelling of the scale the engine has.
+        auto* key = static_cast<VST3_MultiStringArrayParameter*>(parameterAt(corvane::kKey));
+        if (key) key->setCurrentArray(corvane::keySpellingOf(engineScale));
+    }
+    if (trackingStale) {
+        trackingStale = false;
+        dspObject.set_tracking(appliedPlain(corvane::kTracking), int(appliedPlain(corvane::kInputType)));
+    }
+    takeInterfaceRequests();
 }

@@ -8,6 +8,7 @@
 #include "dsp/DT_DSPObject.h"
 #include "dsp/Scale_State.h"
 #include "dsp/note_tables.h"
+#include "effect/Corvane_Parameters.h"
 #include "panel/Corvane_PanelOwner.h"
 #include "panel/Corvane_ViewRegistry.h"
 
@@ -38,17 +39,25 @@ public:
     Steinberg::uint32 PLUGIN_API getLatencySamples() SMTG_OVERRIDE;
     Steinberg::uint32 PLUGIN_API getProcessContextRequirements() SMTG_OVERRIDE;
 
-    //--- Steps of a block.
-    void processAudio(Steinberg::Vst::ProcessData& data) override;
+    //--- Steps of a block, and the rows that feed the engine (its owner's
+    // thread: the audio thread while active, the interface thread while not).
+    void processParameterChanges(Steinberg::Vst::IParameterChanges* changes) noexcept override;
+    void processAudio(Steinberg::Vst::ProcessData& data) noexcept override;
     void applyParameter(VST3_BaseParameter* parameter, ParamID id,
-                        Steinberg::int32 sampleOffset, ParamValue value) override;
+                        Steinberg::int32 sampleOffset, ParamValue value) noexcept override;
+    void resolveJoinedSettings() noexcept override;
     // Interface thread: what a control's change does beyond the engine. Rows
     // that act on views find them absent while the editor is closed and are
     // skipped.
     void parameterChanged(Steinberg::Vst::Parameter* parameter) override;
     // Audio thread. Notes on and off in the MIDI modes of Auto mode.
-    void processEvents(Steinberg::Vst::IEventList* events) override;
-    Steinberg::int32 getMidiScaleMode() const { return midiScaleMode; }
+    void processEvents(Steinberg::Vst::IEventList* events) noexcept override;
+    Steinberg::int32 getMidiScaleMode() const { return midiScaleMode.load(std::memory_order_relaxed); }
+
+    // Interface thread. As the base; Scale, Key and Detune also set the scale
+    // object the panel shows while the panel is closed (an open panel takes
+    // them in from its timer, with its views).
+    tresult PLUGIN_API setParamNormalized(ParamID id, ParamValue value) SMTG_OVERRIDE;
 
     //--- Session state: the current stream (version 10, also reads 9) and the
     // old one (version 8) behind a foreign header. Interface thread.
@@ -56,12 +65,13 @@ public:
     bool writeState(Steinberg::IBStreamer& streamer) override;
     Steinberg::int32 writtenStateVersion() const override;
 
-    // Interface thread. The scale and key in force, into the scale object;
-    // the key names follow the spelling of the scale.
+    // Interface thread. The scale and key the panel shows, into the scale
+    // object; the key names follow the spelling of the scale. The engine
+    // takes scale and key from their parameters.
     void setScaleAndKey(int scale, int key);
-    // Any thread, between blocks on the audio thread: the engine's note
-    // table from the scale object.
-    void updateNoteTable();
+    // Interface thread. The marks of the scale object changed: the engine's
+    // owner rebuilds its note table from them.
+    void scaleMarksChanged();
     // Interface thread. Auto (false) or Graph (true) correction.
     void setCorrectionMode(bool graph);
 
@@ -97,7 +107,7 @@ public:
     Corvane_KeyboardView* panelKeyboard() override { return viewRegistry.keyboard; }
     void scaleMarksEdited() override;
     void keyboardNoteHeld(int note) override;
-    int getHeldKeyboardNote() const { return heldKeyboardNote; }
+    int getHeldKeyboardNote() const { return heldKeyboardNote.load(std::memory_order_relaxed); }
     // The note the keyboard shows as current (MIDI note from a pitch in
     // cents, 0 being the C below A 440, with the detune taken off).
     static int currentNoteOf(double cents, int detune);
@@ -133,15 +143,11 @@ public:
     // Samples per tracked frame, 200 while unset.
     int64_t getSamplesPerFrame() const { return samplesPerFrame == 0 ? 200 : samplesPerFrame; }
 
-    // Interface thread. The engine of an effect, from the process-wide map;
-    // null for an unknown effect.
-    static DT_DSPObject* engineOf(const void* effect);
-
     // Read-only views for the panel and tests.
     const Scale_State& getScaleState() const { return scaleState; }
     // Interface thread: the scale object for the scales list and keyboard.
     Scale_State& getScaleState() { return scaleState; }
-    bool isGraphMode() const { return graphModeActive; }
+    bool isGraphMode() const { return graphModeActive.load(std::memory_order_relaxed); }
     Steinberg::int32 getMaxUndos() const { return maxUndos; }
     bool getCustomCursors() const { return customCursors; }
     Steinberg::int32 getKnobStyle() const { return knobStyle; }
@@ -163,7 +169,14 @@ public:
 
 protected:
     // The clock step of a block, before the audio.
-    void clockStep(Steinberg::Vst::ProcessData& data);
+    void clockStep(Steinberg::Vst::ProcessData& data) noexcept;
+    // The engine's owner: what the interface thread asked for outside the
+    // parameters (mode, marks, held key) reaches the engine, and a stale
+    // note table is rebuilt.
+    void takeInterfaceRequests() noexcept;
+    // Interface thread: a request for the owner; applied at once while
+    // inactive, at the next block otherwise.
+    void requestFromInterface();
 
     // Sections of the state stream; each answers false at the first item
     // that fails.
@@ -179,9 +192,10 @@ protected:
     // Runs after every read of a state, good or not: views that show
     // restored values refresh when they are open.
     void refreshAfterState();
-    // One MIDI note (19 to 96) into the Chromatic scale's marks, by the mode
-    // of parameters 36 and 37; true when a mark was written.
-    bool midiNoteToScale(int pitch, int velocity);
+    // Audio thread. One MIDI note (19 to 96) into the Chromatic scale's
+    // marks, by the mode of parameters 36 and 37; true when a mark was
+    // written.
+    bool midiNoteToScale(int pitch, int velocity) noexcept;
     // Puts a parameter to a plain value from the program's side.
     void putParameter(ParamID id, double plain);
     // A change made by the program as the user would make it on the panel:
@@ -212,27 +226,39 @@ protected:
     DT_DSPObject dspObject;
     int64_t samplesPerFrame = 0;
     Steinberg::int32 latencySamples = int32_t(engine::latency);
-    bool graphModeActive = false;
+    // Set by the interface thread, read by both.
+    std::atomic<bool> graphModeActive{false};
+    // Owned by the engine's owner from here to silentInputSamples.
     bool clockRunning = false;
     bool pitchTrackingActive = false;
     bool pitchAndTimeTrackingActive = false;
     int64_t clockStartPosition = -1;
     int64_t lastBlockPosition = 0;
     int64_t lastBlockSamples = 0;
-    bool hostClock = true;
     Steinberg::int32 transportState = -1;
     bool processCalled = false;
     // Host samples since the input was last flagged as sounding.
     int64_t silentInputSamples = 0;
-
-    Scale_State scaleState;
-    Note_Table noteTable;
-    bool holdNoteShown = false;
-    Steinberg::int32 midiScaleMode = 0;
     bool midiOctavesAll = false;
-    bool autoScroll = true;
-    bool useFormants = true;
-    bool scaleKeyForced = false;
+    bool hostClock = true;
+    // Scale, key and detune as the engine has them, from their parameters.
+    int engineScale = scale_chromatic;
+    int engineKey = 0;
+    int engineDetune = 0;
+    bool engineGraphMode = false;
+    int engineHeldNote = -1;
+    uint32_t engineMarksGeneration = 0;
+    Note_Table noteTable;
+    bool noteTableStale = true;
+    bool retuneStale = true;
+    bool trackingStale = true;
+
+    // The marks are shared by both threads, one atomic byte each; the
+    // interface thread counts its edits here so that the owner rebuilds.
+    Scale_State scaleState;
+    std::atomic<uint32_t> marksGeneration{0};
+    // Written by the interface thread, read by the audio thread.
+    std::atomic<Steinberg::int32> midiScaleMode{corvane::kMidiOff};
     Steinberg::int32 maxUndos = 20;
     Steinberg::int32 capacitySetting = 0;
     bool customCursors = true;
@@ -251,7 +277,7 @@ protected:
     Steinberg::int32 keySpelling = -1;
     // The keyboard key held in momentary mode (MIDI note), or -1. Written by
     // the interface thread, read when the note table is built.
-    int heldKeyboardNote = -1;
+    std::atomic<int> heldKeyboardNote{-1};
     // Set by the audio thread when MIDI notes changed the marks; the timer
     // redraws the scale's views.
     std::atomic<bool> scaleMarksPending{false};

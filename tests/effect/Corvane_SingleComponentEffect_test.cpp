@@ -6,6 +6,7 @@
 #include "dsp/Scale_State.h"
 #include "effect/Corvane_Parameters.h"
 #include "hostlib/Host_Interfaces.h"
+#include "support/inspected_effect.h"
 #include "public.sdk/source/common/memorystream.h"
 
 #include <cmath>
@@ -14,28 +15,6 @@
 #include <gtest/gtest.h>
 
 using namespace Steinberg;
-
-TEST(CorvaneEffect, EveryLiveEffectFindsItsEngine)
-{
-    FUnknown* first = Corvane_SingleComponentEffect::createInstance(nullptr);
-    FUnknown* second = Corvane_SingleComponentEffect::createInstance(nullptr);
-    ASSERT_TRUE(first && second);
-    // The create function hands out the processor interface of the effect.
-    auto* a = static_cast<Corvane_SingleComponentEffect*>(static_cast<Vst::IAudioProcessor*>(first));
-    auto* b = static_cast<Corvane_SingleComponentEffect*>(static_cast<Vst::IAudioProcessor*>(second));
-    DT_DSPObject* engineA = Corvane_SingleComponentEffect::engineOf(a);
-    DT_DSPObject* engineB = Corvane_SingleComponentEffect::engineOf(b);
-    ASSERT_NE(engineA, nullptr);
-    ASSERT_NE(engineB, nullptr);
-    EXPECT_NE(engineA, engineB);
-    EXPECT_EQ(Corvane_SingleComponentEffect::engineOf(engineA), nullptr);
-
-    first->release();
-    EXPECT_EQ(Corvane_SingleComponentEffect::engineOf(a), nullptr);
-    EXPECT_EQ(Corvane_SingleComponentEffect::engineOf(b), engineB);
-    second->release();
-    EXPECT_EQ(Corvane_SingleComponentEffect::engineOf(b), nullptr);
-}
 
 TEST(CorvaneEffect, EditsReachTheHostOnlyForItsParameters)
 {
@@ -55,13 +34,9 @@ namespace {
 
 // An effect made and initialized as a host does, released at the end.
 struct Effect {
-    Corvane_SingleComponentEffect* effect = new Corvane_SingleComponentEffect();
-    DT_DSPObject* engine = nullptr;
-    Effect()
-    {
-        effect->initialize(nullptr);
-        engine = Corvane_SingleComponentEffect::engineOf(effect);
-    }
+    Inspected_Effect* effect = new Inspected_Effect();
+    const DT_DSPObject* engine = &effect->engine();
+    Effect() { effect->initialize(nullptr); }
     ~Effect()
     {
         effect->terminate();
@@ -100,14 +75,12 @@ struct Effect {
 TEST(CorvaneEffect, AutomationActsByTheLastPointAndAThreshold)
 {
     Effect e;
-    ASSERT_NE(e.engine, nullptr);
-    // L/R Ref stored at 0.999995 (Right) while the engine still has Left: a
-    // value 0.000009 away is not applied, one 0.00001 away is.
-    auto* lr = e.effect->getParameterObject(corvane::kLRRef);
-    lr->setNormalized(0.999995);
-    e.block(corvane::kLRRef, {{0, 0.999995 - 0.000009}});
+    // L/R Ref applied at 0.499995 (Left): a value 0.000009 above it, which
+    // would read Right, is not applied; one 0.00001 above it is.
+    e.block(corvane::kLRRef, {{0, 0.499995}});
+    e.block(corvane::kLRRef, {{0, 0.499995 + 0.000009}});
     EXPECT_EQ(e.engine->get_reference_channel(), 0);
-    e.block(corvane::kLRRef, {{0, 0.999995 - 0.00001}});
+    e.block(corvane::kLRRef, {{0, 0.499995 + 0.00001}});
     EXPECT_EQ(e.engine->get_reference_channel(), 1);
     // Five points act once, with the last value.
     e.block(corvane::kBypass, {{0, 1.0}, {10, 0.0}, {20, 1.0}, {30, 1.0}, {40, 1.0}});

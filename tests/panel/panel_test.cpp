@@ -5,6 +5,7 @@
 // exactly the views it is about.
 
 #include "effect/Corvane_SingleComponentEffect.h"
+#include "support/inspected_effect.h"
 
 #include <cmath>
 #include <cstdlib>
@@ -71,7 +72,7 @@ const char* panelDescription = R"(<vstgui-ui-description version="1">
 // An effect as a host makes it, with the panel's description in the
 // resource folder and a handler that writes down the host's edit calls.
 struct Panel {
-    Corvane_SingleComponentEffect* effect = new Corvane_SingleComponentEffect();
+    Inspected_Effect* effect = new Inspected_Effect();
     vstgui_test::RecordingHandler handler;
     VSTGUI::VST3Editor* editor = nullptr;
 
@@ -500,8 +501,7 @@ TEST(Panel, AValueSetByTheProgramReachesTheEngineWhileThePanelIsOpen)
 {
     Panel panel;
     ASSERT_TRUE(panel.open());
-    DT_DSPObject* engine = Corvane_SingleComponentEffect::engineOf(panel.effect);
-    ASSERT_NE(engine, nullptr);
+    const DT_DSPObject* engine = &panel.effect->engine();
     // "Bypass" set as a restored old session sets it: the engine passes the
     // input untouched from then on.
     panel.effect->setParameterPlain(corvane::kBypass, 1.0);
@@ -543,9 +543,9 @@ std::vector<uint32_t> statesByPitchClass(Pick marked, uint32_t markedState, uint
     return states;
 }
 
-int64_t engineNotes(Corvane_SingleComponentEffect* effect)
+int64_t engineNotes(Inspected_Effect* effect)
 {
-    return Corvane_SingleComponentEffect::engineOf(effect)->get_target_count();
+    return effect->engine().get_target_count();
 }
 
 } // namespace

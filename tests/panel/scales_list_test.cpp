@@ -64,7 +64,7 @@ struct Page : Corvane_PanelOwner {
         return press(Corvane_ListCell(visibleRow, column), buttons);
     }
     // The keys (note - 19) marked in a key table of the scale.
-    std::set<int> keysMarked(uint8_t* const* table)
+    std::set<int> keysMarked(Scale_State::Mark* const* table)
     {
         std::set<int> keys;
         for (int k = 0; k < kKeys; ++k)
