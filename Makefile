@@ -1,13 +1,14 @@
 # Thin front over CMake for the README's commands.
 BUILD_DIR ?= build
 ASAN_DIR ?= build-asan
+TSAN_DIR ?= build-tsan
 BUILD_TYPE ?= Release
 JOBS ?= 2
 RENDER = $(BUILD_DIR)/tools/render/corvane-render
 SNAPSHOT = $(BUILD_DIR)/tools/snapshot/corvane-snapshot
 BUNDLE = $(BUILD_DIR)/Corvane+Time_VST.vst3
 
-.PHONY: all deps configure build demo snapshots test test-sanitize fuzz bench install clean
+.PHONY: all deps configure build demo snapshots test test-sanitize test-tsan fuzz bench install clean
 
 all: build
 
@@ -39,6 +40,13 @@ test-sanitize: deps
 	@cmake --build $(ASAN_DIR) -j $(JOBS)
 	ctest --test-dir $(ASAN_DIR) --output-on-failure -j $(JOBS)
 
+# The tests that run threads against each other (their names hold
+# "Threaded"), built with ThreadSanitizer, which fails them on any data race.
+test-tsan: deps
+	@cmake -S . -B $(TSAN_DIR) -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCORVANE_TSAN=ON -DCORVANE_BUILD_BENCH=OFF > /dev/null
+	@cmake --build $(TSAN_DIR) -j $(JOBS)
+	TSAN_OPTIONS="halt_on_error=1 second_deadlock_stack=1" ctest --test-dir $(TSAN_DIR) --output-on-failure -R Threaded
+
 # Runs the session-state fuzzer for FUZZ_SECONDS, starting from the seeds in
 # fuzz/seeds; new inputs go to build-fuzz/corpus, crashes to build-fuzz/.
 FUZZ_DIR ?= build-fuzz
@@ -59,4 +67,4 @@ install: build
 	cp -r "$(BUNDLE)" "$(HOME)/.vst3/"
 
 clean:
-	rm -rf $(BUILD_DIR) $(ASAN_DIR) $(FUZZ_DIR) out
+	rm -rf $(BUILD_DIR) $(ASAN_DIR) $(TSAN_DIR) $(FUZZ_DIR) out

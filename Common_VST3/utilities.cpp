@@ -16,8 +16,8 @@ constexpr double kA4_note = 69.0;
 constexpr int kMaxLeadingBlanks = 15;
 } // namespace
 
-thread_local float exponential_map_range = 0.0f;
-thread_local float exponential_map_curve = 0.0f;
+std::atomic<float> exponential_map_range{0.0f};
+std::atomic<float> exponential_map_curve{0.0f};
 
 float Period_ToCents(float period, float sampleRate)
 {
@@ -61,8 +61,8 @@ float Exponential_Map(float low, float mid, float high, float position)
 {
     const double r = double(high) - double(low);
     const float k = float(2.0 * std::log(r / (double(mid) - double(low)) - 1.0));
-    exponential_map_range = float(r);
-    exponential_map_curve = k;
+    exponential_map_range.store(float(r), std::memory_order_relaxed);
+    exponential_map_curve.store(k, std::memory_order_relaxed);
     return float(double(low) +
                  (r / (std::exp(double(k)) - 1.0)) * (std::exp(double(position) * double(k)) - 1.0));
 }

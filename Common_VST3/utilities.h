@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 
 // Conversions between period, cents, notes, decibels and times. Float arguments
@@ -35,12 +36,12 @@ int64_t Round_ToInt(float x);
 // with r = high - low and k = 2 ln(r / (mid - low) - 1), k held as a float.
 // `mid` must lie strictly between `low` and `high` and not in their middle
 // (k = 0 there); nothing is checked.
-// Each call leaves r and k in the two variables below, one pair per thread, so
-// that the audio and the interface thread may both call it. Any thread.
+// Each call leaves r and k in the two shared variables below, stored relaxed,
+// so that the audio and the interface thread may both call it. Any thread.
 float Exponential_Map(float low, float mid, float high, float position);
-// r and k of the calling thread's last Exponential_Map.
-extern thread_local float exponential_map_range;
-extern thread_local float exponential_map_curve;
+// r and k of the last Exponential_Map of any thread.
+extern std::atomic<float> exponential_map_range;
+extern std::atomic<float> exponential_map_curve;
 
 // Characters Samples_ToTimeString may write into `text`, terminator included.
 constexpr int32_t time_string_capacity = 18;

@@ -40,7 +40,7 @@ struct Row {
 // Buttons are two-state with plain values 0.0 and 1.0 and are not
 // automatable; the knobs' ranges are in the units the engine takes.
 const Row catalogue[] = {
-    {0, "Correction Mode", "ModR", "", Kind::List, 0, 0, 0, 0, 0, kAuto, {"Auto", "Graph"}},
+    {0, "Correction Mode", "ModR", "", Kind::List, 0, 0, 0, 0, 0, kNone, {"Auto", "Graph"}},
     {1, "Scale", "ScaP", "", Kind::List, 0, 0, 0, 2, 0, kAuto, {}},
     {2, "Key", "KeyP", "", Kind::Key, 0, 0, 0, 0, 0, kAuto, {}},
     {3, "Detune", "DetK", "cents", Kind::Scaled, -100, 0, 100, 0, 0, kAuto, {}},

@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <chrono>
 #include <cmath>
 #include <cstdlib>
@@ -15,6 +16,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "panel/Corvane_KeyboardGeometry.h"
@@ -24,6 +26,7 @@
 #include "support/editor_host.h"
 #include "support/host_run_loop.h"
 #include "support/picture.h"
+#include "support/realtime_counter.h"
 #include "support/pitch_estimate.h"
 #include "support/recording_handler.h"
 #include "support/signals.h"
@@ -724,4 +727,143 @@ TEST_F(EditorModuleX11, MidiModeButtonsExcludeEachOtherAndLiveOnlyOnTheChromatic
     EXPECT_TRUE(pumpUntil([&] { return showsOff(*targetButton); }));
     EXPECT_EQ(effect.normalized(target), 0.0);
     moveTo(1990, 1390);
+}
+
+TEST_F(EditorModuleX11, ASessionLoadedWithTheEditorOpenReachesTheEngine)
+{
+    EmbeddedEditor host;
+    ASSERT_TRUE(host.plugin.ok()) << host.plugin.error;
+    hostlib::Instance& effect = *host.plugin.instance;
+    ASSERT_TRUE(effect.set_channels(1, 1) && effect.setup(48000.0, 512) && effect.activate(true));
+    // A session saved with the voice transposed up a fourth.
+    const ParamID transpose = host.plugin.idOf("Transpose");
+    ASSERT_TRUE(effect.set_plain(transpose, 5.0));
+    std::vector<char> session;
+    ASSERT_TRUE(effect.get_state(session));
+    ASSERT_TRUE(effect.set_plain(transpose, 0.0));
+
+    const auto voice = test_signals::sine(size_t(0.6 * 48000.0), 220.0, 48000.0, 0.4);
+    auto sungAs = [&] {
+        std::vector<std::vector<float>> out;
+        EXPECT_EQ(effect.process_all({voice}, out, 512), kResultOk);
+        const double hz = test_pitch::estimate_hz(out[0], size_t(0.45 * 48000.0), 1440, 48000.0);
+        return 69.0 + 12.0 * std::log2(hz / 440.0);
+    };
+    EXPECT_NEAR(sungAs(), 57.0, 0.05);
+    ASSERT_TRUE(host.attach(display, 0, 0));
+    pump(100);
+    ASSERT_TRUE(effect.set_state(session));
+    pump(100);
+    EXPECT_EQ(effect.plain(transpose), 5.0) << "the knob shows the session";
+    EXPECT_NEAR(sungAs(), 62.0, 0.05) << "and the voice follows it";
+}
+
+TEST_F(EditorModuleX11, ThreadedAutomationBesideThePanelLosesNothingAndNeitherAllocatesNorLocks)
+{
+    // One thread plays blocks that automate every automatable parameter and
+    // carry notes; this thread, as a host's interface thread, turns values,
+    // clicks the panel's scale buttons, saves and loads sessions and opens
+    // and closes the editor, with the editor's timer running. Afterwards
+    // the controller side sets every value once more: the engine must then
+    // sound exactly as a fresh instance given the same session.
+    const char* seconds = std::getenv("CORVANE_STRESS_SECONDS");
+    const auto length = std::chrono::seconds(seconds ? std::atol(seconds) : 60);
+    EmbeddedEditor host;
+    ASSERT_TRUE(host.plugin.ok()) << host.plugin.error;
+    hostlib::Instance& effect = *host.plugin.instance;
+    Vst::IEditController* controller = effect.controller();
+    ASSERT_TRUE(effect.set_channels(1, 1) && effect.setup(48000.0, 512) && effect.activate(true));
+    std::vector<ParamID> automatable, settable;
+    for (const auto& p : effect.parameters()) {
+        if (p.flags & Vst::ParameterInfo::kCanAutomate) automatable.push_back(p.id);
+        const bool shown = (p.flags & (Vst::ParameterInfo::kIsReadOnly | Vst::ParameterInfo::kIsHidden)) == 0;
+        // The mode switches only by the panel's switch or a session.
+        if (shown && p.title != "Correction Mode") settable.push_back(p.id);
+    }
+    const UiView* minor = controlOf(host.plugin.idOf("Set Minor Scale"), "VSTGUI4_PushButton");
+    const UiView* major = controlOf(host.plugin.idOf("Set Major Scale"), "VSTGUI4_PushButton");
+    const UiView* learn = controlOf(host.plugin.idOf("Learn Scale from MIDI"), "COnOffButton");
+    ASSERT_TRUE(minor && major && learn);
+    std::vector<char> first;
+    ASSERT_TRUE(effect.get_state(first));
+
+    const auto voice = test_signals::sine(48000, 262.0, 48000.0, 0.4);
+    std::atomic<bool> stop{false};
+    std::atomic<long> blocks{0};
+    test_rt::reset();
+    std::thread audio([&] {
+        uint32_t seed = 7;
+        std::vector<float> out(512);
+        for (size_t pos = 0; !stop.load(); pos = (pos + 512) % (voice.size() - 512)) {
+            for (ParamID id : automatable) {
+                seed = seed * 1664525u + 1013904223u;
+                effect.queue_change(id, double(seed >> 8) / double(1u << 24));
+            }
+            effect.queue_note(true, int16(48 + pos % 24), 0.8f);
+            effect.queue_note(false, int16(48 + (pos + 512) % 24), 0.0f);
+            const float* in[1] = {voice.data() + pos};
+            float* outs[1] = {out.data()};
+            test_rt::Audio_Section section;
+            effect.process(in, outs, 512);
+            blocks.fetch_add(1);
+        }
+    });
+
+    auto click = [&](const UiView& button) {
+        moveTo(button.rect.centreX(), button.rect.centreY());
+        this->button(true);
+        this->button(false);
+        pump(20);
+    };
+    uint32_t seed = 11;
+    auto random = [&seed] {
+        seed = seed * 1664525u + 1013904223u;
+        return double(seed >> 8) / double(1u << 24);
+    };
+    const auto end = std::chrono::steady_clock::now() + length;
+    for (int round = 0; std::chrono::steady_clock::now() < end; ++round) {
+        ASSERT_TRUE(host.attach(display, 0, 0));
+        pump(40);
+        click(*learn);
+        click(round % 2 ? *minor : *major);
+        for (int i = 0; i < 20; ++i) controller->setParamNormalized(settable[size_t(random() * settable.size())], random());
+        pump(40);
+        std::vector<char> session;
+        ASSERT_TRUE(effect.get_state(session));
+        ASSERT_TRUE(effect.set_state(round % 3 ? session : first));
+        pump(20);
+        host.close();
+        for (int i = 0; i < 20; ++i) controller->setParamNormalized(settable[size_t(random() * settable.size())], random());
+    }
+    moveTo(1990, 1390);
+    stop = true;
+    audio.join();
+    const test_rt::Counts counts = test_rt::counts();
+    EXPECT_GT(blocks.load(), 100);
+    if (test_rt::available()) {
+        EXPECT_EQ(counts.allocations, 0);
+        EXPECT_EQ(counts.frees, 0);
+        EXPECT_EQ(counts.locks, 0);
+    }
+
+    // The last values from the controller side, then one block to take them.
+    for (ParamID id : settable) controller->setParamNormalized(id, random());
+    controller->setParamNormalized(host.plugin.idOf("Bypass"), 0.0);
+    controller->setParamNormalized(host.plugin.idOf("Vibrato Variation"), 0.0);
+    std::vector<std::vector<float>> out;
+    ASSERT_EQ(effect.process_all({std::vector<float>(512, 0.0f)}, out, 512), kResultOk);
+    std::vector<char> session;
+    ASSERT_TRUE(effect.get_state(session));
+    std::string error;
+    auto fresh = hostlib::Instance::create(*host.plugin.module, "", error);
+    ASSERT_TRUE(fresh) << error;
+    ASSERT_TRUE(fresh->set_channels(1, 1) && fresh->setup(48000.0, 512) && fresh->set_state(session));
+    ASSERT_TRUE(fresh->activate(true));
+    ASSERT_TRUE(effect.activate(false) && effect.activate(true));
+    std::vector<std::vector<float>> stressed, expected;
+    ASSERT_EQ(effect.process_all({voice}, stressed, 512), kResultOk);
+    ASSERT_EQ(fresh->process_all({voice}, expected, 512), kResultOk);
+    size_t differing = 0;
+    for (size_t i = 0; i < voice.size(); ++i) differing += stressed[0][i] != expected[0][i];
+    EXPECT_EQ(differing, 0u) << "the engine and the parameters disagree";
 }
