@@ -268,11 +268,7 @@ void Corvane_SingleComponentEffect::refreshAfterState()
     scaleMarksChanged();
     // Views that show restored values; while no editor is open the registry
     // is empty and only the key names' spelling goes out.
-    keySpellingChanged();
-    showCorrectionPage();
-    showThroatLength();
-    showDetuneHertz();
-    showScaleMarks();
+    editorPresenter.showRestoredState();
 }
 
 tresult PLUGIN_API Corvane_SingleComponentEffect::setState(IBStream* state)

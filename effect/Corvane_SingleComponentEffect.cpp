@@ -5,10 +5,7 @@
 #include <new>
 
 #include "Common_VST3/VST3_MultiStringArrayParameter.h"
-#include "effect/Corvane_KeyCommands.h"
 #include "effect/Corvane_Parameters.h"
-#include "panel/Corvane_KeyboardView.h"
-#include "panel/Corvane_ScalesListView.h"
 #include "pluginterfaces/vst/ivstprocesscontext.h"
 
 using namespace Steinberg;
@@ -24,10 +21,7 @@ constexpr int64_t silenceTail = 2048;
 
 Steinberg::int32 Corvane_SingleComponentEffect::knobMode = 0;
 
-Corvane_SingleComponentEffect::Corvane_SingleComponentEffect()
-{
-    std::copy(std::begin(corvane_default_key_bindings), std::end(corvane_default_key_bindings), keyBindings);
-}
+Corvane_SingleComponentEffect::Corvane_SingleComponentEffect() = default;
 
 Corvane_SingleComponentEffect::~Corvane_SingleComponentEffect() = default;
 
@@ -113,102 +107,7 @@ void Corvane_SingleComponentEffect::putParameter(ParamID id, double plain)
 
 void Corvane_SingleComponentEffect::parameterChanged(Parameter* parameter)
 {
-    if (parameter == nullptr) return;
-    const ParamID id = parameter->getInfo().id;
-    if (id > corvane::kGraphScrollRight) return;
-    const double plain = parameter->toPlain(parameter->getNormalized());
-    // Buttons act only on a press, a plain value of exactly 1.0.
-    const bool press = plain == 1.0;
-
-    switch (id) {
-    case corvane::kCorrectionMode:
-        setCorrectionMode(press);
-        showCorrectionPage();
-        break;
-    case corvane::kScale:
-    case corvane::kKey: {
-        auto* scale = baseParameter(corvane::kScale);
-        auto* key = baseParameter(corvane::kKey);
-        if (scale == nullptr || key == nullptr) break;
-        setScaleAndKey(int(scale->toPlain(scale->getNormalized())), int(key->toPlain(key->getNormalized())));
-        keySpellingChanged();
-        showScaleMarks();
-        // The MIDI modes live only on the Chromatic scale.
-        if (id == corvane::kScale && plain != double(scale_chromatic)) {
-            const int32 mode = midiScaleMode.exchange(corvane::kMidiOff, std::memory_order_relaxed);
-            if (mode == corvane::kMidiTargetNotes) putParameter(corvane::kTargetNotes, 0.0);
-            if (mode == corvane::kMidiLearnScale) putParameter(corvane::kLearnScale, 0.0);
-        }
-        break;
-    }
-    case corvane::kDetune:
-        showDetuneHertz();
-        scaleState.detune = int16_t(plain);
-        break;
-    case corvane::kLearnScale:
-    case corvane::kTargetNotes: {
-        const int32 mode = id == corvane::kLearnScale ? corvane::kMidiLearnScale : corvane::kMidiTargetNotes;
-        const int32 current = midiScaleMode.load(std::memory_order_relaxed);
-        if (press) {
-            if (auto* key = baseParameter(corvane::kKey)) prepareMidiNoteEntry(int(key->toPlain(key->getNormalized())));
-            // The two modes exclude each other.
-            const ParamID other = mode == corvane::kMidiLearnScale ? corvane::kTargetNotes : corvane::kLearnScale;
-            if (current != corvane::kMidiOff && current != mode) putParameter(other, 0.0);
-            midiScaleMode.store(mode, std::memory_order_relaxed);
-        } else if (current == mode) {
-            midiScaleMode.store(corvane::kMidiOff, std::memory_order_relaxed);
-        }
-        break;
-    }
-    case corvane::kUseFormants:
-        showThroatLength();
-        break;
-    case corvane::kScaleUp:
-    case corvane::kScaleDown:
-        // Held arrows repeat from the timer; the repeat re-enters here.
-        if (!press || viewRegistry.scalesList == nullptr) {
-            stopAutoRepeat();
-        } else if (getRepeatingTag() != int32(id)) {
-            stepScalesList(id);
-            startAutoRepeat(int32(id), 10, 2);
-        }
-        break;
-    case corvane::kSetMajor:
-    case corvane::kSetMinor:
-    case corvane::kSetAll:
-    case corvane::kBypassAll:
-    case corvane::kRemoveAll: {
-        Corvane_ScalesListView* list = viewRegistry.scalesList;
-        if (!press || list == nullptr) break;
-        switch (id) {
-        case corvane::kSetMajor: list->setMajor(); break;
-        case corvane::kSetMinor: list->setMinor(); break;
-        case corvane::kSetAll: list->setAll(); break;
-        case corvane::kBypassAll: list->bypassAll(); break;
-        default: list->removeAll(); break;
-        }
-        pushScaleEdits();
-        break;
-    }
-    case corvane::kKeyboardEdits:
-        if (viewRegistry.keyboard) viewRegistry.keyboard->setKeyboardEdits(press);
-        break;
-    case corvane::kKeyboardMode:
-        if (viewRegistry.keyboard) viewRegistry.keyboard->setKeyboardMode(press);
-        break;
-    case corvane::kNudgeUp:
-    case corvane::kNudgeDown:
-    case corvane::kGraphScrollUp:
-    case corvane::kGraphScrollDown:
-    case corvane::kGraphScrollLeft:
-    case corvane::kGraphScrollRight:
-        // Held buttons repeat while their view is open; the views of these
-        // buttons come with the editor, so without one a press stops the
-        // repeat.
-        stopAutoRepeat();
-        break;
-    default: break;
-    }
+    editorPresenter.parameterChanged(parameter);
 }
 
 void Corvane_SingleComponentEffect::setScaleAndKey(int scale, int key)

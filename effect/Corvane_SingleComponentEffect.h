@@ -9,15 +9,16 @@
 #include "dsp/Scale_State.h"
 #include "dsp/note_tables.h"
 #include "effect/Corvane_Parameters.h"
-#include "panel/Corvane_PanelOwner.h"
-#include "panel/Corvane_ViewRegistry.h"
+#include "panel/Corvane_EditorPresenter.h"
+#include "panel/Corvane_EffectAccess.h"
 
 // The vocal pitch-correction effect: the one class the factory creates. It
-// owns the correction engine by value and drives it from the host's blocks.
+// owns the correction engine by value and drives it from the host's blocks,
+// and owns the presenter of its editor, to which its editor entry points go.
 class Corvane_SingleComponentEffect : public VST3_SingleComponentEffect,
                                       public VSTGUI::IKeyboardHook,
                                       public VST3_EditorOwner,
-                                      public Corvane_PanelOwner {
+                                      public Corvane_EffectAccess {
 public:
     Corvane_SingleComponentEffect();
     ~Corvane_SingleComponentEffect() override;
@@ -46,13 +47,12 @@ public:
     void applyParameter(VST3_BaseParameter* parameter, ParamID id,
                         Steinberg::int32 sampleOffset, ParamValue value) noexcept override;
     void resolveJoinedSettings() noexcept override;
-    // Interface thread: what a control's change does beyond the engine. Rows
-    // that act on views find them absent while the editor is closed and are
-    // skipped.
+    // Interface thread: what a control's change does beyond the engine, the
+    // editor presenter's dispatch.
     void parameterChanged(Steinberg::Vst::Parameter* parameter) override;
     // Audio thread. Notes on and off in the MIDI modes of Auto mode.
     void processEvents(Steinberg::Vst::IEventList* events) noexcept override;
-    Steinberg::int32 getMidiScaleMode() const { return midiScaleMode.load(std::memory_order_relaxed); }
+    Steinberg::int32 getMidiScaleMode() const override { return midiScaleMode.load(std::memory_order_relaxed); }
 
     // Interface thread. As the base; Scale, Key and Detune also set the scale
     // object the panel shows while the panel is closed (an open panel takes
@@ -68,72 +68,49 @@ public:
     // Interface thread. The scale and key the panel shows, into the scale
     // object; the key names follow the spelling of the scale. The engine
     // takes scale and key from their parameters.
-    void setScaleAndKey(int scale, int key);
+    void setScaleAndKey(int scale, int key) override;
     // Interface thread. The marks of the scale object changed: the engine's
     // owner rebuilds its note table from them.
-    void scaleMarksChanged();
+    void scaleMarksChanged() override;
     // Interface thread. Auto (false) or Graph (true) correction.
-    void setCorrectionMode(bool graph);
+    void setCorrectionMode(bool graph) override;
 
-    //--- The editor; interface thread.
-    // "editor" gives a new editor of the panel at the kept window size; any
-    // other name, or a UI description that cannot be read, gives null.
+    //--- The editor; interface thread. Each goes to the editor presenter.
     Steinberg::IPlugView* PLUGIN_API createView(Steinberg::FIDString name) SMTG_OVERRIDE;
-    // "Corvane_SubController" gives the panel's sub-controller.
     VSTGUI::IController* createSubController(VSTGUI::UTF8StringPtr name,
                                              const VSTGUI::IUIDescription* description,
                                              VSTGUI::VST3Editor* editor) override;
-    // Opening puts the keyboard hook on the frame and shows the views as the
-    // parameters stand; closing takes the hook off and empties the registry.
+    // Opening also puts the effect's keyboard hook on the frame; closing
+    // takes it off.
     void didOpen(VSTGUI::VST3Editor* editor) override;
     void willClose(VSTGUI::VST3Editor* editor) override;
-    // The number keys run their commands in Graph mode; other keys go on to
-    // the frame (-1).
     int32_t onKeyDown(const VstKeyCode& code, VSTGUI::CFrame* frame) override;
     int32_t onKeyUp(const VstKeyCode& code, VSTGUI::CFrame* frame) override;
-    // The window's size, kept for the next opening within 850..4000 by
-    // 630..4000.
     void editorResized(Steinberg::int32 width, Steinberg::int32 height) override;
-    Steinberg::int32 getWindowWidth() const { return windowWidth; }
-    Steinberg::int32 getWindowHeight() const { return windowHeight; }
-    // One tick of the panel: repeats, flashing buttons, pitch displays, the
-    // keyboard's current note and the pitch-change meter.
+    // The base's repeats, then one tick of the presenter.
     void onTimer() override;
-    // One repeat of a held scale arrow; other held buttons stop repeating
-    // while their views are absent.
     void autoRepeat(Steinberg::int32 tag) override;
+    Corvane_EditorPresenter& getEditorPresenter() { return editorPresenter; }
 
-    //--- What the Auto-mode views ask of the effect; interface thread.
-    Corvane_KeyboardView* panelKeyboard() override { return viewRegistry.keyboard; }
-    void scaleMarksEdited() override;
+    //--- Corvane_EffectAccess: what the panel asks of the effect; interface
+    // thread.
+    VST3_BaseParameter* panelParameter(ParamID id) override;
+    void putParameter(ParamID id, double plain) override;
+    void editParameter(ParamID id, double plain) override;
+    void parameterTextsChanged() override;
+    bool takeMidiMarksChanged() override;
     void keyboardNoteHeld(int note) override;
+    void setMidiScaleMode(Steinberg::int32 mode) override;
+    void getPitchStatus(double& ratio, double& period) const override;
+    double getSampleRate() const override { return processSetup.sampleRate; }
+    // The base's held-button repeats.
+    void startAutoRepeat(Steinberg::int32 tag, Steinberg::int32 firstDelay, Steinberg::int32 interval) override
+    {
+        VST3_SingleComponentEffect::startAutoRepeat(tag, firstDelay, interval);
+    }
+    void stopAutoRepeat() override { VST3_SingleComponentEffect::stopAutoRepeat(); }
+    Steinberg::int32 getRepeatingTag() const override { return VST3_SingleComponentEffect::getRepeatingTag(); }
     int getHeldKeyboardNote() const { return heldKeyboardNote.load(std::memory_order_relaxed); }
-    // The note the keyboard shows as current (MIDI note from a pitch in
-    // cents, 0 being the C below A 440, with the detune taken off).
-    static int currentNoteOf(double cents, int detune);
-
-    // The detected (0), output (1) and object (2) pitch displays: a pitch in
-    // cents (0 is the C below A 440) as the nearest note of the scale and
-    // the offset from it, as "A3 +12"; scales without note names show the
-    // offset alone. Other values of `which`, and absent labels, do nothing.
-    void setPitchDisplay(int which, int cents);
-    void clearPitchDisplay(int which);
-    void setCursorPositionText(const char* text);
-    // The text setPitchDisplay shows, for the scale state given.
-    static void pitchDisplayText(const Scale_State& scale, int cents, char* text, size_t size);
-
-    // A gesture on a control begins or ends: the knobs that edit a
-    // selection of graph objects keep the edit in progress.
-    void controlEditBegun(VSTGUI::CControl* control);
-    void controlEditEnded(VSTGUI::CControl* control);
-    // The tag of the graph-object knob being edited, or -1.
-    Steinberg::int32 getObjectKnobEdit() const { return objectKnobEdit; }
-
-    // Runs a command of the key command table, as if its control had been
-    // used; false for a row without an action.
-    bool runKeyCommand(int command);
-
-    Corvane_ViewRegistry& getViewRegistry() { return viewRegistry; }
 
     //--- The graph clock.
     void setClockPosition(int64_t position);
@@ -146,8 +123,8 @@ public:
     // Read-only views for the panel and tests.
     const Scale_State& getScaleState() const { return scaleState; }
     // Interface thread: the scale object for the scales list and keyboard.
-    Scale_State& getScaleState() { return scaleState; }
-    bool isGraphMode() const { return graphModeActive.load(std::memory_order_relaxed); }
+    Scale_State& getScaleState() override { return scaleState; }
+    bool isGraphMode() const override { return graphModeActive.load(std::memory_order_relaxed); }
     Steinberg::int32 getMaxUndos() const { return maxUndos; }
     bool getCustomCursors() const { return customCursors; }
     Steinberg::int32 getKnobStyle() const { return knobStyle; }
@@ -196,30 +173,6 @@ protected:
     // marks, by the mode of parameters 36 and 37; true when a mark was
     // written.
     bool midiNoteToScale(int pitch, int velocity) noexcept;
-    // Puts a parameter to a plain value from the program's side.
-    void putParameter(ParamID id, double plain);
-    // A change made by the program as the user would make it on the panel:
-    // the host hears begin, perform and end, the engine and the panel follow.
-    void editParameter(ParamID id, double plain);
-    // The views that show a parameter's consequence, as the values stand.
-    void showCorrectionPage();
-    void showThroatLength();
-    void showDetuneHertz();
-    // Tells views and host that the names of the keys changed spelling.
-    void keySpellingChanged();
-    // The scales list and the keyboard show the scale object as it stands.
-    void showScaleMarks();
-    // The marks changed by the panel reach the views and the engine.
-    void pushScaleEdits();
-    // One step of the scales list (the scale arrows); re-sends scale and key
-    // when it moved.
-    void stepScalesList(Steinberg::Vst::ParamID id);
-    // Readies the Chromatic scale's marks for MIDI note entry in the key:
-    // every note removed, so that the notes played make the scale.
-    void prepareMidiNoteEntry(int key);
-    // The keyboard and the meter as the engine's last status gives them.
-    void showCurrentNote(double outputCents, bool voiced);
-    void showPitchChange(double cents);
     // The undo depth the effect keeps, 1 to 20; values below 1 are ignored.
     void setMaxUndos(Steinberg::int32 count);
 
@@ -269,16 +222,14 @@ protected:
     bool graphPlacementPending = false;
     Steinberg::int32 legacyHeaderMode = 0;
 
-    Corvane_ViewRegistry viewRegistry;
-    Steinberg::int32 windowWidth = 850;
-    Steinberg::int32 windowHeight = 630;
-    Steinberg::int32 keyBindings[10] = {};
-    Steinberg::int32 objectKnobEdit = -1;
-    Steinberg::int32 keySpelling = -1;
     // The keyboard key held in momentary mode (MIDI note), or -1. Written by
     // the interface thread, read when the note table is built.
     std::atomic<int> heldKeyboardNote{-1};
     // Set by the audio thread when MIDI notes changed the marks; the timer
     // redraws the scale's views.
     std::atomic<bool> scaleMarksPending{false};
+
+    // The editor's presenter, for the effect's whole life; it reaches the
+    // effect only through Corvane_EffectAccess.
+    Corvane_EditorPresenter editorPresenter{*this};
 };

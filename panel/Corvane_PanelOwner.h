@@ -2,9 +2,9 @@
 
 class Corvane_KeyboardView;
 
-// What the views of the Auto-mode page ask of the effect that owns them.
-// The effect implements it; tests give the views a small owner of their
-// own. Every operation: interface thread.
+// What the views of the Auto-mode page ask of the panel that holds them.
+// The editor presenter implements it; tests give the views a small owner of
+// their own. Every operation: interface thread.
 class Corvane_PanelOwner {
 public:
     virtual ~Corvane_PanelOwner() = default;

@@ -6,8 +6,9 @@
 #include "Common_VST3/VSTGUI4_FlashingButtons.h"
 #include "Common_VST3/VSTGUI4_PushButton.h"
 #include "Common_VST3/VSTGUI4_ViewWithMinimumSize.h"
-#include "effect/Corvane_SingleComponentEffect.h"
-#include "graph/Corvane_GraphContainerView.h"
+#include "Common_VST3/VST3_BaseParameter.h"
+#include "graph/views/Corvane_GraphContainerView.h"
+#include "panel/Corvane_EditorPresenter.h"
 #include "panel/Corvane_KeyboardView.h"
 #include "panel/Corvane_ScalesListView.h"
 #include "vstgui/lib/controls/cparamdisplay.h"
@@ -22,7 +23,7 @@ namespace {
 
 // What a row's extra work may need beside the view.
 struct Binding {
-    Corvane_SingleComponentEffect& owner;
+    Corvane_EditorPresenter& owner;
     const UIAttributes& attributes;
     const IUIDescription* description;
 };
@@ -46,7 +47,7 @@ bool bindScalesList(CView* view, const Binding& binding)
     auto* list = dynamic_cast<Corvane_ScalesListView*>(view);
     if (list == nullptr) return false;
     list->readAttributes(binding.attributes, binding.description);
-    list->setOwner(&binding.owner, &binding.owner.getScaleState());
+    list->setOwner(&binding.owner, &binding.owner.getEffect().getScaleState());
     list->setDirty(true);
     binding.owner.getViewRegistry().scalesList = list;
     return true;
@@ -57,7 +58,7 @@ bool bindKeyboard(CView* view, const Binding& binding)
     auto* keyboard = dynamic_cast<Corvane_KeyboardView*>(view);
     if (keyboard == nullptr) return false;
     keyboard->readAttributes(binding.attributes, binding.description);
-    keyboard->setOwner(&binding.owner, &binding.owner.getScaleState());
+    keyboard->setOwner(&binding.owner, &binding.owner.getEffect().getScaleState());
     keyboard->setMouseEnabled(true);
     binding.owner.getViewRegistry().keyboard = keyboard;
     return true;
@@ -157,7 +158,7 @@ const RegistryRow registryRows[] = {
 
 } // namespace
 
-Corvane_SubController::Corvane_SubController(Corvane_SingleComponentEffect* owner, IController* editor)
+Corvane_SubController::Corvane_SubController(Corvane_EditorPresenter* owner, IController* editor)
     : VSTGUI4_SubController(editor), owner(owner)
 {
 }
@@ -195,8 +196,7 @@ CMessageResult Corvane_SubController::notify(CBaseObject* sender, IdStringPtr me
     auto* control = dynamic_cast<CControl*>(sender);
     if (control == nullptr) return kMessageUnknown;
     if (message == CControl::kMessageValueChanged) {
-        auto* parameter = Steinberg::FCast<VST3_BaseParameter>(owner->getParameterObject(Steinberg::Vst::ParamID(control->getTag())));
-        owner->parameterChanged(parameter);
+        owner->parameterChanged(owner->getEffect().panelParameter(Steinberg::Vst::ParamID(control->getTag())));
         return kMessageNotified;
     }
     if (message == CControl::kMessageBeginEdit) {

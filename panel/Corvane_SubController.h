@@ -2,17 +2,17 @@
 
 #include "Common_VST3/VSTGUI4_SubController.h"
 
-class Corvane_SingleComponentEffect;
+class Corvane_EditorPresenter;
 
 // The panel's one sub-controller: files the named views of the panel in the
-// effect's view registry, binds the special views to their data, and turns
-// the named controls' value changes and edit gestures into calls on the
-// effect.
+// presenter's view registry, binds the special views to their data, and
+// turns the named controls' value changes and edit gestures into calls on
+// the presenter.
 class Corvane_SubController : public VSTGUI4_SubController {
 public:
-    // The parent is the editor's controller face; the effect outlives the
-    // panel.
-    Corvane_SubController(Corvane_SingleComponentEffect* owner, VSTGUI::IController* editor);
+    // The parent is the editor's controller face; the presenter outlives
+    // the panel.
+    Corvane_SubController(Corvane_EditorPresenter* owner, VSTGUI::IController* editor);
     ~Corvane_SubController() override;
 
     // Interface thread, while the panel is built. Lists the view, and when
@@ -21,9 +21,9 @@ public:
     VSTGUI::CView* verifyView(VSTGUI::CView* view, const VSTGUI::UIAttributes& attributes,
                               const VSTGUI::IUIDescription* description) override;
 
-    // Interface thread. A named control's value change goes to the effect's
-    // parameterChanged, its begin and end of edit to the edit hooks: 1 when
-    // handled, else 0.
+    // Interface thread. A named control's value change goes to the
+    // presenter's parameterChanged, its begin and end of edit to the edit
+    // hooks: 1 when handled, else 0.
     VSTGUI::CMessageResult notify(VSTGUI::CBaseObject* sender, VSTGUI::IdStringPtr message) override;
 
     // The number of names the registry knows.
@@ -32,5 +32,5 @@ public:
     static const char* registryRowName(int row);
 
 protected:
-    Corvane_SingleComponentEffect* owner;
+    Corvane_EditorPresenter* owner;
 };

@@ -18,7 +18,7 @@
 #include <vector>
 
 #include "effect/Corvane_SingleComponentEffect.h"
-#include "graph/Corvane_GraphContainerView.h"
+#include "graph/views/Corvane_GraphContainerView.h"
 #include "support/editor_host.h"
 #include "support/picture.h"
 #include "support/recording_handler.h"
@@ -416,7 +416,7 @@ TEST(EditorLibrary, TheRealPanelsPagesSwitchWithTheCorrectionModeControl)
         auto* editor = dynamic_cast<VSTGUI::VST3Editor*>(effect->createView("editor"));
         ASSERT_NE(editor, nullptr);
         ASSERT_TRUE(editor->open(nullptr)) << editor->getLastError();
-        const Corvane_ViewRegistry& registry = effect->getViewRegistry();
+        const Corvane_ViewRegistry& registry = effect->getEditorPresenter().getViewRegistry();
         ASSERT_NE(registry.autoModePage, nullptr);
         ASSERT_NE(registry.graphModePage, nullptr);
         // The first opening shows the default Auto mode; the second the
@@ -441,8 +441,8 @@ TEST(EditorLibrary, TheRealPanelsPagesSwitchWithTheCorrectionModeControl)
         }
         editor->close();
         editor->release();
-        EXPECT_EQ(effect->getViewRegistry().autoModePage, nullptr);
-        EXPECT_EQ(effect->getViewRegistry().graphModePage, nullptr);
+        EXPECT_EQ(effect->getEditorPresenter().getViewRegistry().autoModePage, nullptr);
+        EXPECT_EQ(effect->getEditorPresenter().getViewRegistry().graphModePage, nullptr);
     }
     effect->setComponentHandler(nullptr);
     effect->terminate();

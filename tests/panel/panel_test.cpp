@@ -16,8 +16,9 @@
 #include "Common_VST3/VSTGUI4_PushButton.h"
 #include "dsp/scale_tables.h"
 #include "effect/Corvane_Parameters.h"
-#include "graph/Corvane_GraphContainerView.h"
+#include "graph/views/Corvane_GraphContainerView.h"
 #include "hostlib/Host_Interfaces.h"
+#include "panel/Corvane_EditorPresenter.h"
 #include "panel/Corvane_KeyboardView.h"
 #include "panel/Corvane_ScalesListView.h"
 #include "panel/Corvane_SubController.h"
@@ -109,7 +110,8 @@ struct Panel {
         editor->release();
         editor = nullptr;
     }
-    Corvane_ViewRegistry& registry() { return effect->getViewRegistry(); }
+    Corvane_EditorPresenter& presenter() { return effect->getEditorPresenter(); }
+    Corvane_ViewRegistry& registry() { return presenter().getViewRegistry(); }
     Corvane_SubController* subController()
     {
         VSTGUI::CView* root = editor->getFrame()->getView(0);
@@ -281,16 +283,16 @@ TEST(Panel, OnlyAGestureOnAGraphObjectKnobMarksAnEditInProgress)
 
     // Automation of "Number of Note Objects" with no gesture: no edit.
     panel.effect->setParamNormalized(corvane::kNumberOfNotes, 0.7);
-    EXPECT_EQ(panel.effect->getObjectKnobEdit(), -1);
+    EXPECT_EQ(panel.presenter().getObjectKnobEdit(), -1);
 
     r.numNotesKnob->beginEdit();
-    EXPECT_EQ(panel.effect->getObjectKnobEdit(), int32(corvane::kNumberOfNotes));
+    EXPECT_EQ(panel.presenter().getObjectKnobEdit(), int32(corvane::kNumberOfNotes));
     r.numNotesKnob->endEdit();
-    EXPECT_EQ(panel.effect->getObjectKnobEdit(), -1);
+    EXPECT_EQ(panel.presenter().getObjectKnobEdit(), -1);
 
     // Other knobs are not graph-object edits.
     r.transposeKnob->beginEdit();
-    EXPECT_EQ(panel.effect->getObjectKnobEdit(), -1);
+    EXPECT_EQ(panel.presenter().getObjectKnobEdit(), -1);
     r.transposeKnob->endEdit();
 }
 
@@ -327,7 +329,7 @@ TEST(Panel, PitchDisplaysNameTheNearestNoteOfTheScale)
         state.key = int16_t(c.key);
         state.detune = int16_t(c.detune);
         char text[48];
-        Corvane_SingleComponentEffect::pitchDisplayText(state, c.cents, text, sizeof(text));
+        Corvane_EditorPresenter::pitchDisplayText(state, c.cents, text, sizeof(text));
         EXPECT_STREQ(text, c.text) << "scale " << c.scale << " key " << c.key << " cents " << c.cents;
     }
 
@@ -340,9 +342,9 @@ TEST(Panel, PitchDisplaysNameTheNearestNoteOfTheScale)
         // The second note of the scale an octave up, in whole cents.
         const long second = std::lround(200.0 + 1200.0 + double(scale_intervals[scale][1]) / 100.0);
         char text[48];
-        Corvane_SingleComponentEffect::pitchDisplayText(state, int(second + 3), text, sizeof(text));
+        Corvane_EditorPresenter::pitchDisplayText(state, int(second + 3), text, sizeof(text));
         EXPECT_STREQ(text, " +3") << scale_names[scale];
-        Corvane_SingleComponentEffect::pitchDisplayText(state, 200 - 1200, text, sizeof(text));
+        Corvane_EditorPresenter::pitchDisplayText(state, 200 - 1200, text, sizeof(text));
         EXPECT_STREQ(text, " 0") << scale_names[scale];
     }
 }
@@ -354,16 +356,16 @@ TEST(Panel, PitchDisplaysFillOnlyLabelsThatExist)
     auto* output = static_cast<VSTGUI::CTextLabel*>(panel.registry().outputPitchDisplay);
     // Opening clears the display.
     EXPECT_STREQ(output->getText(), " ");
-    panel.effect->setPitchDisplay(1, 912);
+    panel.presenter().setPitchDisplay(1, 912);
     EXPECT_STREQ(output->getText(), "A3 +12");
-    panel.effect->clearPitchDisplay(1);
+    panel.presenter().clearPitchDisplay(1);
     EXPECT_STREQ(output->getText(), " ");
     // The detected display is a plain view here, the object display absent,
     // and 3 names no display: nothing happens.
-    panel.effect->setPitchDisplay(0, 912);
-    panel.effect->setPitchDisplay(2, 912);
-    panel.effect->setPitchDisplay(3, 912);
-    panel.effect->setPitchDisplay(-1, 912);
+    panel.presenter().setPitchDisplay(0, 912);
+    panel.presenter().setPitchDisplay(2, 912);
+    panel.presenter().setPitchDisplay(3, 912);
+    panel.presenter().setPitchDisplay(-1, 912);
     EXPECT_STREQ(output->getText(), " ");
 }
 
@@ -435,24 +437,24 @@ TEST(Panel, KeyCommandsPressToggleAndStepTheirParameters)
         return p->toPlain(p->getNormalized());
     };
     // "Undo": a press and a release, each heard by the host.
-    ASSERT_TRUE(panel.effect->runKeyCommand(15));
+    ASSERT_TRUE(panel.presenter().runKeyCommand(15));
     const std::vector<std::string> press = {"begin 22", "perform 22 1.0000", "end 22",
                                             "begin 22", "perform 22 0.0000", "end 22"};
     EXPECT_EQ(panel.handler.calls, press);
     // "Toggle: Auto-Scroll" flips the setting both ways.
     const double scroll = plain(corvane::kAutoScroll);
-    ASSERT_TRUE(panel.effect->runKeyCommand(27));
+    ASSERT_TRUE(panel.presenter().runKeyCommand(27));
     EXPECT_EQ(plain(corvane::kAutoScroll), 1.0 - scroll);
-    ASSERT_TRUE(panel.effect->runKeyCommand(27));
+    ASSERT_TRUE(panel.presenter().runKeyCommand(27));
     EXPECT_EQ(plain(corvane::kAutoScroll), scroll);
     // "Adjust Throat Length: Longer" and "Shorter" move the knob and back.
     const double throat = plain(corvane::kObjectThroatLength);
-    ASSERT_TRUE(panel.effect->runKeyCommand(54));
+    ASSERT_TRUE(panel.presenter().runKeyCommand(54));
     EXPECT_GT(plain(corvane::kObjectThroatLength), throat);
-    ASSERT_TRUE(panel.effect->runKeyCommand(55));
+    ASSERT_TRUE(panel.presenter().runKeyCommand(55));
     EXPECT_NEAR(plain(corvane::kObjectThroatLength), throat, 1e-9);
     // Separators, "<none selected>" and rows past the table do nothing.
-    for (int command : {0, 1, 2, 13, 31, 56, -1}) EXPECT_FALSE(panel.effect->runKeyCommand(command)) << command;
+    for (int command : {0, 1, 2, 13, 31, 56, -1}) EXPECT_FALSE(panel.presenter().runKeyCommand(command)) << command;
 }
 
 TEST(Panel, TheWindowSizeIsKeptWithinItsLimitsForTheNextOpening)
@@ -461,8 +463,8 @@ TEST(Panel, TheWindowSizeIsKeptWithinItsLimitsForTheNextOpening)
     ASSERT_TRUE(panel.open());
     ViewRect size(0, 0, 1200, 700);
     ASSERT_EQ(panel.editor->onSize(&size), kResultTrue);
-    EXPECT_EQ(panel.effect->getWindowWidth(), 1200);
-    EXPECT_EQ(panel.effect->getWindowHeight(), 700);
+    EXPECT_EQ(panel.presenter().getWindowWidth(), 1200);
+    EXPECT_EQ(panel.presenter().getWindowHeight(), 700);
     EXPECT_EQ(panel.editor->getFrame()->getWidth(), 1200);
     panel.close();
 
@@ -473,8 +475,8 @@ TEST(Panel, TheWindowSizeIsKeptWithinItsLimitsForTheNextOpening)
 
     // Sizes outside 850..4000 by 630..4000 are kept at the nearest limit.
     panel.effect->editorResized(100, 9000);
-    EXPECT_EQ(panel.effect->getWindowWidth(), 850);
-    EXPECT_EQ(panel.effect->getWindowHeight(), 4000);
+    EXPECT_EQ(panel.presenter().getWindowWidth(), 850);
+    EXPECT_EQ(panel.presenter().getWindowHeight(), 4000);
 }
 
 TEST(Panel, ScaleAutomationWhileThePanelIsOpenReachesTheScaleAtTheNextTick)

@@ -1,4 +1,4 @@
-#include "graph/Corvane_GraphContainerView.h"
+#include "graph/views/Corvane_GraphContainerView.h"
 
 #include "vstgui/uidescription/iviewcreator.h"
 #include "vstgui/uidescription/uiviewfactory.h"

@@ -1,6 +1,6 @@
-#include "effect/Corvane_KeyCommands.h"
+#include "panel/Corvane_KeyCommands.h"
 
-#include "effect/Corvane_Parameters.h"
+#include "panel/Corvane_ParameterIds.h"
 
 using C = Corvane_KeyCommand;
 using namespace corvane;

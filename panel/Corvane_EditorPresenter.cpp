@@ -1,6 +1,6 @@
-// The editor side of the effect: the panel's creation and lifetime, its
-// timer, the keyboard hook and the views that show the parameters.
+#include "panel/Corvane_EditorPresenter.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <cstring>
@@ -10,11 +10,10 @@
 #include "Common_VST3/VSTGUI4_FlashingButtons.h"
 #include "Common_VST3/VST3_MultiStringArrayParameter.h"
 #include "Common_VST3/utilities.h"
+#include "dsp/Scale_State.h"
 #include "dsp/scale_tables.h"
-#include "effect/Corvane_KeyCommands.h"
-#include "effect/Corvane_Parameters.h"
-#include "effect/Corvane_SingleComponentEffect.h"
-#include "graph/Corvane_GraphContainerView.h"
+#include "graph/views/Corvane_GraphContainerView.h"
+#include "panel/Corvane_KeyCommands.h"
 #include "panel/Corvane_KeyboardView.h"
 #include "panel/Corvane_MeterView.h"
 #include "panel/Corvane_ScalesListView.h"
@@ -37,8 +36,10 @@ constexpr int32 maxWindowSize = 4000;
 // Timer ticks between two updates of the pitch displays: fast enough to
 // follow a voice, slow enough to be read.
 constexpr int32 pitchDisplayTicks = 4;
-// Timer ticks of one phase of a flashing button.
-constexpr int32 flashTicks = 25;
+// Held scale arrows: the first repeat after this many timer ticks, then one
+// every repeatInterval ticks.
+constexpr int32 repeatFirstDelay = 10;
+constexpr int32 repeatInterval = 2;
 
 // Gives a label a text, redrawing it only when the text changes.
 void setLabel(VSTGUI::CTextLabel* label, const char* text)
@@ -63,7 +64,17 @@ int64_t floorDiv(int64_t a, int64_t b)
 
 } // namespace
 
-IPlugView* PLUGIN_API Corvane_SingleComponentEffect::createView(FIDString name)
+Corvane_EditorPresenter::Corvane_EditorPresenter(Corvane_EffectAccess& effect) : effect(effect)
+{
+    std::copy(std::begin(corvane_default_key_bindings), std::end(corvane_default_key_bindings), keyBindings);
+}
+
+Corvane_EditorPresenter::~Corvane_EditorPresenter() = default;
+
+//--- The editor's lifetime.
+
+IPlugView* Corvane_EditorPresenter::createView(FIDString name, EditController* controller,
+                                               VST3_EditorOwner* sizeOwner)
 {
     if (name == nullptr || std::strcmp(name, ViewType::kEditor) != 0) return nullptr;
     VSTGUI4_registerControls();
@@ -71,7 +82,7 @@ IPlugView* PLUGIN_API Corvane_SingleComponentEffect::createView(FIDString name)
     Corvane_KeyboardView_register();
     Corvane_ScalesListView_register();
     Corvane_MeterView_register();
-    auto* editor = new VST3_VST3Editor(this, this, editorTemplate, editorDescription);
+    auto* editor = new VST3_VST3Editor(controller, sizeOwner, editorTemplate, editorDescription);
     if (!editor->getLastError().empty()) {
         std::fprintf(stderr, "Corvane: the panel cannot be opened: %s\n", editor->getLastError().c_str());
         editor->release();
@@ -83,30 +94,24 @@ IPlugView* PLUGIN_API Corvane_SingleComponentEffect::createView(FIDString name)
     return editor;
 }
 
-VSTGUI::IController* Corvane_SingleComponentEffect::createSubController(VSTGUI::UTF8StringPtr name,
-                                                                      const VSTGUI::IUIDescription*,
-                                                                      VSTGUI::VST3Editor* editor)
+VSTGUI::IController* Corvane_EditorPresenter::createSubController(VSTGUI::UTF8StringPtr name,
+                                                                 VSTGUI::VST3Editor* editor)
 {
     if (name == nullptr || std::strcmp(name, subControllerName) != 0) return nullptr;
     return new Corvane_SubController(this, editor);
 }
 
-void Corvane_SingleComponentEffect::didOpen(VSTGUI::VST3Editor* editor)
+void Corvane_EditorPresenter::didOpen()
 {
-    VST3_SingleComponentEffect::didOpen(editor);
-    if (editorFrame) editorFrame->registerKeyboardHook(this);
-    // The mode switch shows the parameter: a value that reached only the
-    // engine side while the panel was closed is taken as the user's now, so
-    // that switch and page agree.
-    if (auto* mode = baseParameter(corvane::kCorrectionMode)) {
-        if ((mode->toPlain(mode->getNormalized()) == 1.0) != isGraphMode()) parameterChanged(mode);
+    if (auto* mode = effect.panelParameter(corvane::kCorrectionMode)) {
+        if ((mode->toPlain(mode->getNormalized()) == 1.0) != effect.isGraphMode()) parameterChanged(mode);
     }
     showCorrectionPage();
     showThroatLength();
     showDetuneHertz();
     if (auto* keyboard = viewRegistry.keyboard) {
-        auto* edits = baseParameter(corvane::kKeyboardEdits);
-        auto* mode = baseParameter(corvane::kKeyboardMode);
+        auto* edits = effect.panelParameter(corvane::kKeyboardEdits);
+        auto* mode = effect.panelParameter(corvane::kKeyboardMode);
         if (edits) keyboard->setKeyboardEdits(edits->toPlain(edits->getNormalized()) == 1.0);
         if (mode) keyboard->setKeyboardMode(mode->toPlain(mode->getNormalized()) == 1.0);
     }
@@ -117,18 +122,14 @@ void Corvane_SingleComponentEffect::didOpen(VSTGUI::VST3Editor* editor)
     showPitchChange(0.0);
 }
 
-void Corvane_SingleComponentEffect::willClose(VSTGUI::VST3Editor* editor)
+void Corvane_EditorPresenter::willClose()
 {
-    if (editor != editorInstance) return;
-    if (editorFrame) editorFrame->unregisterKeyboardHook(this);
-    // A key held on the keyboard is let go with it.
-    keyboardNoteHeld(-1);
+    effect.keyboardNoteHeld(-1);
     viewRegistry = Corvane_ViewRegistry();
     objectKnobEdit = -1;
-    VST3_SingleComponentEffect::willClose(editor);
 }
 
-void Corvane_SingleComponentEffect::editorResized(int32 width, int32 height)
+void Corvane_EditorPresenter::editorResized(int32 width, int32 height)
 {
     windowWidth = std::min(std::max(width, minWindowWidth), maxWindowSize);
     windowHeight = std::min(std::max(height, minWindowHeight), maxWindowSize);
@@ -152,18 +153,17 @@ int numberKeySlot(const VstKeyCode& code)
 
 } // namespace
 
-int32_t Corvane_SingleComponentEffect::onKeyDown(const VstKeyCode& code, VSTGUI::CFrame*)
+int32_t Corvane_EditorPresenter::onKeyDown(const VstKeyCode& code)
 {
-    if (!isGraphMode()) return -1;
+    if (!effect.isGraphMode()) return -1;
     const int slot = numberKeySlot(code);
     if (slot < 0) return -1;
     return runKeyCommand(keyBindings[slot]) ? 1 : -1;
 }
 
-int32_t Corvane_SingleComponentEffect::onKeyUp(const VstKeyCode& code, VSTGUI::CFrame*)
+int32_t Corvane_EditorPresenter::onKeyUp(const VstKeyCode& code)
 {
-    // The release of a key whose press ran a command is taken too.
-    if (!isGraphMode()) return -1;
+    if (!effect.isGraphMode()) return -1;
     const int slot = numberKeySlot(code);
     if (slot < 0) return -1;
     const int command = keyBindings[slot];
@@ -172,23 +172,11 @@ int32_t Corvane_SingleComponentEffect::onKeyUp(const VstKeyCode& code, VSTGUI::C
     return bound ? 1 : -1;
 }
 
-void Corvane_SingleComponentEffect::editParameter(ParamID id, double plain)
-{
-    VST3_BaseParameter* parameter = baseParameter(id);
-    if (parameter == nullptr) return;
-    const ParamValue normalized = parameter->toNormalized(plain);
-    beginEdit(id);
-    setParamNormalized(id, normalized);
-    performEdit(id, parameter->getNormalized());
-    endEdit(id);
-    parameterChanged(parameter);
-}
-
-bool Corvane_SingleComponentEffect::runKeyCommand(int command)
+bool Corvane_EditorPresenter::runKeyCommand(int command)
 {
     if (command < 0 || command >= corvane_key_command_count) return false;
     const Corvane_KeyCommand& row = corvane_key_commands[command];
-    VST3_BaseParameter* parameter = row.parameter >= 0 ? baseParameter(ParamID(row.parameter)) : nullptr;
+    VST3_BaseParameter* parameter = row.parameter >= 0 ? effect.panelParameter(ParamID(row.parameter)) : nullptr;
     if (parameter == nullptr || row.action == Corvane_KeyCommand::kNone) return false;
     const ParamID id = ParamID(row.parameter);
     const double plain = parameter->toPlain(parameter->getNormalized());
@@ -196,11 +184,11 @@ bool Corvane_SingleComponentEffect::runKeyCommand(int command)
     const double high = parameter->toPlain(1.0);
     switch (row.action) {
     case Corvane_KeyCommand::kPress:
-        editParameter(id, high);
-        editParameter(id, low);
+        effect.editParameter(id, high);
+        effect.editParameter(id, low);
         break;
-    case Corvane_KeyCommand::kToggle: editParameter(id, plain == high ? low : high); break;
-    case Corvane_KeyCommand::kSetValue: editParameter(id, row.value); break;
+    case Corvane_KeyCommand::kToggle: effect.editParameter(id, plain == high ? low : high); break;
+    case Corvane_KeyCommand::kSetValue: effect.editParameter(id, row.value); break;
     case Corvane_KeyCommand::kStepUp:
     case Corvane_KeyCommand::kStepDown: {
         // One step of a stepped parameter, a twentieth of the range of a
@@ -209,7 +197,7 @@ bool Corvane_SingleComponentEffect::runKeyCommand(int command)
         const double step = steps > 0 ? 1.0 / steps : 0.05;
         const double sign = row.action == Corvane_KeyCommand::kStepUp ? 1.0 : -1.0;
         const double normalized = std::min(1.0, std::max(0.0, parameter->getNormalized() + sign * step));
-        editParameter(id, parameter->toPlain(normalized));
+        effect.editParameter(id, parameter->toPlain(normalized));
         break;
     }
     case Corvane_KeyCommand::kNone: break;
@@ -217,16 +205,15 @@ bool Corvane_SingleComponentEffect::runKeyCommand(int command)
     return true;
 }
 
-//--- Timer.
+//--- The timer.
 
-void Corvane_SingleComponentEffect::onTimer()
+void Corvane_EditorPresenter::onTimer(int32 tick)
 {
-    VST3_SingleComponentEffect::onTimer();
-
+    Scale_State& scaleState = effect.getScaleState();
     // Scale and key automated while the panel is open reach the scale here:
     // the audio side leaves them to the panel then.
-    auto* scale = baseParameter(corvane::kScale);
-    auto* key = baseParameter(corvane::kKey);
+    auto* scale = effect.panelParameter(corvane::kScale);
+    auto* key = effect.panelParameter(corvane::kKey);
     if (scale && key) {
         const int s = int(scale->toPlain(scale->getNormalized()));
         const int k = int(key->toPlain(key->getNormalized()));
@@ -238,18 +225,18 @@ void Corvane_SingleComponentEffect::onTimer()
     VSTGUI4_FlashingOnOffButton* flashingOnOff[] = {viewRegistry.trackPitchButton,
                                                    viewRegistry.trackPitchAndTimeButton};
     for (auto* button : flashingOnOff) {
-        if (button) button->updateFlashing(timerTick);
+        if (button) button->updateFlashing(tick);
     }
-    if (viewRegistry.dataFileMgmtButton) viewRegistry.dataFileMgmtButton->updateFlashing(timerTick);
+    if (viewRegistry.dataFileMgmtButton) viewRegistry.dataFileMgmtButton->updateFlashing(tick);
 
     // Marks written by MIDI notes on the audio thread.
-    if (scaleMarksPending.exchange(false)) showScaleMarks();
+    if (effect.takeMidiMarksChanged()) showScaleMarks();
 
-    if (timerTick % pitchDisplayTicks == 0) {
+    if (tick % pitchDisplayTicks == 0) {
         double ratio = 1.0;
         double period = 0.0;
-        dspObject.get_status(&ratio, nullptr, &period, nullptr);
-        const double rate = processSetup.sampleRate;
+        effect.getPitchStatus(ratio, period);
+        const double rate = effect.getSampleRate();
         if (period > 0.0 && rate > 0.0 && ratio > 0.0) {
             const double detected = double(Period_ToCents(float(period), float(rate)));
             const double change = 1200.0 * std::log2(ratio);
@@ -266,79 +253,207 @@ void Corvane_SingleComponentEffect::onTimer()
     }
 }
 
-void Corvane_SingleComponentEffect::autoRepeat(int32 tag)
+void Corvane_EditorPresenter::autoRepeat(int32 tag)
 {
     if ((tag == corvane::kScaleUp || tag == corvane::kScaleDown) && viewRegistry.scalesList) {
         stepScalesList(ParamID(tag));
         return;
     }
-    stopAutoRepeat();
+    effect.stopAutoRepeat();
+}
+
+//--- What a change of a parameter does beyond the engine.
+
+void Corvane_EditorPresenter::parameterChanged(Parameter* parameter)
+{
+    if (parameter == nullptr) return;
+    const ParamID id = parameter->getInfo().id;
+    if (id > corvane::kGraphScrollRight) return;
+    const double plain = parameter->toPlain(parameter->getNormalized());
+    // Buttons act only on a press, a plain value of exactly 1.0.
+    const bool press = plain == 1.0;
+
+    switch (id) {
+    case corvane::kCorrectionMode:
+        effect.setCorrectionMode(press);
+        showCorrectionPage();
+        break;
+    case corvane::kScale:
+    case corvane::kKey: {
+        auto* scale = effect.panelParameter(corvane::kScale);
+        auto* key = effect.panelParameter(corvane::kKey);
+        if (scale == nullptr || key == nullptr) break;
+        effect.setScaleAndKey(int(scale->toPlain(scale->getNormalized())), int(key->toPlain(key->getNormalized())));
+        keySpellingChanged();
+        showScaleMarks();
+        // The MIDI modes live only on the Chromatic scale.
+        if (id == corvane::kScale && plain != double(scale_chromatic)) {
+            const int32 mode = effect.getMidiScaleMode();
+            effect.setMidiScaleMode(corvane::kMidiOff);
+            if (mode == corvane::kMidiTargetNotes) effect.putParameter(corvane::kTargetNotes, 0.0);
+            if (mode == corvane::kMidiLearnScale) effect.putParameter(corvane::kLearnScale, 0.0);
+        }
+        break;
+    }
+    case corvane::kDetune:
+        showDetuneHertz();
+        effect.getScaleState().detune = int16_t(plain);
+        break;
+    case corvane::kLearnScale:
+    case corvane::kTargetNotes: {
+        const int32 mode = id == corvane::kLearnScale ? corvane::kMidiLearnScale : corvane::kMidiTargetNotes;
+        const int32 current = effect.getMidiScaleMode();
+        if (press) {
+            if (auto* key = effect.panelParameter(corvane::kKey))
+                prepareMidiNoteEntry(int(key->toPlain(key->getNormalized())));
+            // The two modes exclude each other.
+            const ParamID other = mode == corvane::kMidiLearnScale ? corvane::kTargetNotes : corvane::kLearnScale;
+            if (current != corvane::kMidiOff && current != mode) effect.putParameter(other, 0.0);
+            effect.setMidiScaleMode(mode);
+        } else if (current == mode) {
+            effect.setMidiScaleMode(corvane::kMidiOff);
+        }
+        break;
+    }
+    case corvane::kUseFormants:
+        showThroatLength();
+        break;
+    case corvane::kScaleUp:
+    case corvane::kScaleDown:
+        // Held arrows repeat from the timer; the repeat re-enters here.
+        if (!press || viewRegistry.scalesList == nullptr) {
+            effect.stopAutoRepeat();
+        } else if (effect.getRepeatingTag() != int32(id)) {
+            stepScalesList(id);
+            effect.startAutoRepeat(int32(id), repeatFirstDelay, repeatInterval);
+        }
+        break;
+    case corvane::kSetMajor:
+    case corvane::kSetMinor:
+    case corvane::kSetAll:
+    case corvane::kBypassAll:
+    case corvane::kRemoveAll: {
+        Corvane_ScalesListView* list = viewRegistry.scalesList;
+        if (!press || list == nullptr) break;
+        switch (id) {
+        case corvane::kSetMajor: list->setMajor(); break;
+        case corvane::kSetMinor: list->setMinor(); break;
+        case corvane::kSetAll: list->setAll(); break;
+        case corvane::kBypassAll: list->bypassAll(); break;
+        default: list->removeAll(); break;
+        }
+        pushScaleEdits();
+        break;
+    }
+    case corvane::kKeyboardEdits:
+        if (viewRegistry.keyboard) viewRegistry.keyboard->setKeyboardEdits(press);
+        break;
+    case corvane::kKeyboardMode:
+        if (viewRegistry.keyboard) viewRegistry.keyboard->setKeyboardMode(press);
+        break;
+    case corvane::kNudgeUp:
+    case corvane::kNudgeDown:
+    case corvane::kGraphScrollUp:
+    case corvane::kGraphScrollDown:
+    case corvane::kGraphScrollLeft:
+    case corvane::kGraphScrollRight:
+        // Held buttons repeat while their view is open; the views of these
+        // buttons come with the editor, so without one a press stops the
+        // repeat.
+        effect.stopAutoRepeat();
+        break;
+    default: break;
+    }
+}
+
+namespace {
+
+bool editsGraphObjects(int32 tag)
+{
+    return tag == corvane::kObjectRetuneSpeed || tag == corvane::kObjectAdjustVibrato ||
+           tag == corvane::kNumberOfNotes || tag == corvane::kObjectThroatLength;
+}
+
+} // namespace
+
+void Corvane_EditorPresenter::controlEditBegun(VSTGUI::CControl* control)
+{
+    if (control && editsGraphObjects(control->getTag())) objectKnobEdit = control->getTag();
+}
+
+void Corvane_EditorPresenter::controlEditEnded(VSTGUI::CControl* control)
+{
+    if (control && control->getTag() == objectKnobEdit) objectKnobEdit = -1;
+}
+
+void Corvane_EditorPresenter::showRestoredState()
+{
+    keySpellingChanged();
+    showCorrectionPage();
+    showThroatLength();
+    showDetuneHertz();
+    showScaleMarks();
 }
 
 //--- The keyboard, the scales list and the meter.
 
-int Corvane_SingleComponentEffect::currentNoteOf(double cents, int detune)
+int Corvane_EditorPresenter::currentNoteOf(double cents, int detune)
 {
     // 0 cents is MIDI note 60.
     return 60 + int(std::floor((cents - double(detune)) / 100.0 + 0.5));
 }
 
-void Corvane_SingleComponentEffect::showCurrentNote(double outputCents, bool voiced)
+void Corvane_EditorPresenter::showCurrentNote(double outputCents, bool voiced)
 {
     Corvane_KeyboardView* keyboard = viewRegistry.keyboard;
     if (keyboard == nullptr) return;
     // Without a voice the last note stays shown while "Hold Note Shown" is
     // on; otherwise the keyboard shows none.
     if (!voiced) {
-        auto* hold = baseParameter(corvane::kHoldNoteShown);
+        auto* hold = effect.panelParameter(corvane::kHoldNoteShown);
         const bool holdNoteShown = hold && hold->toPlain(hold->getNormalized()) != 0.0;
         if (!holdNoteShown && keyboard->getCurrentNote() != Corvane_KeyboardView::noNote)
             keyboard->clearCurrentNote(keyboard->getCurrentNote());
         return;
     }
-    const int note = currentNoteOf(outputCents, scaleState.detune);
+    const int note = currentNoteOf(outputCents, effect.getScaleState().detune);
     if (note == keyboard->getCurrentNote()) return;
     // A note off the keyboard clears the highlight.
     keyboard->setCurrentNote(uint16_t(note >= 0 && note < 0xFFFF ? note : 0));
 }
 
-void Corvane_SingleComponentEffect::showPitchChange(double cents)
+void Corvane_EditorPresenter::showPitchChange(double cents)
 {
-    Parameter* meter = privateParameters.getParameter(corvane::pitchChangeParameter);
+    Parameter* meter = effect.panelParameter(corvane::pitchChangeParameter);
     if (meter == nullptr) return;
     const double clamped = std::min(corvane::pitchChangeRange, std::max(-corvane::pitchChangeRange, cents));
     const ParamValue normalized = meter->toNormalized(clamped);
     if (std::fabs(normalized - meter->getNormalized()) > 1e-6) meter->setNormalized(normalized);
 }
 
-void Corvane_SingleComponentEffect::showScaleMarks()
+void Corvane_EditorPresenter::showScaleMarks()
 {
     if (auto* keyboard = viewRegistry.keyboard) keyboard->reloadKeyStates();
     if (auto* list = viewRegistry.scalesList) list->invalid();
 }
 
-void Corvane_SingleComponentEffect::pushScaleEdits()
+void Corvane_EditorPresenter::pushScaleEdits()
 {
     showScaleMarks();
-    scaleMarksChanged();
+    effect.scaleMarksChanged();
 }
 
-void Corvane_SingleComponentEffect::scaleMarksEdited()
+void Corvane_EditorPresenter::scaleMarksEdited()
 {
-    scaleMarksChanged();
+    effect.scaleMarksChanged();
 }
 
-void Corvane_SingleComponentEffect::keyboardNoteHeld(int note)
+void Corvane_EditorPresenter::keyboardNoteHeld(int note)
 {
-    const int held = note >= Scale_State::lowest_note && note < Scale_State::lowest_note + Scale_State::keyboard_keys
-                         ? note
-                         : -1;
-    if (held == heldKeyboardNote.load(std::memory_order_relaxed)) return;
-    heldKeyboardNote.store(held, std::memory_order_relaxed);
-    requestFromInterface();
+    effect.keyboardNoteHeld(note);
 }
 
-void Corvane_SingleComponentEffect::stepScalesList(ParamID id)
+void Corvane_EditorPresenter::stepScalesList(ParamID id)
 {
     Corvane_ScalesListView* list = viewRegistry.scalesList;
     if (list == nullptr) return;
@@ -348,11 +463,13 @@ void Corvane_SingleComponentEffect::stepScalesList(ParamID id)
         list->refreshAfterStepUp();
     else
         list->refreshAfterStepDown();
-    setScaleAndKey(scaleState.scale, scaleState.key);
+    const Scale_State& scaleState = effect.getScaleState();
+    effect.setScaleAndKey(scaleState.scale, scaleState.key);
 }
 
-void Corvane_SingleComponentEffect::prepareMidiNoteEntry(int key)
+void Corvane_EditorPresenter::prepareMidiNoteEntry(int key)
 {
+    Scale_State& scaleState = effect.getScaleState();
     key = ((key % 12) + 12) % 12;
     for (int row = 0; row < Scale_State::rowsOf(scale_chromatic); ++row) {
         scaleState.setRowBypassed(row, key, scale_chromatic, 0);
@@ -377,8 +494,7 @@ VSTGUI::CTextLabel* pitchLabel(Corvane_ViewRegistry& registry, int which)
 
 } // namespace
 
-void Corvane_SingleComponentEffect::pitchDisplayText(const Scale_State& scaleState, int cents, char* text,
-                                                     size_t size)
+void Corvane_EditorPresenter::pitchDisplayText(const Scale_State& scaleState, int cents, char* text, size_t size)
 {
     const int scale = (scaleState.scale >= 0 && scaleState.scale < scale_count) ? scaleState.scale : 2;
     const int key = ((scaleState.key % 12) + 12) % 12;
@@ -418,66 +534,45 @@ void Corvane_SingleComponentEffect::pitchDisplayText(const Scale_State& scaleSta
     std::snprintf(text, size, "%s%s%d", name, offset >= 1 ? " +" : " ", int(offset));
 }
 
-void Corvane_SingleComponentEffect::setPitchDisplay(int which, int cents)
+void Corvane_EditorPresenter::setPitchDisplay(int which, int cents)
 {
     VSTGUI::CTextLabel* label = pitchLabel(viewRegistry, which);
     if (label == nullptr) return;
     char text[48];
-    pitchDisplayText(scaleState, cents, text, sizeof(text));
+    pitchDisplayText(effect.getScaleState(), cents, text, sizeof(text));
     setLabel(label, text);
 }
 
-void Corvane_SingleComponentEffect::clearPitchDisplay(int which)
+void Corvane_EditorPresenter::clearPitchDisplay(int which)
 {
     setLabel(pitchLabel(viewRegistry, which), " ");
 }
 
-void Corvane_SingleComponentEffect::setCursorPositionText(const char* text)
+void Corvane_EditorPresenter::setCursorPositionText(const char* text)
 {
     if (text) setLabel(viewRegistry.cursorPositionDisplay, text);
 }
 
-//--- Edit gestures.
-
-namespace {
-
-bool editsGraphObjects(int32 tag)
-{
-    return tag == corvane::kObjectRetuneSpeed || tag == corvane::kObjectAdjustVibrato ||
-           tag == corvane::kNumberOfNotes || tag == corvane::kObjectThroatLength;
-}
-
-} // namespace
-
-void Corvane_SingleComponentEffect::controlEditBegun(VSTGUI::CControl* control)
-{
-    if (control && editsGraphObjects(control->getTag())) objectKnobEdit = control->getTag();
-}
-
-void Corvane_SingleComponentEffect::controlEditEnded(VSTGUI::CControl* control)
-{
-    if (control && control->getTag() == objectKnobEdit) objectKnobEdit = -1;
-}
-
 //--- Views that show the parameters.
 
-void Corvane_SingleComponentEffect::showCorrectionPage()
+void Corvane_EditorPresenter::showCorrectionPage()
 {
-    showView(viewRegistry.graphModePage, isGraphMode());
-    showView(viewRegistry.autoModePage, !isGraphMode());
+    const bool graph = effect.isGraphMode();
+    showView(viewRegistry.graphModePage, graph);
+    showView(viewRegistry.autoModePage, !graph);
 }
 
-void Corvane_SingleComponentEffect::showThroatLength()
+void Corvane_EditorPresenter::showThroatLength()
 {
-    auto* formants = baseParameter(corvane::kUseFormants);
+    auto* formants = effect.panelParameter(corvane::kUseFormants);
     const bool on = formants && formants->toPlain(formants->getNormalized()) == 1.0;
     showView(viewRegistry.throatLengthKnob, on);
     showView(viewRegistry.throatLengthCover, !on);
 }
 
-void Corvane_SingleComponentEffect::showDetuneHertz()
+void Corvane_EditorPresenter::showDetuneHertz()
 {
-    auto* detune = baseParameter(corvane::kDetune);
+    auto* detune = effect.panelParameter(corvane::kDetune);
     if (viewRegistry.detuneHertzDisplay == nullptr || detune == nullptr) return;
     // The pitch of A in tenths of a hertz, for a detune of a semitone down
     // to a semitone up, shown with one decimal.
@@ -491,9 +586,9 @@ void Corvane_SingleComponentEffect::showDetuneHertz()
     setLabel(viewRegistry.detuneHertzDisplay, text);
 }
 
-void Corvane_SingleComponentEffect::keySpellingChanged()
+void Corvane_EditorPresenter::keySpellingChanged()
 {
-    auto* key = FCast<VST3_MultiStringArrayParameter>(parameters.getParameter(corvane::kKey));
+    auto* key = FCast<VST3_MultiStringArrayParameter>(effect.panelParameter(corvane::kKey));
     if (key == nullptr || key->getCurrentArray() == keySpelling) return;
     keySpelling = key->getCurrentArray();
     // The key's menu takes the names of the new spelling, and the host
@@ -509,5 +604,5 @@ void Corvane_SingleComponentEffect::keySpellingChanged()
             menu->invalid();
         }
     }
-    if (componentHandler) componentHandler->restartComponent(kParamValuesChanged);
+    effect.parameterTextsChanged();
 }

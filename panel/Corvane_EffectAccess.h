@@ -1,0 +1,69 @@
+#pragma once
+
+#include "panel/Corvane_ParameterIds.h"
+#include "pluginterfaces/vst/vsttypes.h"
+
+class Scale_State;
+class VST3_BaseParameter;
+
+// What the panel asks of the effect that owns it: the editor presenter and
+// the sub-controller reach the effect through this alone. Every operation:
+// interface thread; the audio thread never calls into the panel.
+class Corvane_EffectAccess {
+public:
+    virtual ~Corvane_EffectAccess() = default;
+
+    //--- Parameters, by the numbers of Corvane_ParameterIds.h.
+    // The parameter of an id, of the host's set or the private one, or null.
+    virtual VST3_BaseParameter* panelParameter(Steinberg::Vst::ParamID id) = 0;
+    // A plain value put from the program's side: the engine follows, the
+    // host hears no edit and the panel's dispatch does not run.
+    virtual void putParameter(Steinberg::Vst::ParamID id, double plain) = 0;
+    // A plain value set as the user would set it on the panel: the host
+    // hears begin, perform and end, then the effect reacts as to a control.
+    virtual void editParameter(Steinberg::Vst::ParamID id, double plain) = 0;
+    // The texts of a parameter's values changed (the key names took another
+    // spelling): the host reads them anew.
+    virtual void parameterTextsChanged() = 0;
+
+    //--- The scale.
+    // The scale object that the scales list and the keyboard show and edit.
+    virtual Scale_State& getScaleState() = 0;
+    // The scale and key the panel shows, into the scale object; the key
+    // names follow the spelling of the scale.
+    virtual void setScaleAndKey(int scale, int key) = 0;
+    // The marks of the scale object changed: the engine's note table
+    // follows them.
+    virtual void scaleMarksChanged() = 0;
+    // True once after MIDI notes on the audio thread changed the marks.
+    virtual bool takeMidiMarksChanged() = 0;
+    // A key of the keyboard is held in momentary mode (MIDI note 19 to 96)
+    // or let go (-1, or any note off the keyboard).
+    virtual void keyboardNoteHeld(int note) = 0;
+
+    //--- Modes.
+    // Auto (false) or Graph (true) correction.
+    virtual bool isGraphMode() const = 0;
+    virtual void setCorrectionMode(bool graph) = 0;
+    // What MIDI notes do in Auto mode, a corvane::MidiScaleMode. The panel
+    // is the only writer.
+    virtual Steinberg::int32 getMidiScaleMode() const = 0;
+    virtual void setMidiScaleMode(Steinberg::int32 mode) = 0;
+
+    //--- The engine, for the displays.
+    // The correction ratio in force (present period over wanted period, 1.0
+    // while idle) and the detected period in host samples (0.0 while idle),
+    // as the engine last published them.
+    virtual void getPitchStatus(double& ratio, double& period) const = 0;
+    // The host's sample rate in hertz; 0 before the first set-up.
+    virtual double getSampleRate() const = 0;
+
+    //--- Held buttons. The action of `tag` repeats from the effect's timer
+    // through the presenter's autoRepeat, first after firstDelay ticks, then
+    // every interval ticks.
+    virtual void startAutoRepeat(Steinberg::int32 tag, Steinberg::int32 firstDelay,
+                                 Steinberg::int32 interval) = 0;
+    virtual void stopAutoRepeat() = 0;
+    // The tag that repeats, or -1.
+    virtual Steinberg::int32 getRepeatingTag() const = 0;
+};
