@@ -3,197 +3,181 @@
 #include <algorithm>
 #include <cmath>
 
-#include "Common_VST3/utilities.h"
-
 CV_DSPObject::CV_DSPObject(int64_t block_limit) : Downsample_DSP(block_limit)
 {
-    for (int c = 0; c < max_channels; ++c) {
-        input_ring[c] = new double[engine::ring_len];
-        residual_ring[c] = new double[engine::residual_len];
-        read_ring[c] = new double[engine::ring_len];
-    }
-    period_ring = new double[engine::ring_len];
-    held_period_ring = new double[engine::ring_len];
-    ratio_ring = new double[engine::ring_len];
-    smoother = new pitch_smoother();
-    vib_table = new float[vib_table_size];
-    set_vibrato_shape(0);
     CV_DSPObject::reset();
 }
 
-CV_DSPObject::~CV_DSPObject()
-{
-    for (int c = 0; c < max_channels; ++c) {
-        delete[] input_ring[c];
-        delete[] residual_ring[c];
-        delete[] read_ring[c];
-    }
-    delete[] period_ring;
-    delete[] held_period_ring;
-    delete[] ratio_ring;
-    delete smoother;
-    delete[] vib_table;
-}
-
-void CV_DSPObject::reset()
+void CV_DSPObject::reset() noexcept
 {
     Downsample_DSP::reset();
-    for (int c = 0; c < max_channels; ++c) {
-        std::fill(input_ring[c], input_ring[c] + engine::ring_len, 0.0);
-        std::fill(residual_ring[c], residual_ring[c] + engine::residual_len, 0.0);
-        std::fill(read_ring[c], read_ring[c] + engine::ring_len, 0.0);
-    }
-    std::fill(period_ring, period_ring + engine::ring_len, 0.0);
-    std::fill(held_period_ring, held_period_ring + engine::ring_len, 0.0);
-    // The ratio ring holds ratios: a neutral 1.0, so the read-out moves with
-    // the writer from the first sample instead of standing still.
-    std::fill(ratio_ring, ratio_ring + engine::ring_len, 1.0);
-    for (auto& filter : anti_alias) {
-        filter.set_passthrough();
-        filter.clear();
-    }
+    shifter.reset();
+    formants.reset();
+    detector.reset();
+    targets.reset();
+    retune.reset();
+    vibrato.reset();
+    natural.reset();
     for (auto& filter : mix_filter) filter.clear();
-    for (auto& filter : pre_filter) filter.clear();
-    vib_noise_filter.clear();
-    smoother->set_restart();
-    std::fill(coarse_ring, coarse_ring + coarse_len, 0.0);
-    std::fill(coarse_energy, coarse_energy + coarse_lags, 0.0);
-    std::fill(coarse_corr, coarse_corr + coarse_lags, 0.0);
-    std::fill(lag_energy, lag_energy + 2 * max_lag_half, 0.0);
-    std::fill(lag_corr, lag_corr + 2 * max_lag_half, 0.0);
-    coarse_count = coarse_index = 0;
-    base_lag = 0;
-    decide_count = 0;
-    last_target = -1;
-    target_index = 0;
-    octave_fold = 1.0;
-    frame_target_inv = 0.0;
-
-    write_index = 0;
-    delayed_index = ring_back(write_index, engine::delayed_distance, engine::ring_len);
-    residual_index = 0;
-    read_pos = double(write_index - engine::read_distance);
-    old_read_pos = read_pos;
-    splice_mix = 1.0;
-    read_period = 0.0;
-    read_ratio = 1.0;
-    filter_ratio = 1.0;
-
-    searching = true;
-    search_reset = true;
-    target_ready = false;
-    period = 0.0;
-    last_period = 0.0;
-    applied_ratio = target_ratio = smooth_ratio = natural_ratio = slow_ratio = 1.0;
-    clear_vibrato_state();
-    frame_gain = 1.0;
-    frame_mix = 1.0;
-
+    applied_ratio = target_ratio = 1.0;
     started = false;
     frame_phase = 0.0;
-    frame_min_period = 3000.0;
-    frame_max_period = -1.0;
-    frame_min_level = frame_max_level = 0.0;
-    event_count = 0;
-    midi_state = 0;
+    frame_min_period = engine::no_min_period;
+    frame_max_period = engine::no_max_period;
+    publish_status();
 }
 
-void CV_DSPObject::set_sample_rate(double rate)
+void CV_DSPObject::set_sample_rate(double rate) noexcept
 {
     configure_rate(rate);
-    const double engine_sr = engine_rate();
-    for (auto& filter : anti_alias) filter.set_sampleRate(engine_sr);
-    for (auto& filter : mix_filter) filter.set_sampleRate(engine_sr);
+    const double sr = engine_rate();
     period_scale = double(decimationFactor);
-    // The fine window: wide enough for the coarse stage's error and a
-    // vibrato's movement between decisions, narrow enough to keep the
-    // highest voices (its half width is the shortest period that locks).
-    lag_half = int32_t(std::lround(engine_sr / 2000.0));
-    lag_half = std::clamp<int32_t>(lag_half, 4, max_lag_half);
-    set_tracking(tracking_amount, input_type);
+    shifter.set_rate(sr);
+    formants.set_rate(sr);
+    detector.set_rate(sr);
+    retune.set_rate(sr);
     configure_mix_filters();
     set_samples_per_frame(samples_per_frame);
-    set_retune(retune_ms, humanize_ms);
     reset();
 }
 
-void CV_DSPObject::prepare_hook() {}
+void CV_DSPObject::prepare_hook() noexcept {}
 
-void CV_DSPObject::set_retune(double r, double h)
+void CV_DSPObject::set_idle(bool on) noexcept
 {
-    retune_ms = r;
-    humanize_ms = h;
-    const double sr = engine_rate();
-    // The time in which the smoother covers half its distance, at one update
-    // every five samples.
-    auto pole = [sr](double ms) { return ms == 0.0 ? 0.0 : std::pow(0.5, 1.0 / ((sr / 5.0) * (ms / 1000.0))); };
-    retune_fast = r == 0.0 ? 0.0 : pole(r);
-    retune_slow = pole(r + h);
-    ramp_len = int64_t(sr * 0.4 / 5.0);
-    ramp_step = ramp_len > 0 ? (retune_slow - retune_fast) / double(ramp_len) : 0.0;
-    retune_coef = retune_fast;
-    ramp_step_now = 0.0;
-    ramp_left = 0;
+    idle = on;
+    publish_status();
 }
 
-void CV_DSPObject::set_transpose(int semitones)
+void CV_DSPObject::set_retune(double retune_ms, double humanize_ms) noexcept
+{
+    retune.set_times(retune_ms, humanize_ms, engine_rate());
+}
+
+void CV_DSPObject::set_vibrato_shape(int shape) noexcept
+{
+    const bool known = shape >= int(vibrato_shape::sine) && shape <= int(vibrato_shape::sawtooth);
+    vibrato.set_shape(known ? vibrato_shape(shape) : vibrato_shape::none);
+}
+
+void CV_DSPObject::set_vibrato_delay(double ms) noexcept
+{
+    vibrato.set_delay(ms);
+    update_frame_rate_values();
+}
+
+void CV_DSPObject::set_vibrato_onset(double ms) noexcept
+{
+    vibrato.set_onset(ms);
+    update_frame_rate_values();
+}
+
+void CV_DSPObject::set_vibrato_formant(double dB) noexcept
+{
+    vib_formant = dB;
+    configure_mix_filters();
+}
+
+void CV_DSPObject::set_transpose(int semitones) noexcept
 {
     transpose_ratio = std::pow(2.0, double(semitones) / 12.0);
 }
 
-void CV_DSPObject::set_samples_per_frame(double host_samples)
+void CV_DSPObject::set_tracking(double tracking, int type) noexcept
+{
+    const int last = int(input_type::bass_instrument);
+    detector.set_tracking(tracking, input_type(std::clamp(type, 0, last)));
+}
+
+void CV_DSPObject::set_note_table(int64_t count, const int64_t* periods, const int64_t* bounds,
+                                  const int64_t* octaves) noexcept
+{
+    targets.set_explicit(count, periods, bounds, octaves);
+}
+
+void CV_DSPObject::set_octave_table(int64_t count, const int64_t* periods, const int64_t* bounds,
+                                    double scale) noexcept
+{
+    targets.set_octave(count, periods, bounds, scale * period_scale);
+}
+
+void CV_DSPObject::set_samples_per_frame(double host_samples) noexcept
 {
     samples_per_frame = host_samples > 0.0 ? host_samples : engine::default_samples_per_frame;
     frame_len = samples_per_frame / double(decimationFactor);
     update_frame_rate_values();
+    publish_status();
 }
 
-void CV_DSPObject::set_position(int64_t host_position)
+void CV_DSPObject::set_position(int64_t host_position) noexcept
 {
     const int64_t position = host_position / decimationFactor;
     input_pos = position;
-    source_pos = position;
-    frame_index = int64_t(double(position) / frame_len);
-    frame_phase = double(position) - double(frame_index) * frame_len;
+    const int64_t frame = int64_t(double(position) / frame_len);
+    frame_phase = double(position) - double(frame) * frame_len;
+    publish_status();
 }
 
-void CV_DSPObject::get_status(double* ratio, int64_t* frame, double* detected,
-                              double* target) const
+void CV_DSPObject::update_frame_rate_values() noexcept
 {
+    const double sr = engine_rate();
+    if (sr <= 0.0 || frame_len <= 0.0) return;
+    const double frames_per_second = sr / frame_len;
+    vibrato.set_frame_rate(frames_per_second);
+    natural.set_frame_rate(frames_per_second);
+}
+
+void CV_DSPObject::configure_mix_filters() noexcept
+{
+    const double sr = engine_rate();
+    if (sr <= 0.0) return;
+    // A bell around the second formant region: the vowel brightens and
+    // darkens with the vibrato.
+    const double freq = std::fmin(1800.0, 0.4 * sr);
+    for (auto& filter : mix_filter) {
+        filter.set_sampleRate(sr);
+        if (vib_formant == 0.0)
+            filter.set_passthrough();
+        else
+            filter.init_Peaking_EQ(freq, 0.8, vib_formant);
+    }
+}
+
+void CV_DSPObject::publish_status() noexcept
+{
+    constexpr auto relaxed = std::memory_order_relaxed;
     if (idle) {
-        if (ratio) *ratio = 1.0;
-        if (frame) *frame = 0;
-        if (detected) *detected = 0.0;
-        if (target) *target = 1.0;
+        status.ratio.store(1.0, relaxed);
+        status.frame.store(0, relaxed);
+        status.period.store(0.0, relaxed);
+        status.target.store(1.0, relaxed);
         return;
     }
-    if (ratio) *ratio = applied_ratio;
-    if (frame) *frame = int64_t(double(input_pos) / frame_len);
-    if (detected) *detected = period_scale * period;
-    if (target) *target = target_ratio;
+    status.ratio.store(applied_ratio, relaxed);
+    status.frame.store(int64_t(double(input_pos) / frame_len), relaxed);
+    status.period.store(period_scale * detector.get_period(), relaxed);
+    status.target.store(target_ratio, relaxed);
 }
 
-void CV_DSPObject::clear_vibrato_state()
+void CV_DSPObject::get_status(double* ratio, int64_t* frame, double* period, double* target) const noexcept
 {
-    vib_phase = 0.0;
-    vib_frames = 0;
-    vib_value = 0.0;
-    vib_mix = 1.0;
-    gain_step = 0.0;
-    gain_now = 1.0;
+    constexpr auto relaxed = std::memory_order_relaxed;
+    if (ratio) *ratio = status.ratio.load(relaxed);
+    if (frame) *frame = status.frame.load(relaxed);
+    if (period) *period = status.period.load(relaxed);
+    if (target) *target = status.target.load(relaxed);
 }
 
-void CV_DSPObject::process_block(const float* const* in, float* const* out, int64_t frames)
+void CV_DSPObject::process_block(const float* const* in, float* const* out, int64_t frames) noexcept
 {
     const float* second_in = stereo_in ? in[1] : in[0];
     const bool two_channels = stereo_out;
 
     for (int64_t i = 0; i < frames; ++i) {
         // Fetch.
-        const uint16_t reference = reference_channel;
         double primary;
         double secondary;
-        if (two_channels && reference != 0) {
+        if (two_channels && reference_channel != 0) {
             primary = second_in[i];
             secondary = in[0][i];
         } else if (two_channels) {
@@ -211,189 +195,130 @@ void CV_DSPObject::process_block(const float* const* in, float* const* out, int6
         primary += noise.denormal_noise();
         if (two_channels) secondary += noise.denormal_noise();
 
-        // Live input is the one source sample.
-        if (!idle && started) {
-            ++source_pos;
-            ++input_pos;
-        }
+        if (!idle && started) ++input_pos;
 
         analyze_sample(primary, secondary, two_channels);
         output_sample(out, i, two_channels);
     }
+    publish_status();
 }
 
-void CV_DSPObject::analyze_sample(double primary, double secondary, bool two_channels)
+void CV_DSPObject::analyze_sample(double primary, double secondary, bool two_channels) noexcept
 {
-    // 1. Frame logic.
     if (!idle && started) {
         frame_phase += 1.0;
-        if (frame_phase < frame_len) {
-            if (primary < frame_min_level) frame_min_level = primary;
-        } else {
+        if (frame_phase >= frame_len) {
             frame_phase -= frame_len;
-            close_frame(primary);
+            close_frame();
         }
-        if (primary > frame_max_level) frame_max_level = primary;
     }
 
-    // 2. Advance the rings; the read positions follow the wrap.
-    write_index = ring_next(write_index, engine::ring_len);
-    if (write_index == 0) {
-        read_pos -= double(engine::ring_len);
-        old_read_pos -= double(engine::ring_len);
+    shifter.advance();
+    shifter.store_input(primary, secondary);
+    const int64_t newest = shifter.newest();
+
+    switch (detector.process(primary, shifter.input(0), newest)) {
+    case pitch_detector::outcome::none: break;
+    case pitch_detector::outcome::cleared:
+        frame_min_period = engine::no_min_period;
+        frame_max_period = engine::no_max_period;
+        natural.restart();
+        break;
+    case pitch_detector::outcome::decided: {
+        const double period = detector.get_period();
+        target_ratio = 1.0;
+        if (frame_min_period > period) frame_min_period = period;
+        if (frame_max_period < period) frame_max_period = period;
+        correct();
+        break;
     }
-    delayed_index = ring_next(delayed_index, engine::ring_len);
-
-    // 3. Store the input.
-    input_ring[0][write_index] = primary;
-    input_ring[1][write_index] = secondary;
-
-    // 4. Detector feed.
-    double filtered = pre_filter[1].process(pre_filter[0].process(primary));
-    if (third_filter_on) filtered = pre_filter[2].process(filtered);
-    if (searching) {
-        if ((write_index & 7) == 0) {
-            const int64_t lag = coarse_update(filtered);
-            if (lag > 0) fine_start(lag);
-        }
-    } else {
-        fine_update();
+    case pitch_detector::outcome::lost: lose_lock(); break;
     }
 
-    // 5. Control rings.
-    period_ring[write_index] = period;
-    held_period_ring[write_index] = last_period;
-    ratio_ring[write_index] = applied_ratio * transpose_ratio;
+    shifter.store_controls(detector.get_period(), detector.get_last_period(), applied_ratio * transpose_ratio);
 
-    // 6.
-    residual_index = ring_next(residual_index, engine::residual_len);
-
-    // 7. Emphasis.
-    pre_emphasize(input_ring[0], write_index, 0);
-    if (two_channels) pre_emphasize(input_ring[1], write_index, 1);
-
-    // 8. Formant analysis, on the primary only.
-    analyze_formants(period_ring, write_index, 0);
-
-    // 9, 10. Residual, and the read ring 1280 residual samples later.
-    const int64_t old_residual =
-        ring_back(residual_index, engine::residual_delay, engine::residual_len);
+    formants.pre_emphasize(shifter.input(0), newest, 0);
+    if (two_channels) formants.pre_emphasize(shifter.input(1), newest, 1);
+    formants.analyze_formants(shifter.periods(), newest, 0, detector.get_period(), detector.get_last_period(), bypass);
     const int channels = two_channels ? 2 : 1;
-    for (int c = 0; c < channels; ++c) {
-        residual_ring[c][residual_index] = inverse_filter(write_index, c);
-        read_ring[c][write_index] = residual_ring[c][old_residual];
-    }
+    for (int c = 0; c < channels; ++c) shifter.store_residual(c, formants.inverse_filter(newest, c));
 
-    // 11. Read control values.
-    const double p = period_ring[delayed_index];
-    if (p != 0.0) {
-        read_period = p;
-        read_ratio = ratio_ring[delayed_index];
-    } else if (period_ring[write_index] != 0.0) {
-        read_period = period_ring[write_index];
-        read_ratio = ratio_ring[write_index];
-    } else {
-        read_period = held_period_ring[delayed_index];
-        read_ratio = ratio_ring[delayed_index];
-        clear_vibrato_state();
-    }
-
-    // 12. Anti-alias filters; in bypass their output is not written back.
-    for (int c = 0; c < channels; ++c) {
-        const double filtered =
-            anti_alias[2 * c + 1].process(anti_alias[2 * c].process(read_ring[c][write_index]));
-        if (!bypass) read_ring[c][write_index] = filtered;
-    }
+    // Unvoiced where the audio is read and where it is written: the next
+    // note starts its vibrato afresh.
+    if (shifter.take_read_controls()) vibrato.clear();
+    shifter.filter_read_ring(channels, bypass);
 }
 
-void CV_DSPObject::close_frame(double primary)
+void CV_DSPObject::close_frame() noexcept
 {
     if (auto_mode) {
-        ++frame_index;
-        if (vibrato_on && period != 0.0) vibrato_step();
-        smooth_frame();
+        if (vibrato.is_vibrato_on() && detector.get_period() != 0.0)
+            vibrato.frame_step(double(noise.next()) / double(Noise_Generator::max_value) - 0.5, frame_len);
+        if (frame_max_period == engine::no_max_period)
+            natural.unvoiced_frame();
+        else
+            natural.frame(0.5 * (frame_min_period + frame_max_period));
     }
-    frame_min_period = 3000.0;
-    frame_max_period = -1.0;
-    frame_min_level = frame_max_level = primary;
+    frame_min_period = engine::no_min_period;
+    frame_max_period = engine::no_max_period;
 }
 
-double CV_DSPObject::interpolate(const double* ring, double position)
+void CV_DSPObject::correct() noexcept
 {
-    int64_t i = Round_ToInt(float(position));
-    const double t = position - double(i);
-    i %= engine::ring_len;
-    if (i < 0) i += engine::ring_len;
-    const double y0 = ring[i];
-    const double ym = ring[i == 0 ? engine::ring_len - 1 : i - 1];
-    const double yp = ring[ring_next(i, engine::ring_len)];
-    return ((0.5 * (ym + yp) - y0) * t + 0.5 * (yp - ym)) * t + y0;
-}
-
-void CV_DSPObject::output_sample(float* const* out, int64_t i, bool two_channels)
-{
-    // Read-out.
-    if (bypass) read_ratio = 1.0;
-    read_pos += read_ratio;
-    old_read_pos += read_ratio;
-    const double writer = double(write_index);
-    // The reader splices back once it passes its closest distance; resting
-    // exactly there (a ratio of 1.0 from the start) it keeps the fixed delay.
-    if (read_pos > writer - double(engine::read_distance)) {
-        old_read_pos = read_pos;
-        splice_mix = 0.0;
-        read_pos -= read_period;
-    } else if (read_pos <= writer - 1.2 * read_period - double(engine::read_distance)) {
-        old_read_pos = read_pos;
-        splice_mix = 0.0;
-        read_pos += read_period;
-    }
-
-    const int channels = two_channels ? 2 : 1;
-    double sample[2] = {0.0, 0.0};
-    for (int c = 0; c < channels; ++c) sample[c] = interpolate(read_ring[c], read_pos);
-    if (splice_mix < 1.0) {
-        for (int c = 0; c < channels; ++c) {
-            const double old_sample = interpolate(read_ring[c], old_read_pos);
-            sample[c] = splice_mix * sample[c] + (1.0 - splice_mix) * old_sample;
+    if (auto_mode && targets.get_target_count() != 0) {
+        const note_targets::found found = targets.search(detector.get_period(), period_scale, natural.get_slow_ratio());
+        if (found.restarted) {
+            retune.forget_note();
+            vibrato.clear();
         }
-        splice_mix = std::min(1.0, splice_mix + engine::splice_step);
+        target_ratio = found.ratio;
+        if (found.note >= 0) retune.note(found.note);
     }
 
-    const int64_t synth_pos = int64_t(read_pos - double(engine::residual_delay));
-    for (int c = 0; c < channels; ++c) {
-        sample[c] = de_emphasize(c, synthesis_filter(synth_pos, c, sample[c]));
+    const double smooth_ratio = retune.smooth(target_ratio);
+    applied_ratio = smooth_ratio;
+    if (auto_mode) {
+        if (vibrato.is_vibrato_on()) applied_ratio = vibrato.pitch_factor() * smooth_ratio;
+        applied_ratio *= natural.get_natural_ratio();
     }
+    // The vibrato stays out of the anti-alias filters' choice.
+    shifter.check_anti_alias(smooth_ratio * transpose_ratio);
+}
 
-    // Last stages.
+void CV_DSPObject::lose_lock() noexcept
+{
+    target_ratio = applied_ratio = 1.0;
+    retune.reset();
+    natural.release();
+    vibrato.clear();
+}
+
+void CV_DSPObject::output_sample(float* const* out, int64_t i, bool two_channels) noexcept
+{
+    const int channels = two_channels ? 2 : 1;
+    double sample[max_channels] = {0.0, 0.0};
+    const int64_t synth_pos = shifter.read_out(bypass, channels, sample);
+    for (int c = 0; c < channels; ++c)
+        sample[c] = formants.de_emphasize(c, formants.synthesis_filter(synth_pos, c, sample[c]));
+
+    // Last stages: the vibrato's gain and formant mix.
     double y = sample[0];
     double z = sample[1];
-    const bool voiced_at_output = period_ring[delayed_index] != 0.0;
-    if (vibrato_on) {
-        if (voiced_at_output && !bypass) {
-            gain_now += gain_step;
-            y *= gain_now;
+    if (vibrato.is_vibrato_on()) {
+        if (shifter.voiced_at_output() && !bypass) {
+            const double gain = vibrato.next_gain();
+            const double m = vibrato.mix();
+            y *= gain;
             const double f = mix_filter[0].process(y);
-            y = ((vib_mix + 1.0) * y + (1.0 - vib_mix) * f) * 0.5;
+            y = ((m + 1.0) * y + (1.0 - m) * f) * 0.5;
             if (two_channels) {
-                z *= gain_now;
+                z *= gain;
                 const double fz = mix_filter[1].process(z);
-                z = ((vib_mix + 1.0) * z + (1.0 - vib_mix) * fz) * 0.5;
+                z = ((m + 1.0) * z + (1.0 - m) * fz) * 0.5;
             }
         } else {
             y = mix_filter[0].process(y);
             if (two_channels) z = mix_filter[1].process(z);
-        }
-    }
-    if (correcting && !bypass) {
-        frame_gain += gain_step;
-        y *= frame_gain;
-        const double f = mix_filter[0].process(y);
-        y = ((frame_mix + 1.0) * y + (1.0 - frame_mix) * f) * 0.5;
-        if (two_channels) {
-            z *= frame_gain;
-            const double fz = mix_filter[1].process(z);
-            z = ((frame_mix + 1.0) * z + (1.0 - frame_mix) * fz) * 0.5;
         }
     }
     y = std::clamp(y, -engine::output_limit, engine::output_limit);

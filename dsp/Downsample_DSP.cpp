@@ -78,7 +78,7 @@ Complex response(const Downsample_DSP::Section* sections, int count, double gain
 // One section over a buffer, from and to may be the same: y = x + b1 x1 + x2
 // - a1 y1 - a2 y2 in doubles, each output rounded to a float.
 void run_section(const Downsample_DSP::Section& k, const float* from, float* to, int64_t frames,
-                 double& x1, double& x2, double& y1, double& y2)
+                 double& x1, double& x2, double& y1, double& y2) noexcept
 {
     for (int64_t i = 0; i < frames; ++i) {
         const double x = from[i];
@@ -111,7 +111,7 @@ Downsample_DSP::~Downsample_DSP()
     }
 }
 
-void Downsample_DSP::reset()
+void Downsample_DSP::reset() noexcept
 {
     phase = 0;
     for (int c = 0; c < max_channels; ++c) {
@@ -129,7 +129,7 @@ int64_t Downsample_DSP::decimation_for_rate(double host_rate)
     return 4;
 }
 
-void Downsample_DSP::configure_rate(double host_rate)
+void Downsample_DSP::configure_rate(double host_rate) noexcept
 {
     sample_rate = host_rate > 0.0 ? host_rate : 0.0;
     decimationFactor = decimation_for_rate(sample_rate);
@@ -142,7 +142,7 @@ void Downsample_DSP::configure_rate(double host_rate)
     Downsample_DSP::reset();
 }
 
-void Downsample_DSP::set_channels(bool stereo_input, bool stereo_output)
+void Downsample_DSP::set_channels(bool stereo_input, bool stereo_output) noexcept
 {
     stereo_in = stereo_input;
     stereo_out = stereo_output;
@@ -181,7 +181,7 @@ double Downsample_DSP::decimation_group_delay(double host_rate, double freq_hz)
     return -step / (2.0 * h);
 }
 
-void Downsample_DSP::process(const float* const* in, float* const* out, int64_t frames)
+void Downsample_DSP::process(const float* const* in, float* const* out, int64_t frames) noexcept
 {
     const int out_channels = stereo_out ? 2 : 1;
     if (frames <= 0 || frames > max_block || sample_rate == 0.0) {

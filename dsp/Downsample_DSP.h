@@ -22,25 +22,27 @@ public:
     Downsample_DSP(const Downsample_DSP&) = delete;
     Downsample_DSP& operator=(const Downsample_DSP&) = delete;
 
-    // Interface thread, never during process. Clears the filter state and phase.
-    virtual void reset();
-    // Interface thread. Sets the host rate and everything derived from it.
-    virtual void set_sample_rate(double rate) = 0;
+    // Interface thread, while inactive. Clears the filter state and phase.
+    virtual void reset() noexcept;
+    // Interface thread, while inactive. Sets the host rate and everything
+    // derived from it.
+    virtual void set_sample_rate(double rate) noexcept = 0;
     // Audio thread, once before each engine block.
-    virtual void prepare_hook() = 0;
+    virtual void prepare_hook() noexcept = 0;
     // Audio thread. One block at the engine rate; frames <= max_block.
-    virtual void process_block(const float* const* in, float* const* out, int64_t frames) = 0;
+    virtual void process_block(const float* const* in, float* const* out, int64_t frames) noexcept = 0;
 
     // Audio thread. One host block of at most max_block frames. A block that
     // is empty, too long, or comes before a rate is set is copied unchanged.
-    void process(const float* const* in, float* const* out, int64_t frames);
+    void process(const float* const* in, float* const* out, int64_t frames) noexcept;
 
     // The decimation factor used for a host rate: 1 up to 50 kHz, 2 up to
     // 100 kHz, 4 above. The engine rate then stays within 50 kHz.
     static int64_t decimation_for_rate(double host_rate);
 
-    // Interface thread. Sets the channel layout of the next blocks.
-    void set_channels(bool stereo_input, bool stereo_output);
+    // Interface thread, while inactive. Sets the channel layout of the next
+    // blocks.
+    void set_channels(bool stereo_input, bool stereo_output) noexcept;
 
     int64_t get_max_block() const { return max_block; }
     int64_t get_decimation_factor() const { return decimationFactor; }
@@ -58,10 +60,11 @@ public:
     };
 
 protected:
-    // Interface thread. Stores the host rate, picks decimationFactor, designs
-    // the decimation filter for it and clears the filter state. Concrete
-    // engines call this first in their set_sample_rate.
-    void configure_rate(double host_rate);
+    // Interface thread, while inactive. Stores the host rate, picks
+    // decimationFactor, designs the decimation filter for it and clears the
+    // filter state. Concrete engines call this first in their
+    // set_sample_rate.
+    void configure_rate(double host_rate) noexcept;
 
     int64_t max_block;
     float* work_a[max_channels];

@@ -10,10 +10,10 @@ class Noise_Generator {
 public:
     static constexpr int32_t max_value = 2147483647;
 
-    explicit Noise_Generator(uint32_t seed = 1) : state(seed) {}
+    explicit Noise_Generator(uint32_t seed = 1) noexcept : state(seed) {}
 
     // Audio thread. The next value, 0 to max_value.
-    int32_t next()
+    int32_t next() noexcept
     {
         state = state * 1103515245u + 12345u;
         return int32_t((state >> 1) & 0x7fffffffu);
@@ -22,7 +22,7 @@ public:
     // Audio thread. (next() / max_value - 0.5) * 1e-20: a value far below
     // hearing that keeps filter states out of the denormal range. A draw of
     // exactly zero is drawn again, so the noise is never 0.0.
-    double denormal_noise()
+    double denormal_noise() noexcept
     {
         for (;;) {
             const double bracket = double(next()) / double(max_value) - 0.5;

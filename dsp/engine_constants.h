@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-// Sizes and fixed distances of the engine, in engine samples.
+// Sizes and fixed distances of the engine, in engine samples unless told.
 namespace engine {
 
 // Length of the input, control and read rings. No power of two: every index
@@ -21,9 +21,6 @@ static_assert(latency == 2660, "the engine's fixed delay");
 // Host frames taken by one call of process; longer host blocks are cut.
 constexpr int64_t max_block = 2048;
 
-// Queued MIDI events between two blocks.
-constexpr int max_events = 256;
-
 // Level above which the first sample counts as audible.
 constexpr double start_threshold = 0.0003;
 // Output clamp.
@@ -33,5 +30,32 @@ constexpr double splice_step = 0.02;
 
 // Frame length in host samples while the effect has none set.
 constexpr double default_samples_per_frame = 200.0;
+// The range of a frame's periods while it holds none.
+constexpr double no_min_period = 3000.0;
+constexpr double no_max_period = -1.0;
+
+// The detector. The coarse stage sees every eighth filtered sample and keeps
+// a ring of them and the sums for its lags, in those decimated samples.
+constexpr int64_t coarse_step = 8;
+constexpr int64_t coarse_len = 500;
+constexpr int64_t coarse_lags = 250;
+// Half the widest window of the fine stage, in lags; it decides every fifth
+// sample.
+constexpr int32_t max_lag_half = 30;
+constexpr int64_t decide_interval = 5;
+
+// Notes of the Auto-mode table, and the bound that ends its upward walk.
+constexpr int64_t max_targets = 78;
+constexpr int64_t target_sentinel = 8388607;
+
+// Entries of the vibrato's one-cycle table.
+constexpr int64_t vib_table_size = 1000;
+
+// The formant stage: filter sets kept for the audio still in the rings, the
+// most taps of a filter (the synthesis tube's sections), and the samples
+// between two analyses.
+constexpr int32_t set_count = 30;
+constexpr int32_t max_taps = 110;
+constexpr int64_t analysis_interval = 128;
 
 } // namespace engine

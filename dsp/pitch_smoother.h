@@ -11,7 +11,7 @@
 class pitch_smoother {
 public:
     // Audio thread. The frame's mean period in, the smoothed period out.
-    float process(float x)
+    float process(float x) noexcept
     {
         if (!enabled) return x;
         if (restart) {
@@ -34,7 +34,7 @@ public:
     }
 
     // The next call starts afresh from its input.
-    void set_restart() { restart = true; }
+    void set_restart() noexcept { restart = true; }
 
     bool restart = true;
     bool enabled = true;

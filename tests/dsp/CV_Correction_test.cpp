@@ -1,4 +1,5 @@
-// The detector and the Auto-mode correction of the engine, driven directly.
+// The detector, the retune smoother and the Auto-mode correction of the
+// engine: the stages on their own, and the engine driven directly.
 
 #include <gtest/gtest.h>
 
@@ -9,6 +10,7 @@
 
 #include "dsp/DT_DSPObject.h"
 #include "dsp/note_tables.h"
+#include "dsp/ring_index.h"
 #include "support/note_judge.h"
 #include "support/pitch_estimate.h"
 #include "support/signals.h"
@@ -69,24 +71,71 @@ double hz_at(const std::vector<float>& y, double seconds, double rate)
 
 } // namespace
 
+namespace {
+
+// A detector fed sample by sample through an input ring of its own, as the
+// engine feeds it.
+struct Fed_Detector {
+    pitch_detector detector;
+    std::vector<double> ring = std::vector<double>(size_t(engine::ring_len), 0.0);
+    int64_t newest = 0;
+
+    explicit Fed_Detector(double rate)
+    {
+        detector.set_rate(rate);
+        detector.set_tracking(50.0, input_type::alto_tenor);
+    }
+    void feed(double x)
+    {
+        newest = engine::ring_next(newest, engine::ring_len);
+        ring[size_t(newest)] = x;
+        detector.process(x, ring.data(), newest);
+    }
+};
+
+} // namespace
+
 TEST(Detector, LocksOnTonesAcrossTheVoiceRange)
 {
     for (double rate : {44100.0, 48000.0}) {
         for (double hz : {82.0, 110.0, 196.0, 330.0, 523.0, 880.0, 1100.0}) {
-            Engine e(rate);
-            e.dsp.set_auto_mode(false);
+            Fed_Detector d(rate);
             const auto x = test_signals::sine(size_t(0.5 * rate), hz, rate, 0.5);
             double worst = 0.0;
             bool locked = true;
-            e.run(x, [&](size_t done) {
-                if (done < size_t(0.2 * rate)) return;
-                if (e.dsp.is_searching()) locked = false;
-                worst = std::max(worst, std::fabs(e.dsp.get_period() - rate / hz));
-            });
+            for (size_t i = 0; i < x.size(); ++i) {
+                d.feed(x[i]);
+                if (i < size_t(0.2 * rate)) continue;
+                locked &= !d.detector.is_searching();
+                worst = std::max(worst, std::fabs(d.detector.get_period() - rate / hz));
+            }
             EXPECT_TRUE(locked) << hz << " Hz at " << rate;
             EXPECT_LT(worst, 0.0009 * rate / hz) << hz << " Hz at " << rate;
         }
     }
+}
+
+TEST(Detector, LocksOnlyWhileAVoiceLasts)
+{
+    Fed_Detector d(48000.0);
+    // How many samples of x find the detector locked.
+    auto locked = [&d](const std::vector<float>& x) {
+        int n = 0;
+        for (float v : x) {
+            d.feed(v);
+            n += d.detector.is_searching() ? 0 : 1;
+        }
+        return n;
+    };
+    EXPECT_EQ(locked(std::vector<float>(48000, 0.0f)), 0);
+    EXPECT_LT(locked(test_signals::noise(48000, 0.3, 3)), 48000 / 10);
+    EXPECT_GT(locked(test_signals::sine(24000, 300.0, 48000.0, 0.5)), 12000);
+    // Where the voice stops the lock is lost, and the last period is kept for
+    // the splices of the unvoiced stretch.
+    locked(std::vector<float>(24000, 0.0f));
+    EXPECT_TRUE(d.detector.is_searching());
+    EXPECT_EQ(d.detector.get_period(), 0.0);
+    EXPECT_GT(d.detector.get_last_period(), 150.0);
 }
 
 namespace {
@@ -206,65 +255,46 @@ TEST(Correction, RetuneSpeedSetsTheGlide)
     EXPECT_NEAR(late, 0.0, 3.0);
 }
 
-TEST(Correction, RetuneAndHumanizePoles)
+TEST(RetuneSmoother, HalvesTheDistanceInTheRetuneTimeThenRelaxes)
 {
-    DT_DSPObject dsp;
-    dsp.set_sample_rate(48000.0);
-    dsp.set_retune(0.0, 0.0);
-    EXPECT_EQ(dsp.get_retune_fast(), 0.0);
-    EXPECT_EQ(dsp.get_retune_slow(), 0.0);
-    dsp.set_retune(20.0, 30.0);
-    // Half the distance in 20 ms at one update every five samples.
-    EXPECT_NEAR(std::pow(dsp.get_retune_fast(), 48000.0 / 5.0 * 0.02), 0.5, 1e-12);
-    EXPECT_NEAR(std::pow(dsp.get_retune_slow(), 48000.0 / 5.0 * 0.05), 0.5, 1e-12);
-    EXPECT_EQ(dsp.get_ramp_len(), 3840);
+    // At 48 kHz a decision every five samples makes 9600 a second: 20 ms are
+    // 192 decisions, 50 ms 480, 0.4 s 3840.
+    retune_smoother s;
+    s.set_times(20.0, 30.0, 48000.0);
+    double r = 0.0;
+    for (int i = 0; i < 192; ++i) r = s.smooth(2.0);
+    EXPECT_NEAR(r, 1.5, 1e-9);
+    // Over 0.4 s of one note the pole relaxes to that of retune + humanize; a
+    // new note is caught at the retune speed again.
+    EXPECT_EQ(s.get_ramp_len(), 3840);
+    for (int i = 0; i <= 3840; ++i) s.note(4);
+    EXPECT_NEAR(std::pow(s.get_retune_coef(), 480.0), 0.5, 1e-9);
+    s.note(5);
+    EXPECT_NEAR(std::pow(s.get_retune_coef(), 192.0), 0.5, 1e-9);
+    s.set_times(0.0, 0.0, 48000.0);
+    EXPECT_EQ(s.smooth(1.25), 1.25); // 0 jumps to the target
 }
 
-TEST(Correction, TransposeShiftsEveryNoteAndTheAntiAliasFollows)
+TEST(Shifter, AntiAliasFiltersFollowTheRatioBeyondATenthAway)
+{
+    pitch_shifter shifter;
+    shifter.set_rate(48000.0);
+    const double steps[][2] = {{1.05, 1.0}, {1.2, 1.2}, {1.3, 1.2}, {1.0, 1.0}, {0.5, 0.5}};
+    for (const auto& step : steps) {
+        shifter.check_anti_alias(step[0]);
+        EXPECT_EQ(shifter.get_filter_ratio(), step[1]) << step[0];
+    }
+}
+
+TEST(Correction, TransposeShiftsEveryNote)
 {
     const double rate = 48000.0;
     Engine e(rate);
     e.dsp.set_transpose(12);
     EXPECT_NEAR(test_pitch::cents_between(corrected_hz(e, 220.0), 440.0), 0.0, 3.0);
-    EXPECT_NEAR(e.dsp.get_filter_ratio(), 2.0, 0.01);
     Engine down(rate);
     down.dsp.set_transpose(-7);
     EXPECT_NEAR(test_pitch::cents_between(corrected_hz(down, 440.0), note_hz(62)), 0.0, 3.0);
-}
-
-TEST(Correction, SilenceAndNoiseNeverLock)
-{
-    Engine e(48000.0);
-    std::vector<float> silence(48000, 0.0f);
-    bool locked = false;
-    e.run(silence, [&](size_t) { locked |= !e.dsp.is_searching(); });
-    EXPECT_FALSE(locked);
-    const auto noise = test_signals::noise(48000, 0.3, 3);
-    int locked_blocks = 0, blocks = 0;
-    e.run(noise, [&](size_t) {
-        ++blocks;
-        if (!e.dsp.is_searching()) ++locked_blocks;
-    });
-    EXPECT_LT(locked_blocks, blocks / 10);
-}
-
-TEST(Correction, LockIsLostWhenTheVoiceStops)
-{
-    Engine e(48000.0);
-    auto x = test_signals::sine(24000, 300.0, 48000.0, 0.5);
-    x.resize(48000, 0.0f);
-    bool locked_in_tone = false;
-    bool searching_after = false;
-    e.run(x, [&](size_t done) {
-        if (done > 12000 && done < 24000) locked_in_tone |= !e.dsp.is_searching();
-        if (done > 25000) searching_after = e.dsp.is_searching();
-    });
-    EXPECT_TRUE(locked_in_tone);
-    EXPECT_TRUE(searching_after);
-    EXPECT_EQ(e.dsp.get_period(), 0.0);
-    // The last period is kept for the splices of the unvoiced stretch.
-    EXPECT_GT(e.dsp.get_last_period(), 150.0);
-    EXPECT_EQ(e.dsp.get_applied_ratio(), 1.0);
 }
 
 namespace {
@@ -412,14 +442,14 @@ TEST(Vibrato, FrameGeneratorForImportedNotes)
     const float fps = 240.0f;
     float t = 0.0f, value = 0.0f, mix = 0.0f;
     // Straight through the delay of 100 ms (24 frames).
-    float f = CV_DSPObject::vibrato_factor(t, true, value, mix, fps, 1, 5.0f, 100, 100, 0, 100);
+    float f = vibrato_generator::vibrato_factor(t, true, value, mix, fps, 1, 5.0f, 100, 100, 0, 100);
     EXPECT_EQ(f, 1.0f);
     EXPECT_EQ(t, 1.0f);
-    while (t <= 24.0f) CV_DSPObject::vibrato_factor(t, false, value, mix, fps, 1, 5.0f, 100, 100, 0, 100);
+    while (t <= 24.0f) vibrato_generator::vibrato_factor(t, false, value, mix, fps, 1, 5.0f, 100, 100, 0, 100);
     // Then a sine of 100 cents at full depth once the onset has passed.
     float low = 10.0f, high = 0.0f;
     for (int i = 0; i < 200; ++i) {
-        f = CV_DSPObject::vibrato_factor(t, false, value, mix, fps, 1, 5.0f, 100, 100, 0, 100);
+        f = vibrato_generator::vibrato_factor(t, false, value, mix, fps, 1, 5.0f, 100, 100, 0, 100);
         if (t > 60.0f) {
             low = std::min(low, f);
             high = std::max(high, f);
@@ -430,5 +460,5 @@ TEST(Vibrato, FrameGeneratorForImportedNotes)
     EXPECT_NEAR(std::log2(low) * 1200.0, -100.0, 2.0);
     // An unknown shape gives no vibrato.
     t = 50.0f;
-    EXPECT_EQ(CV_DSPObject::vibrato_factor(t, false, value, mix, fps, 7, 5.0f, 100, 100, 0, 100), 1.0f);
+    EXPECT_EQ(vibrato_generator::vibrato_factor(t, false, value, mix, fps, 7, 5.0f, 100, 100, 0, 100), 1.0f);
 }

@@ -14,9 +14,9 @@ namespace {
 class Recording_DSP : public Downsample_DSP {
 public:
     explicit Recording_DSP(int64_t block = 1024) : Downsample_DSP(block) {}
-    void set_sample_rate(double rate) override { configure_rate(rate); }
-    void prepare_hook() override {}
-    void process_block(const float* const* in, float* const* out, int64_t frames) override
+    void set_sample_rate(double rate) noexcept override { configure_rate(rate); }
+    void prepare_hook() noexcept override {}
+    void process_block(const float* const* in, float* const* out, int64_t frames) noexcept override
     {
         ++calls;
         last_in0 = in[0];

@@ -57,22 +57,21 @@ TEST(LinearPrediction, BadInputsAnswerTheirCodes)
 
 TEST(ThroatWarp, SectionsFollowTheRatio)
 {
-    DT_DSPObject dsp;
-    dsp.set_sample_rate(48000.0);
-    const int64_t order = dsp.get_lpc_order();
-    EXPECT_EQ(order, 50);
-    EXPECT_LE(order * 1.8, 110.0);
-    EXPECT_EQ(dsp.get_warp_len(), order); // 1.0: the 0.001 guards the truncation
-    dsp.set_throat_ratio(1.2);
-    EXPECT_EQ(dsp.get_warp_len(), int64_t((order - 1) * 1.2 + 1.001));
-    dsp.set_throat_ratio(3.0);
-    EXPECT_EQ(dsp.get_warp_len(), 110);
-    dsp.set_throat_ratio(0.5);
-    EXPECT_EQ(dsp.get_warp_len(), int64_t((order - 1) * 0.5 + 1.001));
-    // A new rate keeps the ratio and rebuilds the map for its order.
-    dsp.set_sample_rate(22050.0);
-    EXPECT_EQ(dsp.get_throat_ratio(), 0.5);
-    EXPECT_EQ(dsp.get_warp_len(), int64_t((dsp.get_lpc_order() - 1) * 0.5 + 1.001));
+    // At 48 kHz the order is 50: 1 + 49 * ratio sections, the 0.001 guarding
+    // the truncation at 1.0, at most 110. At 22050 Hz the order is 24.
+    formant_stage stage;
+    const struct {
+        double rate, ratio;
+        int64_t sections;
+    } cases[] = {{48000.0, 1.0, 50}, {48000.0, 1.2, 59}, {48000.0, 3.0, 110}, {48000.0, 0.5, 25},
+                 {22050.0, 0.5, 12}};
+    for (const auto& c : cases) {
+        // A new rate keeps the ratio and rebuilds the map for its order.
+        stage.set_rate(c.rate);
+        stage.set_throat_ratio(c.ratio);
+        EXPECT_EQ(stage.get_warp_len(), c.sections) << c.rate << " " << c.ratio;
+    }
+    EXPECT_EQ(stage.get_throat_ratio(), 0.5);
 }
 
 namespace {

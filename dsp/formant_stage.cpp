@@ -1,11 +1,11 @@
-#include "dsp/DT_DSPObject.h"
+#include "dsp/formant_stage.h"
 
 #include <algorithm>
 #include <cmath>
 
 #include "Common_VST3/utilities.h"
 
-int levinson(int64_t n, const double* r, double* a, double* k, double* scratch)
+int levinson(int64_t n, const double* r, double* a, double* k, double* scratch) noexcept
 {
     int result = 0;
     if (n < 1) result += 1;
@@ -25,7 +25,7 @@ int levinson(int64_t n, const double* r, double* a, double* k, double* scratch)
     return 0;
 }
 
-void reflection_to_area(int64_t n, const double* k, double* area)
+void reflection_to_area(int64_t n, const double* k, double* area) noexcept
 {
     double product = 1.0;
     for (int64_t i = 0; i < n; ++i) {
@@ -34,14 +34,14 @@ void reflection_to_area(int64_t n, const double* k, double* area)
     }
 }
 
-void area_to_reflection(int64_t n, double* k, const double* area)
+void area_to_reflection(int64_t n, double* k, const double* area) noexcept
 {
     if (n < 1) return;
     k[0] = (1.0 - area[0]) / (1.0 + area[0]);
     for (int64_t i = 1; i < n; ++i) k[i] = (area[i - 1] - area[i]) / (area[i - 1] + area[i]);
 }
 
-void reflection_to_predictor(int64_t n, const double* k, double* a, double* scratch)
+void reflection_to_predictor(int64_t n, const double* k, double* a, double* scratch) noexcept
 {
     for (int64_t i = 0; i < n; ++i) {
         for (int64_t j = 0; j < i; ++j) scratch[j] = a[j];
@@ -52,32 +52,31 @@ void reflection_to_predictor(int64_t n, const double* k, double* a, double* scra
 
 namespace {
 
-// The longest period the fine tracker can hold: its window of two periods
-// fits into the ring.
+// The longest period the detector can hold: its window of two periods fits
+// into the ring.
 constexpr int64_t longest_period = engine::ring_len / 2;
+// Two of the longest periods and a tenth, then the periodic extension.
+constexpr int64_t work_len = 2 * longest_period + longest_period / 10 + engine::max_taps + 8;
 // Analyses averaged by the smoothers of the correlation and of the areas.
 constexpr int32_t corr_history = 4;
 constexpr int32_t area_history = 2;
 
 } // namespace
 
-DT_DSPObject::DT_DSPObject(int64_t block_limit) : CV_DSPObject(block_limit)
+formant_stage::formant_stage()
+    : corr_smoother(corr_history, engine::max_taps + 1), area_smoother(area_history, engine::max_taps)
 {
     for (auto& ring : pre_ring) ring = new double[engine::ring_len];
-    analysis_coef = new double[set_count][max_taps];
-    synth_coef = new double[set_count][max_taps];
+    analysis_coef = new double[engine::set_count][engine::max_taps];
+    synth_coef = new double[engine::set_count][engine::max_taps];
     set_ring = new int32_t[engine::ring_len];
     prev_set_ring = new int32_t[engine::ring_len];
     mix_ring = new double[engine::ring_len];
-    // Two of the longest periods and a tenth, then the periodic extension.
-    work_len = 2 * longest_period + longest_period / 10 + max_taps + 8;
     work = new double[size_t(work_len)];
-    corr_smoother = new smooth_functions(corr_history, max_taps + 1);
-    area_smoother = new smooth_functions(area_history, max_taps);
-    DT_DSPObject::reset();
+    reset();
 }
 
-DT_DSPObject::~DT_DSPObject()
+formant_stage::~formant_stage()
 {
     for (auto* ring : pre_ring) delete[] ring;
     delete[] analysis_coef;
@@ -86,72 +85,56 @@ DT_DSPObject::~DT_DSPObject()
     delete[] prev_set_ring;
     delete[] mix_ring;
     delete[] work;
-    delete corr_smoother;
-    delete area_smoother;
 }
 
-void DT_DSPObject::reset()
+void formant_stage::set_rate(double engine_rate) noexcept
 {
-    CV_DSPObject::reset();
+    rate = engine_rate;
+    // About one coefficient per kilohertz of the engine rate, as the vocal
+    // tract's resonances come about one per kilohertz, and a few for the
+    // glottal tilt. 1.8 times the order stays within the tube's 110 sections.
+    lpc_order = std::clamp<int64_t>(int64_t(std::lround(rate / 1000.0)) + 2, 10, 60);
+    const double ratio = throat_ratio;
+    throat_ratio = -1.0; // rebuild the map for the new order
+    set_throat_ratio(ratio);
+}
+
+void formant_stage::reset() noexcept
+{
     for (auto* ring : pre_ring) std::fill(ring, ring + engine::ring_len, 0.0);
     de_state[0] = de_state[1] = 0.0;
-    for (int s = 0; s < set_count; ++s) {
-        std::fill(analysis_coef[s], analysis_coef[s] + max_taps, 0.0);
-        std::fill(synth_coef[s], synth_coef[s] + max_taps, 0.0);
+    for (int s = 0; s < engine::set_count; ++s) {
+        std::fill(analysis_coef[s], analysis_coef[s] + engine::max_taps, 0.0);
+        std::fill(synth_coef[s], synth_coef[s] + engine::max_taps, 0.0);
         synth_taps[s] = 0;
     }
     std::fill(set_ring, set_ring + engine::ring_len, 0);
     std::fill(prev_set_ring, prev_set_ring + engine::ring_len, 0);
     std::fill(mix_ring, mix_ring + engine::ring_len, 1.0);
-    for (auto& history : synth_history) std::fill(history, history + max_taps, 0.0);
+    for (auto& history : synth_history) std::fill(history, history + engine::max_taps, 0.0);
     history_index = 0;
-    analysis_count = -128;
+    analysis_count = -engine::analysis_interval;
     set_index = prev_set_index = 0;
     set_mix = 1.0;
-    corr_smoother->reset_smoothing();
-    area_smoother->reset_smoothing();
+    corr_smoother.reset_smoothing();
+    area_smoother.reset_smoothing();
 }
 
-void DT_DSPObject::set_sample_rate(double rate)
-{
-    CV_DSPObject::set_sample_rate(rate);
-    // About one coefficient per kilohertz of the engine rate, as the vocal
-    // tract's resonances come about one per kilohertz, and a few for the
-    // glottal tilt. 1.8 times the order stays within the tube's 110 sections.
-    const double sr = engine_rate();
-    lpc_order = std::clamp<int64_t>(int64_t(std::lround(sr / 1000.0)) + 2, 10, 60);
-    const double ratio = throat_ratio;
-    throat_ratio = -1.0; // rebuild the map for the new order
-    set_throat_ratio(ratio);
-    DT_DSPObject::reset();
-}
-
-void DT_DSPObject::pre_emphasize(const double* ring, int64_t index, int channel)
-{
-    const int64_t previous = ring_back(index, 1, engine::ring_len);
-    pre_ring[channel][index] = ring[index] - emphasis * ring[previous];
-}
-
-double DT_DSPObject::de_emphasize(int channel, double x)
-{
-    de_state[channel] = x + emphasis * de_state[channel];
-    return de_state[channel];
-}
-
-void DT_DSPObject::roll_sets()
+void formant_stage::roll_sets() noexcept
 {
     prev_set_index = set_index;
-    set_index = set_index + 1 == set_count ? 0 : set_index + 1;
+    set_index = set_index + 1 == engine::set_count ? 0 : set_index + 1;
     set_mix = 0.0;
-    std::fill(analysis_coef[set_index], analysis_coef[set_index] + max_taps, 0.0);
-    std::fill(synth_coef[set_index], synth_coef[set_index] + max_taps, 0.0);
+    std::fill(analysis_coef[set_index], analysis_coef[set_index] + engine::max_taps, 0.0);
+    std::fill(synth_coef[set_index], synth_coef[set_index] + engine::max_taps, 0.0);
     synth_taps[set_index] = 0;
 }
 
-void DT_DSPObject::analyze_formants(const double* period_ring, int64_t index, int channel)
+void formant_stage::analyze_formants(const double* period_ring, int64_t index, int channel,
+                                     double period, double last_period, bool bypass) noexcept
 {
     const bool due = analysis_count++ == 0;
-    if (due) analysis_count = -128;
+    if (due) analysis_count = -engine::analysis_interval;
     if (!formants_on) {
         // Empty sets roll in, and the last analysis fades out.
         if (due) roll_sets();
@@ -162,8 +145,8 @@ void DT_DSPObject::analyze_formants(const double* period_ring, int64_t index, in
         const double p = last_period;
         if (p == 0.0) {
             // No pitch yet: a plain 10 ms.
-            len = int64_t(engine_rate() * 0.01);
-            for (int64_t i = 0; i < len; ++i) work[i] = x[ring_back(index, i, engine::ring_len)];
+            len = int64_t(rate * 0.01);
+            for (int64_t i = 0; i < len; ++i) work[i] = x[engine::ring_back(index, i, engine::ring_len)];
             std::fill(work + len, work + len + lpc_order, 0.0);
         } else {
             fade = int64_t(0.1 * p);
@@ -171,18 +154,18 @@ void DT_DSPObject::analyze_formants(const double* period_ring, int64_t index, in
             len = std::min<int64_t>(len, 2 * longest_period);
             const int64_t total = len + fade;
             if (period == 0.0) {
-                for (int64_t i = 0; i < total; ++i) work[i] = x[ring_back(index, i, engine::ring_len)];
+                for (int64_t i = 0; i < total; ++i) work[i] = x[engine::ring_back(index, i, engine::ring_len)];
             } else {
                 // Averaging each sample with the one a period before takes the
                 // harmonics' fine structure out of the segment.
                 for (int64_t i = 0; i < total; ++i) {
-                    const int64_t at = ring_back(index, i, engine::ring_len);
+                    const int64_t at = engine::ring_back(index, i, engine::ring_len);
                     const double here = period_ring[at];
                     const int64_t back = here == 0.0 ? 0 : Round_ToInt(float(here));
                     if (back <= 0 || i + back >= engine::ring_len) {
                         work[i] = x[at];
                     } else {
-                        work[i] = 0.5 * (x[at] + x[ring_back(at, back, engine::ring_len)]);
+                        work[i] = 0.5 * (x[at] + x[engine::ring_back(at, back, engine::ring_len)]);
                     }
                 }
             }
@@ -205,7 +188,7 @@ void DT_DSPObject::analyze_formants(const double* period_ring, int64_t index, in
         for (int64_t i = n - 1; i > 0; --i) work[i] -= spectrum_emphasis * work[i - 1];
         work[0] -= spectrum_emphasis * wrap;
 
-        double r[max_taps + 1];
+        double r[engine::max_taps + 1];
         for (int64_t l = 0; l <= lpc_order; ++l) {
             double sum = 0.0;
             for (int64_t i = 0; i < len; ++i) sum += work[i] * work[i + l];
@@ -219,25 +202,24 @@ void DT_DSPObject::analyze_formants(const double* period_ring, int64_t index, in
             const double sinc = std::sin(a) / a;
             r[l] *= sinc * sinc;
         }
-        corr_smoother->do_smoothing(r, int32_t(lpc_order + 1));
+        corr_smoother.do_smoothing(r, int32_t(lpc_order + 1));
         if (r[0] < 1e-12) r[0] = 1.0;
         r[0] *= noise_factor;
 
-        double a[max_taps];
-        double k[max_taps];
+        double a[engine::max_taps];
+        double k[engine::max_taps];
         if (levinson(lpc_order, r, a, k, blend_coef) != 0) {
             // An ill-conditioned analysis: the present set stays.
-            ++lpc_failures;
-            corr_smoother->reset_smoothing();
-            area_smoother->reset_smoothing();
+            corr_smoother.reset_smoothing();
+            area_smoother.reset_smoothing();
         } else {
             roll_sets();
             reflection_to_area(lpc_order, k, area);
-            area_smoother->do_smoothing(area, int32_t(lpc_order));
+            area_smoother.do_smoothing(area, int32_t(lpc_order));
             area_to_reflection(lpc_order, k, area);
             reflection_to_predictor(lpc_order, k, analysis_coef[set_index], blend_coef);
 
-            const int64_t m = warp_area();
+            const int64_t m = warp_area(bypass);
             area_to_reflection(m, k, warped_area);
             reflection_to_predictor(m, k, synth_coef[set_index], blend_coef);
             synth_taps[set_index] = m;
@@ -249,39 +231,34 @@ void DT_DSPObject::analyze_formants(const double* period_ring, int64_t index, in
     mix_ring[index] = set_mix;
 }
 
-int64_t DT_DSPObject::warp_area()
+int64_t formant_stage::warp_area(bool bypass) noexcept
 {
-    if (throat_busy) return warp_count;
     if (bypass) {
         std::copy(area, area + lpc_order, warped_area);
-        warp_count = lpc_order;
-        return warp_count;
+        return lpc_order;
     }
     for (int64_t i = 0; i < warp_len; ++i) {
         const double p = warp_map[i];
         const int64_t j = std::min<int64_t>(int64_t(p), lpc_order - 2);
         warped_area[i] = (1.0 - p + double(j)) * area[j] + (p - double(j)) * area[j + 1];
     }
-    warp_count = warp_len;
-    return warp_count;
+    return warp_len;
 }
 
-void DT_DSPObject::set_throat_ratio(double ratio)
+void formant_stage::set_throat_ratio(double ratio) noexcept
 {
     if (ratio == throat_ratio) return;
     throat_ratio = ratio;
-    throat_busy = true;
     const int64_t n = int64_t(double(lpc_order - 1) * ratio + 1.001);
-    warp_len = std::min<int64_t>(n, max_taps);
+    warp_len = std::min<int64_t>(n, engine::max_taps);
     if (warp_len > 1) {
         for (int64_t i = 0; i < warp_len; ++i)
             warp_map[i] = double(lpc_order - 1) * double(i) / double(warp_len - 1);
     }
     if (warp_len > 0) warp_map[warp_len - 1] = double(lpc_order - 1);
-    throat_busy = false;
 }
 
-double DT_DSPObject::inverse_filter(int64_t index, int channel)
+double formant_stage::inverse_filter(int64_t index, int channel) noexcept
 {
     const double* coef = analysis_coef[set_index];
     if (set_mix < 1.0) {
@@ -290,7 +267,7 @@ double DT_DSPObject::inverse_filter(int64_t index, int channel)
         coef = blend_coef;
     }
     const double* x = pre_ring[channel];
-    int64_t i = ring_back(index, engine::residual_delay, engine::ring_len);
+    int64_t i = engine::ring_back(index, engine::residual_delay, engine::ring_len);
     double y = x[i];
     for (int64_t j = 0; j < lpc_order; ++j) {
         i = i == 0 ? engine::ring_len - 1 : i - 1;
@@ -299,7 +276,7 @@ double DT_DSPObject::inverse_filter(int64_t index, int channel)
     return y;
 }
 
-double DT_DSPObject::synthesis_filter(int64_t position, int channel, double x)
+double formant_stage::synthesis_filter(int64_t position, int channel, double x) noexcept
 {
     while (position < 0) position += engine::ring_len;
     while (position >= engine::ring_len) position -= engine::ring_len;
@@ -317,10 +294,10 @@ double DT_DSPObject::synthesis_filter(int64_t position, int channel, double x)
     double y = x;
     int32_t h = history_index;
     for (int64_t t = 0; t < taps; ++t) {
-        h = h == 0 ? max_taps - 1 : h - 1;
+        h = h == 0 ? engine::max_taps - 1 : h - 1;
         y += history[h] * coef[t];
     }
     history[history_index] = y;
-    if (channel == 0) history_index = history_index + 1 == max_taps ? 0 : history_index + 1;
+    if (channel == 0) history_index = history_index + 1 == engine::max_taps ? 0 : history_index + 1;
     return y;
 }

@@ -1,0 +1,293 @@
+#include "dsp/pitch_detector.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "dsp/ring_index.h"
+
+namespace {
+
+// Energy below which the fine stage does not lock, or loses its lock.
+constexpr double lock_floor = 1.65e-5;
+constexpr double hold_floor = 1.5e-5;
+
+// Sum over `lag` products x[n - i] * x[n - i - lag] of the ring, n the newest.
+double direct_corr(const double* x, int64_t newest, int64_t lag) noexcept
+{
+    double sum = 0.0;
+    int64_t i = newest;
+    int64_t j = engine::ring_back(newest, lag, engine::ring_len);
+    for (int64_t n = 0; n < lag; ++n) {
+        sum += x[i] * x[j];
+        i = i == 0 ? engine::ring_len - 1 : i - 1;
+        j = j == 0 ? engine::ring_len - 1 : j - 1;
+    }
+    return sum;
+}
+
+// The ring `back` samples before the newest.
+double back_of(const double* x, int64_t newest, int64_t back) noexcept
+{
+    return x[engine::ring_back(newest, back, engine::ring_len)];
+}
+
+} // namespace
+
+pitch_detector::pitch_detector() noexcept
+{
+    reset();
+}
+
+void pitch_detector::set_rate(double engine_rate) noexcept
+{
+    rate = engine_rate;
+    // The fine window: wide enough for the coarse stage's error and a
+    // vibrato's movement between decisions, narrow enough to keep the
+    // highest voices (its half width is the shortest period that locks).
+    lag_half = std::clamp<int32_t>(int32_t(std::lround(rate / 2000.0)), 4, engine::max_lag_half);
+    design_filters();
+}
+
+void pitch_detector::set_tracking(double tracking, input_type kind) noexcept
+{
+    tracking_amount = tracking;
+    type = kind;
+    const double t = std::fmin(100.0, std::fmax(0.0, tracking)) / 100.0;
+    dip_threshold = 0.05 + 0.3 * t;
+    rise_threshold = 0.1 - 0.1 * t;
+    design_filters();
+}
+
+void pitch_detector::design_filters() noexcept
+{
+    // A high-pass below the voice's range against rumble, and low-passes with
+    // their corner at the bottom of the range, so that across the range each
+    // harmonic comes out weaker than the one below it and the fundamental
+    // wins the first dip even where a formant lifts the second or third
+    // harmonic. Only the coarse stage sees this signal; the fine stage tracks
+    // the unfiltered input around the lag it was given.
+    struct Band {
+        double high_pass_hz, low_pass_hz;
+        bool third;
+    };
+    static constexpr Band bands[] = {
+        {80.0, 200.0, true},  // Soprano: about 160 to 1100 Hz
+        {55.0, 130.0, true},  // Alto/Tenor: about 100 to 700 Hz
+        {40.0, 90.0, true},   // Low Male: about 65 to 400 Hz
+        {40.0, 150.0, false}, // Instrument: about 65 to 1300 Hz
+        {22.0, 60.0, true},   // Bass Inst: about 30 to 350 Hz
+    };
+    if (rate <= 0.0) return;
+    const Band& band = bands[int(type)];
+    const double top = 0.45 * rate;
+    for (auto& filter : pre_filter) filter.set_sampleRate(rate);
+    pre_filter[0].init_HighPass_twoPole(band.high_pass_hz, 0.7071);
+    pre_filter[1].init_LowPass_twoPole(std::fmin(band.low_pass_hz, top), 0.7071);
+    pre_filter[2].init_LowPass_twoPole(std::fmin(band.low_pass_hz, top), 0.7071);
+    third_filter_on = band.third;
+}
+
+void pitch_detector::reset() noexcept
+{
+    for (auto& filter : pre_filter) filter.clear();
+    std::fill(coarse_ring, coarse_ring + engine::coarse_len, 0.0);
+    std::fill(coarse_energy, coarse_energy + engine::coarse_lags, 0.0);
+    std::fill(coarse_corr, coarse_corr + engine::coarse_lags, 0.0);
+    std::fill(lag_energy, lag_energy + 2 * engine::max_lag_half, 0.0);
+    std::fill(lag_corr, lag_corr + 2 * engine::max_lag_half, 0.0);
+    coarse_count = coarse_index = 0;
+    base_lag = 0;
+    decide_count = 0;
+    searching = true;
+    search_reset = true;
+    period = 0.0;
+    last_period = 0.0;
+}
+
+pitch_detector::outcome pitch_detector::process(double x, const double* ring, int64_t newest) noexcept
+{
+    double filtered = pre_filter[1].process(pre_filter[0].process(x));
+    if (third_filter_on) filtered = pre_filter[2].process(filtered);
+    if (!searching) return fine_update(ring, newest);
+    if (newest % engine::coarse_step != 0) return outcome::none;
+    const bool cleared = search_reset;
+    const int64_t lag = coarse_update(filtered);
+    if (lag > 0) fine_start(lag, ring, newest);
+    return cleared ? outcome::cleared : outcome::none;
+}
+
+int64_t pitch_detector::coarse_update(double x) noexcept
+{
+    constexpr int64_t len = engine::coarse_len;
+    if (search_reset) {
+        search_reset = false;
+        std::fill(coarse_ring, coarse_ring + len, 0.0);
+        std::fill(coarse_energy, coarse_energy + engine::coarse_lags, 0.0);
+        std::fill(coarse_corr, coarse_corr + engine::coarse_lags, 0.0);
+        coarse_count = 0;
+        coarse_index = 0;
+    }
+
+    coarse_ring[coarse_index] = x;
+    for (int64_t k = 0; k < engine::coarse_lags; ++k) {
+        const double a = coarse_ring[engine::ring_back(coarse_index, 2 * k, len)];
+        const double b = coarse_ring[engine::ring_back(coarse_index, k, len)];
+        coarse_corr[k] += b * x - b * a;
+        coarse_energy[k] += x * x - a * a;
+    }
+    coarse_index = engine::ring_next(coarse_index, len);
+
+    const int64_t c = coarse_count++;
+    if (c + 1 < 11) return 0;
+
+    // The search reaches further as the signal accumulates.
+    const int64_t m = c - 5 <= 499 ? (c - 5) / 2 : 249;
+    double d[engine::coarse_lags];
+    for (int64_t k = 1; k < m; ++k) {
+        const double e = coarse_energy[k];
+        d[k] = e > 0.0 ? (0.5 * e - coarse_corr[k]) / e : 1.0;
+    }
+
+    // Climb out of the dip around lag zero.
+    int64_t k = 2;
+    while (k < m - 2 && !(d[k] > rise_threshold + 0.5)) ++k;
+
+    // Up to three dips, each refined by a parabola through its neighbours.
+    double dips[3];
+    int found = 0;
+    for (k = k + 1; k < m - 1 && found < 3; ++k) {
+        const double a = d[k - 1], b = d[k], cc = d[k + 1];
+        if (!(a > b && cc > b)) continue;
+        const double delta = 0.5 * (a - cc) / (a + cc - 2.0 * b);
+        const double v = 0.5 * a * delta * (delta - 1.0) - b * (delta + 1.0) * (delta - 1.0) +
+                         0.5 * cc * delta * (delta + 1.0);
+        if (v < dip_threshold) dips[found++] = (double(k) + delta) * double(engine::coarse_step);
+    }
+
+    double result = 0.0;
+    if (found == 3) {
+        const double s1 = dips[0], s2 = dips[1] - dips[0], s3 = dips[2] - dips[1];
+        if (std::fabs(s1 - s2) < 0.1 * dips[0] && std::fabs(s2 - s3) < 0.1 * dips[0])
+            result = (s1 + s2 + s3) / 3.0;
+        else if (std::fabs(s2 - s3) < 0.1 * s2)
+            result = (s2 + s3) * 0.5; // the first dip was spurious
+        else
+            return 0;
+    } else if (found == 2) {
+        const double s1 = dips[0], s2 = dips[1] - dips[0];
+        if (!(std::fabs(s1 - s2) < 0.1 * dips[0])) return 0;
+        result = (s1 + s2) * 0.5;
+    } else if (found == 1) {
+        if (type != input_type::bass_instrument) return 0;
+        result = dips[0];
+    } else {
+        return 0;
+    }
+
+    const int64_t lag = int64_t(result + 0.5);
+    if (lag == 0) return 0;
+    return lag - lag_half;
+}
+
+void pitch_detector::fine_start(int64_t lag, const double* x, int64_t newest) noexcept
+{
+    base_lag = lag;
+    const int64_t width = 2 * int64_t(lag_half);
+    // The window's widest lag must fit twice into the ring.
+    if (2 * lag <= 0 || 2 * (lag + width) >= engine::ring_len) {
+        lag_energy[0] = 0.0;
+        return;
+    }
+    double energy = 0.0;
+    for (int64_t n = 0; n < 2 * lag; ++n) {
+        const double v = back_of(x, newest, n);
+        energy += v * v;
+    }
+    lag_energy[0] = energy;
+    if (energy < lock_floor) return; // too quiet to lock
+    for (int64_t k = 1; k < width; ++k) {
+        const int64_t l = base_lag + k;
+        const double a = back_of(x, newest, 2 * l - 2);
+        const double b = back_of(x, newest, 2 * l - 1);
+        lag_energy[k] = lag_energy[k - 1] + a * a + b * b;
+    }
+    for (int64_t k = 0; k < width; ++k) lag_corr[k] = direct_corr(x, newest, base_lag + k);
+    decide_count = engine::decide_interval - 1; // the next sample decides
+    searching = false;
+}
+
+pitch_detector::outcome pitch_detector::fine_update(const double* x, int64_t newest) noexcept
+{
+    const double x0 = x[newest];
+    const int64_t width = 2 * int64_t(lag_half);
+    for (int64_t k = 0; k < width; ++k) {
+        const int64_t l = base_lag + k;
+        const double a = back_of(x, newest, l);
+        const double b = back_of(x, newest, 2 * l);
+        lag_energy[k] += x0 * x0 - b * b;
+        lag_corr[k] += x0 * a - a * b;
+    }
+    if (++decide_count != engine::decide_interval) return outcome::none;
+    decide_count = 0;
+    return decide(x, newest);
+}
+
+pitch_detector::outcome pitch_detector::decide(const double* x, int64_t newest) noexcept
+{
+    const int64_t width = 2 * int64_t(lag_half);
+    if (width < 2) return lose_lock();
+    auto f = [this](int64_t k) { return 0.5 * lag_energy[k] - lag_corr[k]; };
+    int64_t k = 0;
+    double best = f(0);
+    for (int64_t j = 1; j < width; ++j) {
+        const double v = f(j);
+        if (v < best) {
+            best = v;
+            k = j;
+        }
+    }
+    if (k == 0 || k == width - 1 || lag_energy[k] < hold_floor) return lose_lock();
+
+    // Keep the minimum in the middle of the window, one lag per decision.
+    if (k > lag_half) {
+        const int64_t top = base_lag + width; // the new last lag
+        if (2 * top + 1 >= engine::ring_len) return lose_lock();
+        ++base_lag;
+        --k;
+        for (int64_t j = 0; j < width - 1; ++j) {
+            lag_energy[j] = lag_energy[j + 1];
+            lag_corr[j] = lag_corr[j + 1];
+        }
+        const double a = back_of(x, newest, 2 * top - 2);
+        const double b = back_of(x, newest, 2 * top - 1);
+        lag_energy[width - 1] = lag_energy[width - 2] + a * a + b * b;
+        lag_corr[width - 1] = direct_corr(x, newest, top);
+    } else if (k < lag_half - 1) {
+        if (base_lag <= 1) return lose_lock();
+        --base_lag;
+        ++k;
+        for (int64_t j = width - 1; j > 0; --j) {
+            lag_energy[j] = lag_energy[j - 1];
+            lag_corr[j] = lag_corr[j - 1];
+        }
+        const int64_t l = base_lag;
+        const double a = back_of(x, newest, 2 * l);
+        const double b = back_of(x, newest, 2 * l + 1);
+        lag_energy[0] = lag_energy[1] - a * a - b * b;
+        lag_corr[0] = direct_corr(x, newest, l);
+    }
+
+    const double a = f(k - 1), b = f(k), c = f(k + 1);
+    const double denominator = a + c - 2.0 * b;
+    const double delta = denominator != 0.0 ? 0.5 * (a - c) / denominator : 0.0;
+    period = last_period = double(k + base_lag) + delta;
+    return outcome::decided;
+}
+
+pitch_detector::outcome pitch_detector::lose_lock() noexcept
+{
+    period = 0.0;
+    searching = true;
+    search_reset = true;
+    return outcome::lost;
+}

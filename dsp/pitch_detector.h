@@ -1,0 +1,95 @@
+#pragma once
+
+#include <cstdint>
+
+#include "Common_VST3/biQuad_Filter.h"
+#include "dsp/engine_constants.h"
+
+// Kinds of input, in the order of the list of the parameter "Input type".
+// Each sets the detector's pre-filters; a bass instrument may lock on a
+// single dip.
+enum class input_type : int32_t { soprano, alto_tenor, low_male, instrument, bass_instrument };
+
+// The period of the primary input, in fractional engine samples. While no
+// pitch is held a coarse stage searches every eighth sample of a filtered
+// copy for up to three dips of the normalised difference function; once
+// locked a fine stage keeps running sums for a narrow window of lags around
+// the period on the unfiltered input ring, moves the window with the pitch
+// and refines the minimum by a parabola every fifth sample. Both measure
+// f(L) = 0.5 E(L) - H(L): E the energy of the last 2L samples, H the
+// correlation of the last L samples with the L before them.
+//
+// An object belongs to its engine's owner thread; nothing here allocates.
+class pitch_detector {
+public:
+    // What one sample did, for the engine to act on.
+    enum class outcome {
+        none,
+        // The coarse stage started a new search.
+        cleared,
+        // A decision gave a new period.
+        decided,
+        // The lock is lost: get_period() is 0.0 again.
+        lost,
+    };
+
+    pitch_detector() noexcept;
+
+    // The engine rate in Hz: the width of the fine window and the
+    // pre-filters' designs.
+    void set_rate(double engine_rate) noexcept;
+    // "Tracking", 0 (only clean, clearly periodic sound locks) to 100
+    // (breathy and rough voices lock too), and the kind of input.
+    void set_tracking(double tracking, input_type type) noexcept;
+    // Unlocked, with every sum and filter state cleared.
+    void reset() noexcept;
+
+    // Audio thread. One input sample `x`, already stored as the newest entry
+    // `newest` of `ring` (engine::ring_len long).
+    outcome process(double x, const double* ring, int64_t newest) noexcept;
+
+    // Detected period, 0.0 while unvoiced; the last nonzero one, kept.
+    double get_period() const noexcept { return period; }
+    double get_last_period() const noexcept { return last_period; }
+    bool is_searching() const noexcept { return searching; }
+
+private:
+    // One filtered sample of the coarse stage: a start lag, or 0.
+    int64_t coarse_update(double x) noexcept;
+    // Arms the fine stage at a start lag, if the signal is loud enough.
+    void fine_start(int64_t lag, const double* ring, int64_t newest) noexcept;
+    outcome fine_update(const double* ring, int64_t newest) noexcept;
+    outcome decide(const double* ring, int64_t newest) noexcept;
+    outcome lose_lock() noexcept;
+    void design_filters() noexcept;
+
+    double rate = 0.0;
+    double tracking_amount = 50.0;
+    input_type type = input_type::soprano;
+
+    bool searching = true;
+    bool search_reset = true;
+
+    // Pre-filters of the coarse stage.
+    biQuad_Filter pre_filter[3];
+    bool third_filter_on = false;
+    double rise_threshold = 0.0;
+    double dip_threshold = 0.2;
+
+    // Coarse stage, in decimated samples.
+    double coarse_ring[engine::coarse_len];
+    double coarse_energy[engine::coarse_lags];
+    double coarse_corr[engine::coarse_lags];
+    int64_t coarse_count = 0;
+    int64_t coarse_index = 0;
+
+    // Fine stage: a window of 2 * lag_half lags from base_lag.
+    int64_t base_lag = 0;
+    int32_t lag_half = engine::max_lag_half;
+    double lag_energy[2 * engine::max_lag_half];
+    double lag_corr[2 * engine::max_lag_half];
+    int64_t decide_count = 0;
+
+    double period = 0.0;
+    double last_period = 0.0;
+};
