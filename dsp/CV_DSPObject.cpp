@@ -288,7 +288,7 @@ void CV_DSPObject::correct() noexcept
 void CV_DSPObject::lose_lock() noexcept
 {
     target_ratio = applied_ratio = 1.0;
-    retune.reset();
+    retune.release();
     natural.release();
     vibrato.clear();
 }

@@ -114,6 +114,7 @@ Downsample_DSP::~Downsample_DSP()
 void Downsample_DSP::reset() noexcept
 {
     phase = 0;
+    noise = Noise_Generator();
     for (int c = 0; c < max_channels; ++c) {
         for (int s = 0; s < max_sections; ++s) {
             down_y1[c][s] = down_y2[c][s] = down_x1[c][s] = down_x2[c][s] = 0.0;

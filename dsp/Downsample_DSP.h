@@ -22,7 +22,9 @@ public:
     Downsample_DSP(const Downsample_DSP&) = delete;
     Downsample_DSP& operator=(const Downsample_DSP&) = delete;
 
-    // Interface thread, while inactive. Clears the filter state and phase.
+    // Interface thread, while inactive. Clears the filter state and phase,
+    // and restarts the noise from its seed: a reset engine renders as a new
+    // one.
     virtual void reset() noexcept;
     // Interface thread, while inactive. Sets the host rate and everything
     // derived from it.

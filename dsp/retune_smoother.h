@@ -16,11 +16,19 @@ public:
     void set_times(double retune_ms, double humanize_ms, double engine_rate) noexcept;
     // The same times at another engine rate.
     void set_rate(double engine_rate) noexcept { set_times(retune_ms, humanize_ms, engine_rate); }
-    // Back to a ratio of 1.0 with no note; the poles stay.
-    void reset() noexcept
+    // Back to a ratio of 1.0 with no note; the pole in use stays.
+    void release() noexcept
     {
         smooth_ratio = 1.0;
         last_target = -1;
+    }
+    // release, and the pole back to the fast one with no ramp.
+    void reset() noexcept
+    {
+        release();
+        retune_coef = retune_fast;
+        ramp_left = 0;
+        ramp_step_now = 0.0;
     }
     // The next note counts as new.
     void forget_note() noexcept { last_target = -1; }

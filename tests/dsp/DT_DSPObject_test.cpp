@@ -91,6 +91,21 @@ TEST(DT_DSPObject, AnySignalComesOutDelayedAndUnchanged)
     }
 }
 
+TEST(DT_DSPObject, AResetEngineRendersAsANewOne)
+{
+    // A tone and the silence after it, where only the denormal noise is left.
+    auto x = test_signals::sine(20000, 300.0, 48000.0, 0.5);
+    x.resize(30000, 0.0f);
+    auto fresh = make_engine(48000.0, true, true);
+    auto used = make_engine(48000.0, true, true);
+    run(*used, x, &x, 333);
+    used->reset();
+    const auto expected = run(*fresh, x, &x, 512);
+    const auto y = run(*used, x, &x, 512);
+    EXPECT_EQ(y.left, expected.left);
+    EXPECT_EQ(y.right, expected.right);
+}
+
 TEST(DT_DSPObject, FullScaleIsClampedJustBelowOne)
 {
     auto engine = make_engine(48000.0, false, false);
