@@ -104,12 +104,8 @@ void pitch_detector::reset() noexcept
     last_period = 0.0;
 }
 
-pitch_detector::outcome pitch_detector::process(double x, const double* ring, int64_t newest) noexcept
+pitch_detector::outcome pitch_detector::search(double filtered, const double* ring, int64_t newest) noexcept
 {
-    double filtered = pre_filter[1].process(pre_filter[0].process(x));
-    if (third_filter_on) filtered = pre_filter[2].process(filtered);
-    if (!searching) return fine_update(ring, newest);
-    if (newest % engine::coarse_step != 0) return outcome::none;
     const bool cleared = search_reset;
     const int64_t lag = coarse_update(filtered);
     if (lag > 0) fine_start(lag, ring, newest);

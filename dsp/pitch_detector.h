@@ -46,7 +46,14 @@ public:
 
     // Audio thread. One input sample `x`, already stored as the newest entry
     // `newest` of `ring` (engine::ring_len long).
-    outcome process(double x, const double* ring, int64_t newest) noexcept;
+    outcome process(double x, const double* ring, int64_t newest) noexcept
+    {
+        double filtered = pre_filter[1].process(pre_filter[0].process(x));
+        if (third_filter_on) filtered = pre_filter[2].process(filtered);
+        if (!searching) return fine_update(ring, newest);
+        if (newest % engine::coarse_step != 0) return outcome::none;
+        return search(filtered, ring, newest);
+    }
 
     // Detected period, 0.0 while unvoiced; the last nonzero one, kept.
     double get_period() const noexcept { return period; }
@@ -54,6 +61,9 @@ public:
     bool is_searching() const noexcept { return searching; }
 
 private:
+    // A coarse step while searching, and the fine stage armed if it found a
+    // start lag.
+    outcome search(double filtered, const double* ring, int64_t newest) noexcept;
     // One filtered sample of the coarse stage: a start lag, or 0.
     int64_t coarse_update(double x) noexcept;
     // Arms the fine stage at a start lag, if the signal is loud enough.
