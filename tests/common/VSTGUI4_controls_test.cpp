@@ -1,14 +1,11 @@
 #include "Common_VST3/VSTGUI4_Controls.h"
-#include "vstgui/lib/cframe.h"
 #include "vstgui/lib/cviewcontainer.h"
-#include "vstgui/uidescription/uidescription.h"
 #include "vstgui/vstgui_test_support.h"
 
 #include <gtest/gtest.h>
 #include <unistd.h>
 
 #include <cstdint>
-#include <cstdio>
 #include <string>
 #include <type_traits>
 #include <vector>
@@ -43,32 +40,10 @@ bool shows(CView& view, int x, int y, const Rgba& c)
     return vstgui_test::near(vstgui_test::pixel(context, x, y), CColor(c.r, c.g, c.b, c.a));
 }
 
-// Hears a control as its listener: "begin", the values sent, "end".
-struct Recorder : IControlListener {
-    std::string log;
-    void valueChanged(CControl* c) override
-    {
-        char text[32];
-        std::snprintf(text, sizeof text, " %g", double(c->getValue()));
-        log += text;
-    }
-    void controlBeginEdit(CControl*) override { log += " begin"; }
-    void controlEndEdit(CControl*) override { log += " end"; }
-};
-
-// An editor whose knobs follow a linear drag, so that a plain click does not
+// A frame whose knobs follow a linear drag, so that a plain click does not
 // move them.
-struct LinearKnobEditor : VSTGUIEditorInterface {
-    int32_t getKnobMode() const override { return kLinearMode; }
-};
-
-// A frame without a window, that takes events as the window would send them.
-struct FrameFixture : ::testing::Test {
-    void SetUp() override { frame = new CFrame(CRect(0, 0, 200, 200), &editor); }
-    void TearDown() override { frame->forget(); }
-    LinearKnobEditor editor;
-    CFrame* frame = nullptr;
-    Recorder recorder;
+struct FrameFixture : vstgui_test::FrameTest {
+    FrameFixture() { knobMode = kLinearMode; }
     CPoint inside{20, 20}, outside{150, 150};
 };
 
@@ -79,7 +54,7 @@ using VSTGUI4DoubleClickKnob = FrameFixture;
 
 TEST_F(VSTGUI4PushButton, EachPressIsOneEditFromTheMaximumToTheMinimumEndedOnlyByWhatStartedIt)
 {
-    auto* button = new VSTGUI4_PushButton(CRect(10, 10, 40, 30), &recorder, 9);
+    auto* button = new VSTGUI4_PushButton(CRect(10, 10, 40, 30), &edits, 9);
     button->setMin(-2.f);
     button->setMax(5.f);
     frame->addView(button);
@@ -104,7 +79,7 @@ TEST_F(VSTGUI4PushButton, EachPressIsOneEditFromTheMaximumToTheMinimumEndedOnlyB
         {down, L, 0, H, " begin 5"}, {keyUp, VKEY_SPACE, 0, 1, ""}, {up, L, 0, H, " -2 end"},
     };
     for (const auto& r : rows) {
-        recorder.log.clear();
+        edits.log.clear();
         VstKeyCode key{0, static_cast<unsigned char>(r.code), r.modifier};
         const int answer = r.event == down       ? frame->platformOnMouseDown(inside, r.code)
                            : r.event == up       ? frame->platformOnMouseUp(inside, r.code)
@@ -117,7 +92,7 @@ TEST_F(VSTGUI4PushButton, EachPressIsOneEditFromTheMaximumToTheMinimumEndedOnlyB
         if (r.answer != kAny) {
             EXPECT_EQ(answer, r.answer) << at;
         }
-        EXPECT_EQ(recorder.log, r.log) << at;
+        EXPECT_EQ(edits.log, r.log) << at;
         EXPECT_EQ(button->isPressed(), button->getValue() == 5.f) << at;
     }
 }
@@ -224,7 +199,7 @@ TEST_F(VSTGUI4DoubleClickKnob, DoubleClickResetsAsOneEditAndARefusedWheelReaches
     // A stock knob lies under the double-click knob, which lets events
     // through only when it does not take them.
     auto* under = new CAnimKnob(CRect(0, 0, 40, 40), nullptr, 2);
-    auto* knob = new VSTGUI4_DoubleClickKnob(CRect(0, 0, 40, 40), &recorder, 1);
+    auto* knob = new VSTGUI4_DoubleClickKnob(CRect(0, 0, 40, 40), &edits, 1);
     knob->setTransparency(true);
     knob->setMax(10.f);
     knob->setDefaultValue(2.5f);
@@ -235,29 +210,29 @@ TEST_F(VSTGUI4DoubleClickKnob, DoubleClickResetsAsOneEditAndARefusedWheelReaches
     frame->platformOnMouseDown(inside, kLButton);
     frame->platformOnMouseUp(inside, kLButton);
     EXPECT_EQ(knob->getValue(), 9.f) << "a single click does not reset";
-    recorder.log.clear();
+    edits.log.clear();
     EXPECT_EQ(frame->platformOnMouseDown(inside, kLButton | kDoubleClick),
               kMouseDownEventHandledButDontNeedMovedOrUpEvents);
     frame->platformOnMouseUp(inside, kLButton);
-    EXPECT_EQ(recorder.log, " begin 2.5 end");
+    EXPECT_EQ(edits.log, " begin 2.5 end");
     // Outside a press the reset is an edit of its own.
     knob->setValue(7.f);
     EXPECT_FALSE(knob->checkDefaultValue(kRButton | kDoubleClick)) << "a double click of the right button";
     EXPECT_TRUE(knob->checkDefaultValue(kLButton | kDoubleClick));
-    EXPECT_EQ(recorder.log, " begin 2.5 end begin 2.5 end");
+    EXPECT_EQ(edits.log, " begin 2.5 end begin 2.5 end");
     knob->setValue(7.f);
     EXPECT_TRUE(knob->checkDefaultValue(kLButton | kControl)) << "the stock Ctrl-click resets too";
     EXPECT_EQ(knob->getValue(), 2.5f);
 
-    recorder.log.clear();
+    edits.log.clear();
     EXPECT_TRUE(frame->platformOnMouseWheel(inside, kMouseWheelAxisY, 1.f, 0));
-    EXPECT_EQ(recorder.log, " begin 3.5 end") << "one step of the default increment 0.1 of the range";
+    EXPECT_EQ(edits.log, " begin 3.5 end") << "one step of the default increment 0.1 of the range";
     EXPECT_FLOAT_EQ(under->getValue(), 0.f);
     knob->setMouseWheelEnabled(false);
     EXPECT_TRUE(frame->platformOnMouseWheel(inside, kMouseWheelAxisY, 1.f, 0));
     EXPECT_FLOAT_EQ(knob->getValue(), 3.5f);
     EXPECT_FLOAT_EQ(under->getValue(), 0.1f) << "the refused event reached the knob below";
-    EXPECT_EQ(recorder.log, " begin 3.5 end");
+    EXPECT_EQ(edits.log, " begin 3.5 end");
     EXPECT_FALSE(owned(dynamic_cast<VSTGUI4_DoubleClickKnob*>(knob->newCopy()))->getMouseWheelEnabled()) << "a copy";
 }
 
@@ -284,17 +259,12 @@ struct VSTGUI4Creators : ::testing::Test {
     void SetUp() override
     {
         VSTGUI4_registerControls();
-        const std::string dir = vstgui_test::scratchDir();
-        vstgui_test::writeBandsPNG(dir + "/button.png", 20, 10, {kRed, kBlue});
-        vstgui_test::writeBandsPNG(dir + "/flash.png", 20, 10, {kGreen, kYellow});
-        vstgui_test::writeText(dir + "/panel.uidesc", kPanel);
-        setResourceDirectory(dir.c_str());
-        desc = owned(new UIDescription(CResourceDescription("panel.uidesc")));
-        ASSERT_TRUE(desc->parse()) << desc->getLastError();
+        resources.png("button.png", 20, 10, {kRed, kBlue});
+        resources.png("flash.png", 20, 10, {kGreen, kYellow});
+        desc = resources.describe(kPanel);
         root = owned(desc->createView("Panel", nullptr));
         ASSERT_TRUE(dynamic_cast<CViewContainer*>(root.get())) << desc->getLastError();
     }
-    void TearDown() override { setResourceDirectory(nullptr); }
 
     template <class T>
     T* child(uint32_t index) const
@@ -302,65 +272,40 @@ struct VSTGUI4Creators : ::testing::Test {
         return dynamic_cast<T*>(static_cast<CViewContainer*>(root.get())->getView(index));
     }
 
+    vstgui_test::ResourceFolder resources;
     SharedPointer<UIDescription> desc;
     SharedPointer<CView> root;
 };
 
 } // namespace
 
-TEST_F(VSTGUI4Creators, EachClassIsMadeOnTopOfItsBaseWritesItsAttributeBackAndLaterReadsOnlyWhatItCan)
+TEST_F(VSTGUI4Creators, EachClassIsMadeOnTopOfItsBaseWithItsOwnAttribute)
 {
-    // The class, its base, its own attribute (or null) with its type, and the
-    // attribute's value as written back.
-    const struct {
-        const char *name, *base, *own;
-        IViewCreator::AttrType type;
-        const char* value;
-    } rows[] = {
-        {"VSTGUI4_PushButton", "CControl", nullptr, IViewCreator::kUnknownType, nullptr},
-        {"VSTGUI4_FlashingPushButton", "VSTGUI4_PushButton", "flashBitmap", IViewCreator::kBitmapType, "flash"},
-        {"VSTGUI4_FlashingOnOffButton", "COnOffButton", "flashBitmap", IViewCreator::kBitmapType, "flash"},
-        {"VSTGUI4_DoubleClickKnob", "CAnimKnob", nullptr, IViewCreator::kUnknownType, nullptr},
-        {"VSTGUI4_ViewWithMinimumSize", "CView", "minSize", IViewCreator::kPointType, "12, 34"},
-        {"VSTGUI4_FlashingPushButton", "VSTGUI4_PushButton", "flashBitmap", IViewCreator::kBitmapType, "(none)"},
+    // The class and its base (whose attributes it takes); a copy keeps the
+    // class and wants the focus.
+    const std::pair<const char*, const char*> rows[] = {
+        {"VSTGUI4_PushButton", "CControl"},    {"VSTGUI4_FlashingPushButton", "VSTGUI4_PushButton"},
+        {"VSTGUI4_FlashingOnOffButton", "COnOffButton"}, {"VSTGUI4_DoubleClickKnob", "CAnimKnob"},
+        {"VSTGUI4_ViewWithMinimumSize", "CView"}, {"VSTGUI4_FlashingPushButton", "VSTGUI4_PushButton"},
     };
     for (uint32_t i = 0; i < std::size(rows); ++i) {
-        const auto& r = rows[i];
-        SCOPED_TRACE(std::to_string(i) + " " + r.name);
         CView* view = child<CView>(i);
-        ASSERT_NE(view, nullptr);
-        EXPECT_STREQ(view->getClassName(), r.name);
-        EXPECT_TRUE(view->isTypeOf(r.base));
-        const IViewCreator* creator = UIViewFactory::getViewCreator(r.name);
-        ASSERT_NE(creator, nullptr);
-        EXPECT_STREQ(creator->getBaseViewName(), r.base);
-        // A copy keeps its class and the attribute, and wants the focus.
+        ASSERT_NE(view, nullptr) << i;
+        EXPECT_STREQ(view->getClassName(), rows[i].first);
+        EXPECT_TRUE(view->isTypeOf(rows[i].second)) << i;
         auto copy = owned(dynamic_cast<CView*>(view->newCopy()));
-        ASSERT_TRUE(copy);
-        EXPECT_STREQ(copy->getClassName(), r.name);
-        EXPECT_TRUE(copy->wantsFocus());
-        if (r.own) {
-            EXPECT_EQ(creator->getAttributeType(r.own), r.type);
-            for (CView* v : {view, copy.get()}) {
-                std::string value = "(none)";
-                creator->getAttributeValue(v, r.own, value, desc);
-                EXPECT_EQ(value, r.value);
-            }
-        }
+        EXPECT_TRUE(copy && std::string(copy->getClassName()) == rows[i].first && copy->wantsFocus()) << i;
     }
+    // A bitmap the description does not hold leaves the flash bitmap unset.
+    EXPECT_EQ(child<VSTGUI4_FlashingPushButton>(1)->getFlashBitmap(), desc->getBitmap("flash"));
+    EXPECT_EQ(child<VSTGUI4_FlashingOnOffButton>(2)->getFlashBitmap(), desc->getBitmap("flash"));
+    EXPECT_EQ(child<VSTGUI4_FlashingPushButton>(5)->getFlashBitmap(), nullptr);
 
-    // Applied later, an unknown bitmap leaves the flash bitmap; "minSize" is
-    // two whole numbers around the first comma, left as it was without one.
-    auto* flashPush = child<VSTGUI4_FlashingPushButton>(1);
+    // "minSize" is two whole numbers around the first comma, left as it was
+    // without one.
     auto* thumb = child<VSTGUI4_ViewWithMinimumSize>(4);
-    ASSERT_TRUE(flashPush && thumb);
-    const IViewCreator* flashCreator = UIViewFactory::getViewCreator("VSTGUI4_FlashingPushButton");
-    for (const auto& [text, bitmap] : {std::pair{"nothing", "flash"}, {"button", "button"}, {"nothing", "button"}}) {
-        UIAttributes attributes;
-        attributes.setAttribute("flashBitmap", text);
-        EXPECT_TRUE(flashCreator->apply(flashPush, attributes, desc));
-        EXPECT_EQ(flashPush->getFlashBitmap(), desc->getBitmap(bitmap)) << text;
-    }
+    ASSERT_TRUE(thumb);
+    EXPECT_EQ(thumb->getMinSize(), CPoint(12, 34));
     const IViewCreator* thumbCreator = UIViewFactory::getViewCreator("VSTGUI4_ViewWithMinimumSize");
     for (const auto& [text, minSize] : {std::pair{"40", CPoint(12, 34)}, {"", CPoint(12, 34)}, {"5,6,7", CPoint(5, 6)},
                                         {"x, 9", CPoint(0, 9)}, {"-4,", CPoint(-4, 0)}, {" 3.7 , -8 ", CPoint(3, -8)},

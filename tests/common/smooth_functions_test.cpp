@@ -28,40 +28,11 @@ TEST(SmoothFunctions, RunningMeanOfTheLastVectors)
     }
 }
 
-TEST(SmoothFunctions, NewLengthOrResetStartsAfresh)
-{
-    smooth_functions s(4, 8);
-    std::vector<double> a = {10, 10};
-    s.do_smoothing(a.data(), 2);
-    s.do_smoothing(a.data(), 2);
-
-    // A new length: the two vectors before do not take part.
-    std::vector<double> b = {2, 4, 6};
-    s.do_smoothing(b.data(), 3);
-    EXPECT_EQ(b, (std::vector<double>{2, 4, 6}));
-    std::vector<double> c = {4, 4, 4};
-    s.do_smoothing(c.data(), 3);
-    EXPECT_EQ(c, (std::vector<double>{3, 4, 5}));
-
-    // A reset, same length.
-    s.reset_smoothing();
-    std::vector<double> d = {7, 7, 7};
-    s.do_smoothing(d.data(), 3);
-    EXPECT_EQ(d, (std::vector<double>{7, 7, 7}));
-    std::vector<double> e = {1, 3, 5};
-    s.do_smoothing(e.data(), 3);
-    EXPECT_EQ(e, (std::vector<double>{4, 5, 6}));
-
-    // The longest vector allowed.
-    std::vector<double> full(8, 2.0);
-    s.do_smoothing(full.data(), 8);
-    EXPECT_EQ(full, std::vector<double>(8, 2.0));
-}
-
 TEST(SmoothFunctions, AgreesWithADirectMeanOverALongStream)
 {
-    // Independent estimate: keep the vectors since the last restart and average
-    // the last history_len of them directly.
+    // Independent estimate: keep the vectors since the last restart (a new
+    // length, a reset) and average the last history_len of them directly;
+    // lengths run up to the longest allowed.
     for (int32_t history : {1, 2, 3, 5, 8}) {
         const int32_t max_len = 6;
         smooth_functions s(history, max_len);

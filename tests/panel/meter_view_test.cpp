@@ -96,37 +96,27 @@ TEST(MeterView, LightsFromTheCentreToTheValueInWholeSegmentsAndDrawsNothingAtThe
 TEST(MeterView, ADescriptionMakesItWithTheStockMetersAttributes)
 {
     Corvane_MeterView_register();
-    const std::string dir = vstgui_test::scratchDir();
-    vstgui_test::writeBandsPNG(dir + "/on.png", kWidth, kHeight, {{0, 255, 0, 255}});
-    vstgui_test::writeBandsPNG(dir + "/off.png", kWidth, kHeight, {{255, 0, 0, 255}});
-    vstgui_test::writeText(dir + "/meter.uidesc", R"(<vstgui-ui-description version="1">
+    vstgui_test::ResourceFolder resources;
+    resources.png("on.png", kWidth, kHeight, {{0, 255, 0, 255}});
+    resources.png("off.png", kWidth, kHeight, {{255, 0, 0, 255}});
+    auto description = resources.describe(R"(<vstgui-ui-description version="1">
   <bitmaps><bitmap name="on" path="on.png"/><bitmap name="off" path="off.png"/></bitmaps>
   <control-tags><control-tag name="Change" tag="92"/></control-tags>
 </vstgui-ui-description>)");
-    setResourceDirectory(dir.c_str());
-    auto description = owned(new UIDescription(CResourceDescription("meter.uidesc")));
-    ASSERT_TRUE(description->parse()) << description->getLastError();
-    UIViewFactory factory;
-    UIAttributes attributes;
-    auto make = [&] { return owned(dynamic_cast<Corvane_MeterView*>(factory.createView(attributes, description))); };
-
-    attributes.setAttribute("class", "Corvane_MeterView");
-    attributes.setAttribute("origin", "20, 10");
-    attributes.setAttribute("size", "260, 20");
-    auto plain = make();
+    std::vector<std::pair<const char*, const char*>> attributes = {
+        {"class", "Corvane_MeterView"}, {"origin", "20, 10"}, {"size", "260, 20"}};
+    auto plain = vstgui_test::made<Corvane_MeterView>(vstgui_test::attributesOf(attributes), description);
     ASSERT_NE(plain, nullptr);
     EXPECT_TRUE(!plain->getOnBitmap() && !plain->getOffBitmap() && plain->getNbLed() == 0 && plain->getStyle() == 0);
 
-    const std::pair<const char*, const char*> stock[] = {{"bitmap", "on"}, {"off-bitmap", "off"}, {"num-led", "20"},
-                                                         {"control-tag", "Change"}, {"orientation", "horizontal"}};
-    for (const auto& [name, value] : stock) attributes.setAttribute(name, value);
-    auto meter = make();
+    attributes.insert(attributes.end(), {{"bitmap", "on"}, {"off-bitmap", "off"}, {"num-led", "20"},
+                                         {"control-tag", "Change"}, {"orientation", "horizontal"}});
+    auto meter = vstgui_test::made<Corvane_MeterView>(vstgui_test::attributesOf(attributes), description);
     ASSERT_NE(meter, nullptr);
-    EXPECT_STREQ(factory.getViewName(meter), "Corvane_MeterView");
+    EXPECT_STREQ(UIViewFactory().getViewName(meter), "Corvane_MeterView");
     EXPECT_EQ(meter->getViewSize(), CRect(20, 10, 280, 30));
     EXPECT_EQ(meter->getTag(), 92);
     // Both pictures and 20 segments of 13 pixels.
     meter->setValue(0.3f);
     EXPECT_EQ(drawn(meter), litBetween(78, 130));
-    setResourceDirectory(nullptr);
 }

@@ -261,30 +261,22 @@ struct Drawing {
 TEST(ScalesList, ADescriptionMakesTheListThatDrawsItsMarksFromThePicturesItNamesAndTextOnlyInRowsThatExist)
 {
     Corvane_ScalesListView_register();
-    const std::string dir = vstgui_test::scratchDir();
+    vstgui_test::ResourceFolder resources;
     const std::pair<const char*, vstgui_test::Rgba> pictures[] = {
         {"back", {0, 0, 0, 255}}, {"lit", {0, 255, 0, 255}}, {"gone", {255, 0, 0, 255}}, {"out", {0, 0, 255, 255}}};
     for (const auto& [name, colour] : pictures)
-        vstgui_test::writeBandsPNG(dir + "/" + name + ".png", int(corvane_list::width), int(corvane_list::height),
-                                   {colour});
-    vstgui_test::writeText(dir + "/list.uidesc", R"(<vstgui-ui-description version="1"><bitmaps>
+        resources.png(std::string(name) + ".png", int(corvane_list::width), int(corvane_list::height), {colour});
+    auto description = resources.describe(R"(<vstgui-ui-description version="1"><bitmaps>
   <bitmap name="back" path="back.png"/><bitmap name="lit" path="lit.png"/>
   <bitmap name="gone" path="gone.png"/><bitmap name="out" path="out.png"/>
 </bitmaps></vstgui-ui-description>)");
-    setResourceDirectory(dir.c_str());
-    auto description = owned(new UIDescription(CResourceDescription("list.uidesc")));
-    ASSERT_TRUE(description->parse()) << description->getLastError();
-    UIAttributes attributes;
-    const std::pair<const char*, const char*> named[] = {
-        {"class", "Corvane_ScalesListView"}, {"origin", "30, 40"}, {"size", "204, 258"}, {"bitmap", "back"},
-        {"bypassed-bitmap", "lit"}, {"removed-bitmap", "gone"}, {"off-bitmap", "out"}};
-    for (const auto& [name, value] : named) attributes.setAttribute(name, value);
-    UIViewFactory factory;
+    UIAttributes attributes = vstgui_test::attributesOf(
+        {{"class", "Corvane_ScalesListView"}, {"origin", "30, 40"}, {"size", "204, 258"}, {"bitmap", "back"},
+         {"bypassed-bitmap", "lit"}, {"removed-bitmap", "gone"}, {"off-bitmap", "out"}});
     Page page(kMajor);
-    page.list = owned(dynamic_cast<Corvane_ScalesListView*>(factory.createView(attributes, description)));
+    page.list = vstgui_test::made<Corvane_ScalesListView>(attributes, description);
     ASSERT_NE(page.list, nullptr);
     EXPECT_EQ(page.list->getViewSize(), CRect(30, 40, 234, 298));
-    EXPECT_STREQ(factory.getViewName(page.list), "Corvane_ScalesListView");
     page.list->readAttributes(attributes, description);
     page.list->setOwner(&page, &page.state);
     page.click(1, Corvane_ListColumn::bypass);
@@ -337,5 +329,4 @@ TEST(ScalesList, ADescriptionMakesTheListThatDrawsItsMarksFromThePicturesItNames
     Drawing(page.list).each(whole, [&](const CColor& c) { EXPECT_EQ(c, kBlue); });
     page.list->setBitmaps(description->getBitmap("lit"), description->getBitmap("gone"), nullptr);
     Drawing(page.list).each(whole, [&](const CColor& c) { EXPECT_EQ(c.alpha, 0); });
-    setResourceDirectory(nullptr);
 }

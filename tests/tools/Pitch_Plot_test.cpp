@@ -40,17 +40,6 @@ std::vector<Pitch_Frame> track_of(double seconds, const std::function<double(dou
     return track;
 }
 
-struct Area {
-    int left, right, top, bottom;
-};
-
-Area area_of(int width, int height)
-{
-    const render::Plot_Area a = Pitch_Plot::area(width, height);
-    return {int(std::ceil(a.left)), int(std::floor(a.left + a.width)), int(std::ceil(a.top)),
-            int(std::floor(a.top + a.height))};
-}
-
 // Drawing text fills caches for the life of the program; they go at its end.
 class Font_Caches : public ::testing::Environment {
 public:
@@ -70,7 +59,7 @@ TEST(PitchPlot, CurvesSitOnTheirNotesAndTimes)
     const Image image(plot.render(1200, 600));
     ASSERT_EQ(image.width(), 1200);
     ASSERT_EQ(image.height(), 600);
-    const Area a = area_of(1200, 600);
+    const plot_image::Area a(image);
     const double seconds = double(a.right - a.left) / 4.0;
 
     // Where no curve is, the grid: evenly spaced lines, every twelfth a C.
@@ -108,8 +97,8 @@ TEST(PitchPlot, CurvesSitOnTheirNotesAndTimes)
     EXPECT_GT(spacing, double(a.bottom - a.top) / 24.0);
 
     // One second each: nothing, the input, the output, nothing.
-    const auto in_cols = plot_image::columns_of(image, kInputColour, a.left, a.right, a.top, a.bottom);
-    const auto out_cols = plot_image::columns_of(image, kOutputColour, a.left, a.right, a.top, a.bottom);
+    const auto in_cols = a.columns(image, kInputColour);
+    const auto out_cols = a.columns(image, kOutputColour);
     EXPECT_NEAR(in_cols.first - a.left, seconds, 3.0);
     EXPECT_NEAR(in_cols.second - in_cols.first, seconds, 3.0);
     EXPECT_NEAR(out_cols.first - in_cols.second, 0.0, 3.0);
@@ -132,7 +121,7 @@ TEST(PitchPlot, GapsWhereNothingIsVoiced)
     }
     const Pitch_Plot plot(input, output, 4.0);
     const Image image(plot.render(1200, 600));
-    const Area a = area_of(1200, 600);
+    const plot_image::Area a(image);
     const double seconds = double(a.right - a.left) / 4.0;
     const auto column = [&](double t) { return a.left + int(std::lround(t * seconds)); };
 
@@ -152,7 +141,7 @@ TEST(PitchPlot, NamesTheCLinesAndTheSeconds)
     const auto input = track_of(4.0, [](double t) { return 55.0 + 10.0 * t; });
     const Pitch_Plot plot(input, {}, 4.0);
     const Image image(plot.render(1000, 500));
-    const Area a = area_of(1000, 500);
+    const plot_image::Area a(image);
     const auto grid = plot_image::grid_at(image, a.left + 2, a.top, a.bottom);
     size_t named = 0;
     for (size_t i = 0; i < grid.rows.size(); ++i) {
@@ -192,7 +181,7 @@ TEST(PitchPlot, WithoutVoicedFramesAGridAlone)
         ASSERT_EQ(image.height(), c.expected_height);
         EXPECT_EQ(plot_image::count_of(image, kInputColour, 0, image.width(), 40, image.height()), 0u);
         EXPECT_EQ(plot_image::count_of(image, kOutputColour, 0, image.width(), 40, image.height()), 0u);
-        const Area a = area_of(image.width(), image.height());
+        const plot_image::Area a(image);
         EXPECT_GE(plot_image::grid_at(image, (a.left + a.right) / 2, a.top, a.bottom).rows.size(), 13u);
     }
 }

@@ -341,56 +341,6 @@ TEST_F(HostInstance, BlocksAreCheckedAndCarryTheTransportAndChangesWhileActiveAr
     for (const auto& channel : out) EXPECT_NEAR(channel[77 + 2660], 0.5, 1e-6) << "the mono input feeds both";
 }
 
-TEST_F(HostInstance, ParametersSetByPlainValueOrListTextReadBack)
-{
-    auto instance = make();
-    ASSERT_TRUE(instance);
-    hostlib::Parameter_Info info;
-    EXPECT_FALSE(instance->find_parameter("No Such Knob", info));
-
-    // Ranged parameters by plain value, lists by the text of an item: item
-    // k of n + 1 sits at k / n. Detune is linear over -100..100 cents, so -50
-    // sits at a quarter of its range.
-    const struct {
-        const char* title;
-        int32 steps;       // 0 for a ranged parameter
-        double low, high;  // the plain range
-        const char* text;  // a list's item
-        double plain, normalized;
-    } rows[] = {
-        {"Detune", 0, -100, 100, "", -50, 0.25},       {"Retune Speed", 0, 0, 400, "", 100, -1},
-        {"Vibrato Shape", 3, 0, 3, "Square", 2, 2.0 / 3}, {"Vibrato Shape", 3, 0, 3, "(No Vibrato)", 0, 0},
-        {"Input type", 4, 0, 4, "Low Male", 2, 0.5},   {"Input type", 4, 0, 4, "Bass Inst", 4, 1},
-    };
-    for (const auto& r : rows) {
-        SCOPED_TRACE(std::string(r.title) + " " + r.text);
-        ASSERT_TRUE(instance->find_parameter(r.title, info));
-        EXPECT_EQ(info.is_list(), r.steps > 0);
-        EXPECT_EQ(info.step_count, r.steps);
-        EXPECT_DOUBLE_EQ(info.plain_min(), r.low);
-        EXPECT_DOUBLE_EQ(info.plain_max(), r.high);
-        if (r.steps > 0) {
-            ASSERT_TRUE(instance->set_text(info.id, r.text));
-            EXPECT_EQ(instance->text(info.id), r.text);
-        } else {
-            EXPECT_TRUE(instance->set_plain(info.id, r.plain));
-        }
-        EXPECT_NEAR(instance->plain(info.id), r.plain, r.steps > 0 ? 1e-12 : 1e-9 * (r.high - r.low));
-        EXPECT_NEAR(instance->normalized_of(info.id, instance->plain(info.id)), instance->normalized(info.id), 1e-12);
-        if (r.normalized >= 0) {
-            EXPECT_NEAR(instance->normalized(info.id), r.normalized, 1e-12);
-        }
-    }
-    // A text the list does not hold changes nothing, before or after a block.
-    ASSERT_TRUE(instance->find_parameter("Vibrato Shape", info));
-    ASSERT_TRUE(instance->set_text(info.id, "Sine Wave"));
-    EXPECT_FALSE(instance->set_text(info.id, "Triangle"));
-    EXPECT_EQ(instance->text(info.id), "Sine Wave");
-    std::vector<std::vector<float>> out;
-    EXPECT_EQ(instance->process_all({std::vector<float>(64, 0.0f)}, out, 64), kResultOk);
-    EXPECT_EQ(instance->text(info.id), "Sine Wave");
-}
-
 TEST_F(HostInstance, TornDownFromAnyStage)
 {
     // Created, set up, active, mid-stream: each is undone in order, and the

@@ -128,6 +128,23 @@ inline Grid grid_at(const Image& image, int x, int top, int bottom)
     return grid;
 }
 
+// The whole pixels inside the plot's frame of a picture of that size.
+struct Area {
+    int left, right, top, bottom;
+    explicit Area(const Image& image)
+    {
+        const render::Plot_Area a = render::Pitch_Plot::area(image.width(), image.height());
+        left = int(std::ceil(a.left));
+        right = int(std::floor(a.left + a.width));
+        top = int(std::ceil(a.top));
+        bottom = int(std::floor(a.top + a.height));
+    }
+    std::pair<int, int> columns(const Image& image, render::Plot_Colour c) const
+    {
+        return columns_of(image, c, left, right, top, bottom);
+    }
+};
+
 // Whether the rectangle holds text: pixels much darker than any grid line.
 inline bool has_dark_pixels(const Image& image, int left, int right, int top, int bottom)
 {

@@ -56,23 +56,6 @@ struct Sound {
     std::vector<float> data;
 };
 
-// The whole pixels inside the plot's frame.
-struct Plot_Rect {
-    explicit Plot_Rect(const plot_image::Image& image)
-    {
-        const render::Plot_Area a = render::Pitch_Plot::area(image.width(), image.height());
-        left = int(std::ceil(a.left));
-        right = int(std::floor(a.left + a.width));
-        top = int(std::ceil(a.top));
-        bottom = int(std::floor(a.top + a.height));
-    }
-    std::pair<int, int> columns_of(const plot_image::Image& image, render::Plot_Colour colour) const
-    {
-        return plot_image::columns_of(image, colour, left, right, top, bottom);
-    }
-    int left, right, top, bottom;
-};
-
 } // namespace
 
 TEST(Render, OutputHasTheInputsLengthRateAndChannels)
@@ -145,10 +128,10 @@ TEST(Render, DemoPhraseWithoutInputAndItsPitchPlotAtTheSizeAsked)
     const plot_image::Image image = plot_image::Image::from_png(plot);
     ASSERT_EQ(image.width(), 480);
     ASSERT_EQ(image.height(), 240);
-    const Plot_Rect a(image);
+    const plot_image::Area a(image);
     for (const auto colour : {render::kInputColour, render::kOutputColour}) {
         EXPECT_GT(plot_image::count_of(image, colour, a.left, a.right, a.top, a.bottom), size_t(480 / 2));
-        const auto columns = a.columns_of(image, colour);
+        const auto columns = a.columns(image, colour);
         EXPECT_GT(columns.second - columns.first, (a.right - a.left) / 2);
     }
 }
@@ -305,7 +288,7 @@ TEST(Render, PitchPlotOfTheFirstChannelWithTheLatencyRemoved)
     const plot_image::Image image = plot_image::Image::from_png(plot);
     ASSERT_EQ(image.width(), 1200);
     ASSERT_EQ(image.height(), 600);
-    const Plot_Rect a(image);
+    const plot_image::Area a(image);
     const double seconds = double(a.right - a.left) / 3.0;
     const auto grid = plot_image::grid_at(image, a.left + int(0.5 * seconds), a.top, a.bottom);
     const int middle = a.left + int(1.5 * seconds);
@@ -318,8 +301,8 @@ TEST(Render, PitchPlotOfTheFirstChannelWithTheLatencyRemoved)
 
     // The output's curve spans the same second as the input's: the 2660
     // samples of latency (55 ms, some 20 pixels here) are taken off.
-    const auto in_cols = a.columns_of(image, render::kInputColour);
-    const auto out_cols = a.columns_of(image, render::kOutputColour);
+    const auto in_cols = a.columns(image, render::kInputColour);
+    const auto out_cols = a.columns(image, render::kOutputColour);
     ASSERT_GE(out_cols.first, 0);
     EXPECT_NEAR(in_cols.first - a.left, seconds, 5.0);
     EXPECT_NEAR(out_cols.first, in_cols.first, 5.0);

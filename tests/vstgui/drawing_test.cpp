@@ -53,17 +53,6 @@ SharedPointer<CBitmap> bandsBitmap(const char* name, int w, int bandHeight, cons
 
 } // namespace
 
-TEST(VstguiDrawing, OffscreenHasTheAskedSizeAndRefusesAnEmptyOne)
-{
-    auto c = owned(COffscreenContext::create(nullptr, 30, 20));
-    ASSERT_TRUE(c);
-    EXPECT_EQ(c->getWidth(), 30);
-    EXPECT_EQ(c->getHeight(), 20);
-    EXPECT_EQ(pixel(c, 5, 5).alpha, 0) << "a new picture is transparent";
-    EXPECT_EQ(COffscreenContext::create(nullptr, 0, 10), nullptr);
-    EXPECT_EQ(COffscreenContext::create(nullptr, 10, -1), nullptr);
-}
-
 TEST(VstguiDrawing, ShapesCoverExactlyTheirPixels)
 {
     auto c = whitePicture(40, 40);
@@ -81,63 +70,16 @@ TEST(VstguiDrawing, ShapesCoverExactlyTheirPixels)
     EXPECT_EQ(rowPattern(c, 13, 9, 16), ".#####.");
     EXPECT_EQ(rowPattern(c, 14, 9, 16), ".......");
 
-    // One-pixel lines lie on one row or column; moveTo and lineTo draw the
-    // same as drawLine.
+    // A one-pixel line lies on one row.
     c->drawLine(CPoint(2, 20), CPoint(12, 20));
     EXPECT_EQ(rowPattern(c, 19, 0, 14) + rowPattern(c, 21, 0, 14), std::string(28, '.'));
     EXPECT_EQ(rowPattern(c, 20, 0, 14), "..##########..");
-    c->drawLines({{CPoint(25, 0), CPoint(25, 4)}, {CPoint(27, 0), CPoint(27, 4)}});
-    EXPECT_EQ(rowPattern(c, 2, 24, 29), ".#.#.");
-    c->moveTo(CPoint(0, 25));
-    c->lineTo(CPoint(4, 25));
-    EXPECT_EQ(rowPattern(c, 25, 0, 6), "####..");
-    EXPECT_EQ(c->getPenPosition(), CPoint(4, 25));
 
-    auto d = whitePicture(40, 40);
-    d->setFillColor(kGreenCColor);
-    d->drawPolygon({CPoint(0, 0), CPoint(20, 0), CPoint(0, 20)}, kDrawFilled);
-    d->setFillColor(kBlueCColor);
-    d->drawEllipse(CRect(20, 20, 40, 40), kDrawFilled);
-    // (21, 21) is a corner of the ellipse's box, outside the ellipse.
-    expectPixels(d.get(), {{2, 2, kGreenCColor}, {18, 18, kWhiteCColor}, {30, 30, kBlueCColor}, {21, 21, kWhiteCColor}});
-}
-
-TEST(VstguiDrawing, ClipAndTransformLimitAndMoveDrawingAndComeBackWithTheState)
-{
-    auto c = whitePicture(20, 20);
-    CRect clip;
-    c->saveGlobalState();
-    c->setClipRect(CRect(5, 5, 10, 10));
-    EXPECT_EQ(c->getClipRect(clip), CRect(5, 5, 10, 10));
-    c->setFillColor(kRedCColor);
-    c->drawRect(CRect(0, 0, 20, 20), kDrawFilled);
-    c->restoreGlobalState();
-    expectPixels(c.get(), {{5, 5, kRedCColor}, {9, 9, kRedCColor}, {10, 9, kWhiteCColor}, {4, 5, kWhiteCColor}});
-    EXPECT_EQ(c->getClipRect(clip), CRect(0, 0, 20, 20));
-    EXPECT_EQ(c->getFillColor(), kWhiteCColor) << "the state came back";
-    c->setClipRect(CRect(-10, -10, 100, 100));
-    EXPECT_EQ(c->getClipRect(clip), CRect(0, 0, 20, 20)) << "a clip beyond the surface is limited to it";
-
-    auto t = whitePicture(30, 30);
-    {
-        CDrawContext::Transform scope(*t, CGraphicsTransform().translate(10, 20));
-        t->setClipRect(CRect(0, 0, 5, 5));
-        EXPECT_EQ(t->getClipRect(clip), CRect(0, 0, 5, 5)) << "the clip reads back in local coordinates";
-        t->setFillColor(kRedCColor);
-        t->drawRect(CRect(0, 0, 10, 10), kDrawFilled);
-    }
-    // Clipped at local x 5.
-    expectPixels(t.get(), {{10, 20, kRedCColor}, {14, 24, kRedCColor}, {15, 24, kWhiteCColor}, {9, 20, kWhiteCColor}});
-    EXPECT_EQ(t->getCurrentTransform().dx, 0) << "the transform ended with its scope";
-
-    // Black at half opacity over white: 255 * (1 - 0.5).
-    auto a = whitePicture(10, 10);
-    a->setGlobalAlpha(0.5f);
-    a->setFillColor(kBlackCColor);
-    a->drawRect(CRect(0, 0, 10, 10), kDrawFilled);
-    EXPECT_TRUE(near(pixel(a, 3, 3), CColor(128, 128, 128, 255))) << str(pixel(a, 3, 3));
-    a->setGlobalAlpha(3.f);
-    EXPECT_EQ(a->getGlobalAlpha(), 1.f);
+    // The option menu's check mark. (21, 21) is a corner of the box, outside
+    // the ellipse.
+    c->setFillColor(kBlueCColor);
+    c->drawEllipse(CRect(20, 20, 40, 40), kDrawFilled);
+    expectPixels(c.get(), {{30, 30, kBlueCColor}, {21, 21, kWhiteCColor}});
 }
 
 TEST(VstguiDrawing, TextIsDrawnInsideItsRectangleInTheFontColourAndAligned)
@@ -172,21 +114,13 @@ TEST(VstguiDrawing, TextIsDrawnInsideItsRectangleInTheFontColourAndAligned)
     const Ink right = drawText(kRightText, kBlackCColor, true);
     EXPECT_LE(right.last, 109);
     EXPECT_GT(right.last, 100);
-
-    auto c = whitePicture(10, 10);
-    c->setFont(kNormalFont, 14);
-    EXPECT_EQ(c->getFont()->getSize(), 14);
     EXPECT_EQ(kNormalFont->getSize(), 12) << "the standard font is unchanged";
-    EXPECT_GT(c->getStringWidth("WWWW"), c->getStringWidth("iiii"));
-    EXPECT_NEAR(c->getStringWidth("abab"), 2 * c->getStringWidth("ab"), 1.0);
-    EXPECT_EQ(c->getStringWidth(""), 0);
 }
 
-TEST(VstguiDrawing, BitmapsLoadFromPNGResourcesByNameAndNumber)
+TEST(VstguiDrawing, BitmapsLoadFromPNGResourcesByName)
 {
     const std::string dir = vstgui_test::scratchDir();
     vstgui_test::writeBandsPNG(dir + "/bands.png", 8, 4, {{255, 0, 0, 255}, {0, 0, 255, 255}, {0, 255, 0, 128}});
-    vstgui_test::writeBandsPNG(dir + "/bmp00042.png", 3, 3, {{10, 20, 30, 255}});
     vstgui_test::writeText(dir + "/broken.png", "not a picture");
     setResourceDirectory(dir.c_str());
 
@@ -195,8 +129,6 @@ TEST(VstguiDrawing, BitmapsLoadFromPNGResourcesByNameAndNumber)
     EXPECT_EQ(bands->getSize(), CPoint(8, 12));
     expectPixels(bands.get(), {{0, 0, CColor(255, 0, 0, 255)}, {7, 4, CColor(0, 0, 255, 255)}});
     EXPECT_TRUE(near(pixel(bands, 3, 9), CColor(0, 255, 0, 128)));
-    auto numbered = owned(new CBitmap(CResourceDescription(42)));
-    EXPECT_EQ(pixel(numbered, 1, 1), CColor(10, 20, 30, 255));
     EXPECT_TRUE(owned(new CBitmap(CResourceDescription((dir + "/bands.png").c_str())))->isLoaded()) << "absolute";
 
     for (const char* bad : {"missing.png", "broken.png", ""}) {
@@ -226,48 +158,16 @@ TEST(VstguiDrawing, BitmapDrawCopiesThePartAtTheOffsetIntoTheRectangleOnly)
     EXPECT_TRUE(near(pixel(c, 1, 16), CColor(255, 128, 128, 255))) << str(pixel(c, 1, 16));
 }
 
-TEST(VstguiDrawing, OffscreenCopyReplacesPixelsOfTheDestination)
+// Writing PNG files is checked through the editor's snapshots, against the
+// bundle's pictures read by cairo.
+TEST(VstguiDrawing, OffscreenPicturesHaveTheAskedSizeAndPixelAccessWritesStraightColours)
 {
-    auto source = owned(COffscreenContext::create(nullptr, 10, 10));
-    source->beginDraw();
-    source->setFillColor(kRedCColor);
-    source->drawRect(CRect(0, 0, 5, 10), kDrawFilled); // the right half stays transparent
-    source->endDraw();
-
-    auto whole = whitePicture(10, 10);
-    source->copyFrom(whole, CRect(0, 0, 10, 10));
-    EXPECT_EQ(pixel(whole, 2, 2), kRedCColor);
-    EXPECT_EQ(pixel(whole, 7, 2).alpha, 0) << "a copy replaces, it does not blend";
-
-    auto part = whitePicture(10, 10);
-    source->copyFrom(part, CRect(6, 6, 8, 8), CPoint(3, 0));
-    expectPixels(part.get(), {{6, 6, kRedCColor}, {7, 7, kRedCColor}, {5, 6, kWhiteCColor}, {8, 8, kWhiteCColor}});
-
-    // Copying a picture onto itself moves its content.
-    auto self = whitePicture(10, 10);
-    self->setFillColor(kBlueCColor);
-    self->drawRect(CRect(4, 0, 6, 10), kDrawFilled);
-    self->copyFrom(self, CRect(0, 0, 8, 10), CPoint(2, 0));
-    expectPixels(self.get(), {{2, 5, kBlueCColor}, {3, 5, kBlueCColor}, {1, 5, kWhiteCColor}});
-}
-
-TEST(VstguiDrawing, BitmapsWriteAndReadBackAsPNGAndPixelAccessWritesStraightColours)
-{
-    const std::string dir = vstgui_test::scratchDir();
-    auto c = whitePicture(7, 5);
-    c->setFillColor(CColor(12, 34, 56, 255));
-    c->drawRect(CRect(1, 1, 3, 3), kDrawFilled);
-    c->endDraw();
-    const std::string path = dir + "/written.png";
-    ASSERT_TRUE(c->getBitmap()->writePNG(path.c_str()));
-    auto back = owned(new CBitmap(CResourceDescription(path.c_str())));
-    ASSERT_TRUE(back->isLoaded());
-    EXPECT_EQ(back->getSize(), CPoint(7, 5));
-    expectPixels(back.get(), {{2, 2, CColor(12, 34, 56, 255)}, {4, 4, kWhiteCColor}});
-
-    EXPECT_FALSE(c->getBitmap()->writePNG((dir + "/no/such/folder/x.png").c_str()));
-    EXPECT_NE(::access((dir + "/no/such/folder/x.png.part").c_str(), F_OK), 0);
-    EXPECT_FALSE(owned(new CBitmap(CResourceDescription("missing.png")))->writePNG((dir + "/empty.png").c_str()));
+    auto c = owned(COffscreenContext::create(nullptr, 30, 20));
+    ASSERT_TRUE(c);
+    EXPECT_EQ(c->getBitmap()->getSize(), CPoint(30, 20));
+    EXPECT_EQ(pixel(c, 5, 5).alpha, 0) << "a new picture is transparent";
+    EXPECT_EQ(COffscreenContext::create(nullptr, 0, 10), nullptr);
+    EXPECT_EQ(COffscreenContext::create(nullptr, 10, -1), nullptr);
 
     auto bitmap = owned(new CBitmap(4, 4));
     auto* access = CBitmapPixelAccess::create(bitmap);

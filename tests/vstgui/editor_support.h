@@ -60,12 +60,6 @@ public:
         delegateCalls.push_back(std::string("createCustomView ") + name);
         return nullptr;
     }
-    VSTGUI::COptionMenu* createContextMenu(const VSTGUI::CPoint&, VSTGUI::VST3Editor*) override
-    {
-        auto* menu = new VSTGUI::COptionMenu();
-        menu->addEntry("Context");
-        return menu;
-    }
 };
 
 // The panel of the editor tests: the Gain knob, the Mode switch and menu
@@ -92,9 +86,6 @@ inline const char* editorDescription()
     <view class="COnOffButton" origin="10, 60" size="20, 20" control-tag="Private" bitmap="button"/>
     <view class="CKickButton" origin="40, 60" size="20, 20" control-tag="99" bitmap="button"/>
     <view class="CView" custom-view-name="Nothing" origin="0, 0" size="1, 1"/>
-  </template>
-  <template name="Other" class="CViewContainer" size="320, 220">
-    <view class="CKnob" origin="0, 0" size="40, 40" control-tag="Gain"/>
   </template>
 </vstgui-ui-description>
 )";

@@ -25,7 +25,6 @@ struct SolidView : CView {
         : CView(r), colour(c), log(log), name(name), downResult(downResult) {}
     void draw(CDrawContext* context) override
     {
-        ++draws;
         context->setFillColor(colour);
         context->drawRect(size, kDrawFilled);
         setDirty(false);
@@ -49,7 +48,6 @@ struct SolidView : CView {
     CMouseEventResult record(const char* what, const CPoint& p) { return record(what, &p); }
 
     CColor colour;
-    int draws = 0;
     Log* log;
     std::string name;
     CMouseEventResult downResult;
@@ -65,36 +63,31 @@ void press(CFrame* frame, CPoint p, bool release = true)
 
 } // namespace
 
-TEST(VstguiViews, ContainersDrawChildrenInTheirOwnCoordinatesInOrderWhereTheUpdateRectangleReaches)
+// How the panel's containers draw their views in order, offset and hidden
+// is checked through the built module's panel; these are what it does not
+// show.
+TEST(VstguiViews, TransparentContainersDrawNoBackgroundAndThePressedViewGetsTheReleaseInItsContainersCoordinates)
 {
+    Log log;
     auto frame = makeFrame(60, 60);
     frame->setBackgroundColor(kWhiteCColor);
     auto* box = new CViewContainer(CRect(10, 10, 50, 50));
     box->setBackgroundColor(kBlackCColor);
-    frame->addView(box);
-    box->addView(new SolidView(CRect(5, 5, 15, 15), kRedCColor));
-    box->addView(new SolidView(CRect(10, 10, 20, 20), kBlueCColor)); // later, drawn over the first
-
-    auto picture = owned(frame->createSnapshot());
-    for (const auto& [x, y, colour] : {std::tuple{5, 5, kWhiteCColor}, {12, 12, kBlackCColor}, {15, 15, kRedCColor},
-                                       {22, 22, kBlueCColor}, {29, 29, kBlueCColor}, {30, 30, kBlackCColor}})
-        EXPECT_EQ(pixel(picture, x, y), colour) << x << "," << y;
-    auto* red = static_cast<SolidView*>(box->getView(0));
-    auto* blue = static_cast<SolidView*>(box->getView(1));
-    EXPECT_EQ(red->draws + blue->draws, 2);
-    auto context = owned(COffscreenContext::create(nullptr, 60, 60));
-    frame->drawRect(context, CRect(26, 26, 29, 29));
-    EXPECT_EQ(red->draws, 1) << "a view outside the update rectangle is not drawn";
-    EXPECT_EQ(blue->draws, 2);
-    EXPECT_EQ(pixel(context, 27, 27), kBlueCColor);
-    EXPECT_EQ(pixel(context, 25, 27).alpha, 0) << "outside the update rectangle nothing changes";
-
-    blue->setVisible(false);
     box->setTransparency(true);
-    red->setAlphaValue(0.5f);
-    picture = owned(frame->createSnapshot());
-    EXPECT_EQ(pixel(picture, 12, 12), kWhiteCColor) << "a transparent container draws no background";
-    EXPECT_TRUE(vstgui_test::near(pixel(picture, 22, 22), CColor(255, 128, 128, 255))) << "half red, blue hidden";
+    frame->addView(box);
+    box->addView(new SolidView(CRect(5, 5, 15, 15), kRedCColor, &log, "a"));
+    box->addView(new SolidView(CRect(10, 10, 20, 20), kBlueCColor)); // later, drawn over the first
+    auto picture = owned(frame->createSnapshot());
+    for (const auto& [x, y, colour] : {std::tuple{12, 12, kWhiteCColor}, {16, 16, kRedCColor}, {22, 22, kBlueCColor}})
+        EXPECT_EQ(pixel(picture, x, y), colour) << x << "," << y;
+
+    // Away from the view, the moves and the release still reach it, as
+    // points of its container, whose view sizes are in the same coordinates.
+    press(frame, CPoint(16, 16), false);
+    CPoint p(55, 55);
+    frame->platformOnMouseMoved(p, kLButton);
+    frame->platformOnMouseUp(p, kLButton);
+    EXPECT_EQ(log, (Log{"a down 6,6", "a moved 45,45", "a up 45,45"}));
 }
 
 TEST(VstguiViews, InvalidRectanglesAndCoordinatesConvertToTheFrame)
@@ -135,41 +128,6 @@ TEST(VstguiViews, InvalidRectanglesAndCoordinatesConvertToTheFrame)
     EXPECT_EQ(frame->getDirtyRects().size(), 16u);
     frame->invalidRect(CRect(80, 0, 82, 2));
     EXPECT_EQ(frame->getDirtyRects(), (std::vector<CRect>{CRect(0, 0, 82, 2)}));
-}
-
-TEST(VstguiViews, MouseEventsReachTheRightViewInItsOwnCoordinates)
-{
-    Log log;
-    auto frame = makeFrame(100, 100);
-    auto* box = new CViewContainer(CRect(10, 10, 90, 90));
-    box->addView(new SolidView(CRect(0, 0, 20, 20), kRedCColor, &log, "a"));
-    box->addView(new SolidView(CRect(40, 40, 60, 60), kBlueCColor, &log, "b"));
-    frame->addView(box);
-
-    // The pressed view gets the moves and the release, even over another.
-    press(frame, CPoint(15, 15), false);
-    CPoint p(65, 65);
-    frame->platformOnMouseMoved(p, kLButton);
-    frame->platformOnMouseUp(p, kLButton);
-    EXPECT_EQ(log, (Log{"a down 5,5", "a moved 55,55", "a up 55,55", "b entered 55,55"}));
-
-    log.clear();
-    p = CPoint(35, 15); // on the box but on no child: nobody takes it
-    EXPECT_EQ(frame->platformOnMouseDown(p, kLButton), kMouseEventNotHandled);
-    frame->platformOnMouseUp(p, kLButton);
-    p = CPoint(22, 22);
-    frame->platformOnMouseMoved(p, 0);
-    frame->platformOnMouseMoved(p, 0);
-    frame->platformOnMouseExited(p, 0);
-    EXPECT_EQ(log, (Log{"b exited 25,5", "a entered 12,12", "a moved 12,12", "a moved 12,12", "a exited 12,12"}));
-
-    log.clear();
-    EXPECT_TRUE(frame->platformOnMouseWheel(CPoint(15, 15), kMouseWheelAxisY, 1.f, 0));
-    EXPECT_TRUE(frame->platformOnMouseWheel(CPoint(15, 15), kMouseWheelAxisY, -1.f, 0));
-    EXPECT_FALSE(frame->platformOnMouseWheel(CPoint(15, 15), kMouseWheelAxisX, 1.f, 0))
-        << "a view without a horizontal wheel handler refuses it";
-    EXPECT_FALSE(frame->platformOnMouseWheel(CPoint(5, 5), kMouseWheelAxisY, 1.f, 0));
-    EXPECT_EQ(log, (Log{"a wheel+ 5,5", "a wheel- 5,5"}));
 }
 
 TEST(VstguiViews, OpaqueViewsKeepPressesFromViewsBelowAndTransparentOnesPassThem)

@@ -1,16 +1,24 @@
 #pragma once
 
 // Helpers of the library's tests: files in a scratch folder, pictures
-// written with cairo directly (not through the library), and pixel reads.
+// written with cairo directly (not through the library), pixel reads, a
+// frame without a window, a log of a control's edits and descriptions made
+// from text.
 
 #include "vstgui/lib/cbitmap.h"
+#include "vstgui/lib/cframe.h"
 #include "vstgui/lib/coffscreencontext.h"
+#include "vstgui/lib/controls/ccontrol.h"
+#include "vstgui/uidescription/uidescription.h"
+#include "vstgui/uidescription/uiviewfactory.h"
 
 #include <cairo.h>
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <fstream>
 #include <string>
+#include <utility>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -81,6 +89,88 @@ inline bool near(const VSTGUI::CColor& a, const VSTGUI::CColor& b, int tolerance
     auto d = [](int x, int y) { return x > y ? x - y : y - x; };
     return d(a.red, b.red) <= tolerance && d(a.green, b.green) <= tolerance && d(a.blue, b.blue) <= tolerance &&
            d(a.alpha, b.alpha) <= tolerance;
+}
+
+// Hears a control as its listener and, once added, as its dependent:
+// " begin", each value sent, " end", and the messages " ~begin", " ~value",
+// " ~end", in the order they come.
+struct EditLog : VSTGUI::IControlListener, VSTGUI::CBaseObject {
+    std::string log;
+    void valueChanged(VSTGUI::CControl* c) override
+    {
+        char text[32];
+        std::snprintf(text, sizeof text, " %g", double(c->getValue()));
+        log += text;
+    }
+    void controlBeginEdit(VSTGUI::CControl*) override { log += " begin"; }
+    void controlEndEdit(VSTGUI::CControl*) override { log += " end"; }
+    // Messages are told apart by the identity of the constants.
+    VSTGUI::CMessageResult notify(VSTGUI::CBaseObject*, VSTGUI::IdStringPtr message) override
+    {
+        using VSTGUI::CControl;
+        log += message == CControl::kMessageValueChanged ? " ~value"
+               : message == CControl::kMessageBeginEdit  ? " ~begin"
+               : message == CControl::kMessageEndEdit    ? " ~end"
+                                                         : " ~?";
+        return VSTGUI::kMessageNotified;
+    }
+    // The log so far, cleared.
+    std::string take() { return std::exchange(log, ""); }
+};
+
+// A 200 x 200 frame without a window that takes events as its window sends
+// them; its editor asks knobs for `knobMode`, -1 for their own.
+struct FrameTest : ::testing::Test, VSTGUI::VSTGUIEditorInterface {
+    int32_t knobMode = -1;
+    int32_t getKnobMode() const override { return knobMode; }
+    EditLog edits; // outlives the frame and its views
+    VSTGUI::SharedPointer<VSTGUI::CFrame> frame = VSTGUI::owned(new VSTGUI::CFrame(VSTGUI::CRect(0, 0, 200, 200), this));
+
+    VSTGUI::CMouseEventResult down(VSTGUI::CPoint p, int32_t buttons = VSTGUI::kLButton)
+    {
+        return frame->platformOnMouseDown(p, buttons);
+    }
+    void move(VSTGUI::CPoint p, int32_t buttons = VSTGUI::kLButton) { frame->platformOnMouseMoved(p, buttons); }
+    void up(VSTGUI::CPoint p, int32_t buttons = VSTGUI::kLButton) { frame->platformOnMouseUp(p, buttons); }
+    void click(VSTGUI::CPoint p, int32_t buttons = VSTGUI::kLButton)
+    {
+        down(p, buttons);
+        up(p, buttons);
+    }
+};
+
+// The test's scratch folder as the resource folder while the object lives.
+struct ResourceFolder {
+    std::string dir = scratchDir();
+    ResourceFolder() { VSTGUI::setResourceDirectory(dir.c_str()); }
+    ~ResourceFolder() { VSTGUI::setResourceDirectory(nullptr); }
+    // A PNG of one flat colour, or of bands as writeBandsPNG draws them.
+    void png(const std::string& name, int width, int bandHeight, const std::vector<Rgba>& bands)
+    {
+        writeBandsPNG(dir + "/" + name, width, bandHeight, bands);
+    }
+    // The description of `xml`, written into the folder and read back.
+    VSTGUI::SharedPointer<VSTGUI::UIDescription> describe(const std::string& xml, const std::string& file = "test.uidesc")
+    {
+        writeText(dir + "/" + file, xml);
+        auto description = VSTGUI::owned(new VSTGUI::UIDescription(VSTGUI::CResourceDescription(file.c_str())));
+        EXPECT_TRUE(description->parse()) << description->getLastError();
+        return description;
+    }
+};
+
+// Attributes from names and values, and the view a factory makes of them.
+inline VSTGUI::UIAttributes attributesOf(const std::vector<std::pair<const char*, const char*>>& list)
+{
+    VSTGUI::UIAttributes attributes;
+    for (const auto& [name, value] : list) attributes.setAttribute(name, value);
+    return attributes;
+}
+
+template <class View>
+VSTGUI::SharedPointer<View> made(const VSTGUI::UIAttributes& attributes, const VSTGUI::IUIDescription* description)
+{
+    return VSTGUI::owned(dynamic_cast<View*>(VSTGUI::UIViewFactory().createView(attributes, description)));
 }
 
 } // namespace vstgui_test

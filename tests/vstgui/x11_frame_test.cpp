@@ -5,24 +5,16 @@
 #include "editor_support.h"
 #include "support/virtual_display.h"
 
-#include "vstgui/lib/controls/cknob.h"
-#include "vstgui/lib/controls/cswitch.h"
-
 #include <X11/Xlib.h>
-#include <X11/Xutil.h>
 #include <X11/extensions/XTest.h>
 #include <X11/keysym.h>
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <csignal>
 #include <functional>
-#include <sys/wait.h>
-#include <unistd.h>
 
 using namespace VSTGUI;
 using namespace vstgui_test;
-using Steinberg::ViewRect;
 using test_x11::haveXvfb;
 using test_x11::VirtualDisplay;
 
@@ -53,25 +45,19 @@ public:
     Steinberg::uint32 PLUGIN_API release() override { return 1; }
 };
 
-struct KeyRecorder : IKeyboardHook {
-    std::vector<std::string> keys;
-    int32_t onKeyDown(const VstKeyCode& code, CFrame*) override
+// Writes down the keys and the presses of the mouse the frame sees.
+struct InputRecorder : IKeyboardHook, IMouseObserver {
+    std::vector<std::string> seen;
+    int32_t onKeyDown(const VstKeyCode& code, CFrame*) override { return record("down", code); }
+    int32_t onKeyUp(const VstKeyCode& code, CFrame*) override { return record("up", code); }
+    int32_t record(const char* what, const VstKeyCode& code)
     {
-        keys.push_back(std::string("down ") + char(code.character));
+        seen.push_back(std::string(what) + " " + char(code.character));
         return 1;
     }
-    int32_t onKeyUp(const VstKeyCode& code, CFrame*) override
-    {
-        keys.push_back(std::string("up ") + char(code.character));
-        return 1;
-    }
-};
-
-struct PressRecorder : IMouseObserver {
-    std::vector<int32_t> presses;
     CMouseEventResult onMouseDown(CFrame*, const CPoint&, const CButtonState& buttons) override
     {
-        presses.push_back(buttons);
+        seen.push_back("press " + std::to_string(int32_t(buttons)));
         return kMouseEventNotHandled;
     }
 };
@@ -142,25 +128,6 @@ protected:
         XFlush(display);
     }
 
-    // The colour the screen shows at a point of the parent window.
-    unsigned long screenPixel(int x, int y)
-    {
-        XImage* image = XGetImage(display, parent, x, y, 1, 1, AllPlanes, ZPixmap);
-        if (!image) return 0xdeadbeef;
-        const unsigned long p = XGetPixel(image, 0, 0) & 0xffffff;
-        XDestroyImage(image);
-        return p;
-    }
-
-    unsigned childCount()
-    {
-        Window root, parentOfParent, *children = nullptr;
-        unsigned count = 0;
-        XQueryTree(display, parent, &root, &parentOfParent, &children, &count);
-        if (children) XFree(children);
-        return count;
-    }
-
     static VirtualDisplay* server;
     Display* display = nullptr;
     Window parent = 0;
@@ -173,34 +140,13 @@ VirtualDisplay* VstguiX11Editor::server = nullptr;
 
 } // namespace
 
-TEST_F(VstguiX11Editor, EmbedsIntoTheHostWindowAndDrawsThePanel)
-{
-    ASSERT_TRUE(attach()) << editor->getLastError();
-    EXPECT_EQ(Steinberg::Timer::getRunLoop(), &Steinberg::FallbackRunLoop::instance())
-        << "the host's run loop is taken from its plug-in frame";
-    const Window child = editor->getFrame()->getPlatformWindow();
-    ASSERT_NE(child, 0u);
-    EXPECT_EQ(childCount(), 1u);
-    // The switch at Off shows grey 60; the template's background is #202020.
-    EXPECT_TRUE(pumpUntil([&] { return screenPixel(70, 20) == 0x3c3c3c; })) << std::hex << screenPixel(70, 20);
-    EXPECT_EQ(screenPixel(290, 190), 0x202020u);
-
-    // A change from the host is drawn at the next update.
-    controller->setParamNormalized(TestController::kMode, 0.5);
-    EXPECT_TRUE(pumpUntil([&] { return screenPixel(70, 20) == 0x787878; })) << std::hex << screenPixel(70, 20);
-}
-
-TEST_F(VstguiX11Editor, ClicksEditTheParameterAndTheHostHearsTheGesture)
+// Embedding, drawing, clicks and closing are also checked with the built
+// module's editor under Xvfb; these cases are what it does not send.
+TEST_F(VstguiX11Editor, TheWheelStepsTheKnobUnderThePointer)
 {
     ASSERT_TRUE(attach());
     pump(50);
-    clickAt(130, 20);
-    ASSERT_TRUE(pumpUntil([&] { return controller->handler.calls.size() >= 3; }));
-    EXPECT_EQ(controller->handler.calls, (std::vector<std::string>{"begin 12", "perform 12 1.0000", "end 12"}));
-    EXPECT_TRUE(pumpUntil([&] { return screenPixel(70, 20) == 0xb4b4b4; })) << std::hex << screenPixel(70, 20);
-
-    // The wheel over the knob: one step up is a tenth of the range.
-    controller->handler.calls.clear();
+    // Button 4 is the wheel up: one step is a tenth of the range.
     clickAt(30, 30, 4);
     ASSERT_TRUE(pumpUntil([&] { return controller->handler.calls.size() >= 3; }));
     EXPECT_EQ(controller->handler.calls, (std::vector<std::string>{"begin 3", "perform 3 0.6000", "end 3"}));
@@ -209,63 +155,41 @@ TEST_F(VstguiX11Editor, ClicksEditTheParameterAndTheHostHearsTheGesture)
 TEST_F(VstguiX11Editor, KeysReachTheKeyboardHookAndDoubleClicksAreMarked)
 {
     ASSERT_TRUE(attach());
-    KeyRecorder keys;
-    PressRecorder presses;
-    editor->getFrame()->registerKeyboardHook(&keys);
-    editor->getFrame()->registerMouseObserver(&presses);
+    InputRecorder input;
+    editor->getFrame()->registerKeyboardHook(&input);
+    editor->getFrame()->registerMouseObserver(&input);
     pump(50);
     clickAt(290, 190);
     clickAt(290, 190);
-    ASSERT_TRUE(pumpUntil([&] { return presses.presses.size() >= 2; }));
-    EXPECT_EQ(presses.presses[0], kLButton);
-    EXPECT_EQ(presses.presses[1], kLButton | kDoubleClick);
-
     const KeyCode a = XKeysymToKeycode(display, XK_a);
     XTestFakeKeyEvent(display, a, True, 0);
     XTestFakeKeyEvent(display, a, False, 0);
     XFlush(display);
-    ASSERT_TRUE(pumpUntil([&] { return keys.keys.size() >= 2; }));
-    EXPECT_EQ(keys.keys, (std::vector<std::string>{"down a", "up a"}));
-    editor->getFrame()->unregisterKeyboardHook(&keys);
-    editor->getFrame()->unregisterMouseObserver(&presses);
+    ASSERT_TRUE(pumpUntil([&] { return input.seen.size() >= 4; }));
+    const std::string once = "press " + std::to_string(kLButton);
+    const std::string twice = "press " + std::to_string(kLButton | kDoubleClick);
+    EXPECT_EQ(input.seen, (std::vector<std::string>{once, twice, "down a", "up a"}));
+    editor->getFrame()->unregisterKeyboardHook(&input);
+    editor->getFrame()->unregisterMouseObserver(&input);
 }
 
-TEST_F(VstguiX11Editor, ResizesCursorsAndCloseAndReopenWithoutLeftovers)
+TEST_F(VstguiX11Editor, ResizesAskedByTheEditorReachTheHostAndTheCursorIsKept)
 {
-    const auto handlersBefore = Steinberg::FallbackRunLoop::instance().handlerCount();
-    const auto timersBefore = Steinberg::FallbackRunLoop::instance().timerCount();
-    for (int round = 0; round < 2; ++round) {
-        ASSERT_TRUE(attach()) << round;
-        EXPECT_EQ(Steinberg::FallbackRunLoop::instance().handlerCount(), handlersBefore + 1);
-        pump(30);
+    ASSERT_TRUE(attach());
+    pump(30);
+    EXPECT_TRUE(editor->requestResize(CPoint(450, 260)));
+    EXPECT_EQ(host.resizes.back(), std::make_pair(450, 260));
+    XSync(display, False);
+    ASSERT_TRUE(pumpUntil([&] {
+        XWindowAttributes a;
+        XGetWindowAttributes(display, editor->getFrame()->getPlatformWindow(), &a);
+        return a.width == 450 && a.height == 260;
+    }));
 
-        EXPECT_TRUE(editor->requestResize(CPoint(450, 260)));
-        EXPECT_EQ(host.resizes.back(), std::make_pair(450, 260));
-        XSync(display, False);
-        ASSERT_TRUE(pumpUntil([&] {
-            XWindowAttributes a;
-            XGetWindowAttributes(display, editor->getFrame()->getPlatformWindow(), &a);
-            return a.width == 450 && a.height == 260;
-        }));
-
-        CFrame* frame = editor->getFrame();
-        frame->setCursor(kCursorHand);
-        auto cursor = VSTGUI::owned(new CBitmap(CResourceDescription("button.png")));
-        frame->setCustomCursor(cursor, CPoint(3, 3));
-        EXPECT_EQ(frame->getCustomCursor(), cursor.get());
-        frame->setCustomCursor(nullptr, CPoint());
-        EXPECT_EQ(frame->getCursor(), kCursorHand);
-        pump(30);
-
-        EXPECT_EQ(editor->removed(), Steinberg::kResultTrue);
-        XSync(display, False);
-        EXPECT_EQ(childCount(), 0u) << "the frame's window is gone";
-        EXPECT_EQ(Steinberg::FallbackRunLoop::instance().handlerCount(), handlersBefore);
-        EXPECT_EQ(Steinberg::FallbackRunLoop::instance().timerCount(), timersBefore);
-        ViewRect r(0, 0, 300, 200);
-        editor->onSize(&r);
-    }
-    EXPECT_EQ(controller->delegateCalls.back(), "willClose");
+    editor->getFrame()->setCursor(kCursorHand);
+    EXPECT_EQ(editor->getFrame()->getCursor(), kCursorHand);
+    pump(30);
+    EXPECT_EQ(editor->removed(), Steinberg::kResultTrue);
 }
 
 TEST_F(VstguiX11Editor, AParentThatDoesNotExistIsRefused)
