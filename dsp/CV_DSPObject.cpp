@@ -30,6 +30,8 @@ void CV_DSPObject::reset() noexcept
 void CV_DSPObject::set_sample_rate(double rate) noexcept
 {
     configure_rate(rate);
+    // Unserved: process copies, and the stages keep the rate they had.
+    if (get_sample_rate() == 0.0) return;
     const double sr = engine_rate();
     period_scale = double(decimationFactor);
     shifter.set_rate(sr);
@@ -178,13 +180,13 @@ void CV_DSPObject::process_block(const float* const* in, float* const* out, int6
         double primary;
         double secondary;
         if (two_channels && reference_channel != 0) {
-            primary = second_in[i];
-            secondary = in[0][i];
+            primary = taken_input(second_in[i]);
+            secondary = taken_input(in[0][i]);
         } else if (two_channels) {
-            primary = in[0][i];
-            secondary = second_in[i];
+            primary = taken_input(in[0][i]);
+            secondary = taken_input(second_in[i]);
         } else {
-            primary = in[0][i];
+            primary = taken_input(in[0][i]);
             secondary = 0.0;
         }
 

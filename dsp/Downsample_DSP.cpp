@@ -127,12 +127,13 @@ int64_t Downsample_DSP::decimation_for_rate(double host_rate)
 {
     if (host_rate <= 50000.0) return 1;
     if (host_rate <= 100000.0) return 2;
-    return 4;
+    if (host_rate <= 200000.0) return 4;
+    return 8;
 }
 
 void Downsample_DSP::configure_rate(double host_rate) noexcept
 {
-    sample_rate = host_rate > 0.0 ? host_rate : 0.0;
+    sample_rate = serves_rate(host_rate) ? host_rate : 0.0;
     decimationFactor = decimation_for_rate(sample_rate);
     if (decimationFactor == 1) {
         section_count = 0;
@@ -195,6 +196,7 @@ void Downsample_DSP::process(const float* const* in, float* const* out, int64_t 
     }
     if (decimationFactor == 1) {
         process_block(in, out, frames);
+        silence_if_broken(out, frames);
         return;
     }
 
@@ -206,7 +208,7 @@ void Downsample_DSP::process(const float* const* in, float* const* out, int64_t 
     for (int c = 0; c < in_channels; ++c) {
         float* a = work_a[c];
         const float* source = in[c];
-        for (int64_t i = 0; i < frames; ++i) a[i] = float(source[i] + noise.denormal_noise());
+        for (int64_t i = 0; i < frames; ++i) a[i] = float(taken_input(source[i]) + noise.denormal_noise());
         float* from = a;
         float* to = work_b[c];
         for (int s = 0; s < section_count; ++s) {
@@ -248,4 +250,17 @@ void Downsample_DSP::process(const float* const* in, float* const* out, int64_t 
     }
 
     phase = (start_phase + frames) % decimationFactor;
+    silence_if_broken(out, frames);
+}
+
+void Downsample_DSP::silence_if_broken(float* const* out, int64_t frames) noexcept
+{
+    const int out_channels = stereo_out ? 2 : 1;
+    bool finite = true;
+    for (int c = 0; c < out_channels; ++c) {
+        for (int64_t i = 0; i < frames; ++i) finite &= std::isfinite(out[c][i]);
+    }
+    if (finite) return;
+    for (int c = 0; c < out_channels; ++c) std::fill(out[c], out[c] + frames, 0.0f);
+    reset();
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cmath>
 #include <cstdint>
 
 #include "dsp/Noise_Generator.h"
@@ -27,7 +28,8 @@ public:
     // one.
     virtual void reset() noexcept;
     // Interface thread, while inactive. Sets the host rate and everything
-    // derived from it.
+    // derived from it; a rate the engine does not serve leaves it copying
+    // its input.
     virtual void set_sample_rate(double rate) noexcept = 0;
     // Audio thread, once before each engine block.
     virtual void prepare_hook() noexcept = 0;
@@ -36,10 +38,35 @@ public:
 
     // Audio thread. One host block of at most max_block frames. A block that
     // is empty, too long, or comes before a rate is set is copied unchanged.
+    // Input samples that are not finite count as silence, so one bad sample
+    // from upstream costs no more than the latency; should the engine's
+    // output ever be non-finite all the same, the block is silenced and the
+    // engine reset, so that it never stays broken.
     void process(const float* const* in, float* const* out, int64_t frames) noexcept;
 
+    // The input sample the engine takes for `x`: 0 for NaN and infinities,
+    // and at most input_limit (+60 dBFS) in size, beyond which sums of
+    // squares in the analysis would leave the range of a float.
+    static constexpr double input_limit = 1000.0;
+    static double taken_input(double x) noexcept
+    {
+        if (std::fabs(x) <= input_limit) return x;
+        return std::isfinite(x) ? std::copysign(input_limit, x) : 0.0;
+    }
+
+    // The host rates the engine serves, in Hz. Below, the detector's filters
+    // have no room under the Nyquist frequency; above, the engine rate would
+    // leave the range its rings are sized for.
+    static constexpr double min_host_rate = 8000.0;
+    static constexpr double max_host_rate = 384000.0;
+    static bool serves_rate(double host_rate) noexcept
+    {
+        return host_rate >= min_host_rate && host_rate <= max_host_rate; // false for NaN
+    }
+
     // The decimation factor used for a host rate: 1 up to 50 kHz, 2 up to
-    // 100 kHz, 4 above. The engine rate then stays within 50 kHz.
+    // 100 kHz, 4 up to 200 kHz, 8 above. The engine rate then stays within
+    // 50 kHz.
     static int64_t decimation_for_rate(double host_rate);
 
     // Interface thread, while inactive. Sets the channel layout of the next
@@ -62,6 +89,10 @@ public:
     };
 
 protected:
+    // Audio thread, after each block: a block with a non-finite sample is
+    // silenced and the engine reset.
+    void silence_if_broken(float* const* out, int64_t frames) noexcept;
+
     // Interface thread, while inactive. Stores the host rate, picks
     // decimationFactor, designs the decimation filter for it and clears the
     // filter state. Concrete engines call this first in their

@@ -206,11 +206,12 @@ bool Corvane_SingleComponentEffect::readSettings(IBStreamer& streamer)
     if (!streamer.readInt32(undos) || !streamer.readInt32(capacity) ||
         !streamer.readInt16(cursors) || !streamer.readInt32(style) || !streamer.readInt32(mode))
         return false;
+    // A value out of its range leaves the setting as it was.
     setMaxUndos(undos);
-    capacitySetting = capacity;
+    if (capacity >= 10 && capacity <= 10800) capacitySetting = capacity;
     customCursors = cursors != 0;
-    knobStyle = style;
-    knobMode = mode;
+    if (style == 0 || style == 4 || style == 5) knobStyle = style;
+    if (mode >= 0 && mode <= 2) knobMode = mode;
     return true;
 }
 
@@ -264,7 +265,10 @@ void Corvane_SingleComponentEffect::setMaxUndos(int32 count)
 
 void Corvane_SingleComponentEffect::refreshAfterState()
 {
-    // The marks read, all or some, reach the engine's note table.
+    // Whatever part of the stream was read, the scale object shows the
+    // scale, key and detune of the parameters, and the marks read, all or
+    // some, reach the engine's note table.
+    pushScaleFromParameters();
     scaleMarksChanged();
     // Views that show restored values; while no editor is open the registry
     // is empty and only the key names' spelling goes out.
@@ -357,7 +361,7 @@ void Corvane_SingleComponentEffect::applyLegacySettings(const int32 (&words)[42]
     }
     // Undo depth, capacity setting, custom cursors, knob style.
     if (words[10] != maxUndos) setMaxUndos(words[10]);
-    if (words[12] != capacitySetting) capacitySetting = words[12];
+    if (words[12] != capacitySetting && words[12] >= 10 && words[12] <= 10800) capacitySetting = words[12];
     customCursors = words[17] != 0;
     const bool styled = words[34] == 2 || words[34] == 3;
     knobStyle = styled ? 4 : 0;

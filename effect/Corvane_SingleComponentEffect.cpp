@@ -51,7 +51,9 @@ tresult PLUGIN_API Corvane_SingleComponentEffect::terminate()
 
 tresult PLUGIN_API Corvane_SingleComponentEffect::setupProcessing(ProcessSetup& setup)
 {
-    if (setup.symbolicSampleSize != kSample32 || setup.sampleRate <= 0.0 ||
+    // A rate the engine cannot serve is refused, and the set-up stays as it
+    // was: the host may offer another.
+    if (setup.symbolicSampleSize != kSample32 || !Downsample_DSP::serves_rate(setup.sampleRate) ||
         setup.maxSamplesPerBlock < 0)
         return kResultFalse;
     const tresult result = VST3_SingleComponentEffect::setupProcessing(setup);

@@ -212,8 +212,13 @@ protected:
     std::atomic<uint32_t> marksGeneration{0};
     // Written by the interface thread, read by the audio thread.
     std::atomic<Steinberg::int32> midiScaleMode{corvane::kMidiOff};
+    // Settings kept in the session besides the parameters; readSettings
+    // takes a value only within its range. Undo steps 1 to 20; seconds of
+    // recorded audio 10 to 10800; knob style 0 (circular), 4 (linear) or 5
+    // (the host's); knob mode as the panel's knobs take it: 0 circular, 1
+    // relative circular, 2 linear.
     Steinberg::int32 maxUndos = 20;
-    Steinberg::int32 capacitySetting = 0;
+    Steinberg::int32 capacitySetting = 240;
     bool customCursors = true;
     Steinberg::int32 knobStyle = 0;
     // Knob mode of every instance of the process.

@@ -59,12 +59,18 @@ TEST(Downsample_DSP, DecimationFactorByHostRate)
         double rate;
         int64_t factor;
     } cases[] = {{22050, 1}, {44100, 1}, {48000, 1}, {50000, 1}, {50001, 2}, {88200, 2},
-                 {96000, 2}, {100000, 2}, {100001, 4}, {176400, 4}, {192000, 4}, {384000, 4}};
+                 {96000, 2}, {100000, 2}, {100001, 4}, {176400, 4}, {200000, 4}, {200001, 8}, {384000, 8}};
     for (const auto& c : cases) {
         EXPECT_EQ(Downsample_DSP::decimation_for_rate(c.rate), c.factor) << c.rate;
         Recording_DSP dsp;
         dsp.set_sample_rate(c.rate);
         EXPECT_EQ(dsp.get_decimation_factor(), c.factor);
+    }
+    // Rates out of the served range leave the engine copying.
+    for (double rate : {-1.0, 7999.0, 384001.0, std::nan("")}) {
+        Recording_DSP dsp;
+        dsp.set_sample_rate(rate);
+        EXPECT_EQ(dsp.get_sample_rate(), 0.0) << rate;
     }
 }
 

@@ -179,7 +179,7 @@ TEST_F(SessionState, OldStreamBehindTheForeignHeader)
     EXPECT_FALSE(refused->set_state(wrong.bytes));
 }
 
-TEST_F(SessionState, TruncatedAndCorruptStreamsNeverCrash)
+TEST_F(SessionState, OnlyAWholeStreamIsAGoodState)
 {
     auto source = make();
     ASSERT_TRUE(source);
@@ -197,13 +197,5 @@ TEST_F(SessionState, TruncatedAndCorruptStreamsNeverCrash)
             EXPECT_EQ(ok, length == stream->size()) << length;
         }
     }
-    // Bytes flipped one at a time anywhere in the stream: a result, no crash.
-    uint32_t seed = 1;
-    for (int round = 0; round < 400; ++round) {
-        auto corrupt = saved;
-        seed = seed * 1664525u + 1013904223u;
-        corrupt[seed % corrupt.size()] ^= char(1 + (seed >> 24) % 255);
-        auto target = make();
-        target->set_state(corrupt);
-    }
+    // Flipped bytes: Robustness.EveryCutOrFlippedSessionLeavesParametersAndEngineAgreeing.
 }
