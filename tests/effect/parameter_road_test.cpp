@@ -198,13 +198,14 @@ TEST_F(ParameterRoad, EveryAutomatableParameterActsWhenAutomated)
 
 TEST_F(ParameterRoad, BlocksNeitherAllocateNorLockWhateverTheyCarry)
 {
-    if (!test_rt::available()) GTEST_SKIP() << "the sanitizers bring their own allocator";
-    // Every bus layout, rates with and without the rate conversion, block
-    // sizes from one sample to the largest; every block automates every
-    // automatable parameter and carries notes, and between blocks the
-    // controller side posts values as a panel does.
+    // Every bus layout, the lowest and highest rates served and one between,
+    // block sizes from one sample to the largest; every block automates
+    // every automatable parameter and carries notes, and between blocks the
+    // controller side posts values as a panel does. Under the sanitizers,
+    // which bring their own allocator, nothing is counted, but every value
+    // at every rate is still checked for faults.
     const std::pair<int, int> layouts[] = {{1, 1}, {1, 2}, {2, 1}, {2, 2}};
-    const double rates[] = {44100.0, 96000.0, 192000.0};
+    const double rates[] = {8000.0, 96000.0, 384000.0};
     const int32 blocks[] = {1, 37, 4096};
     uint32_t seed = 1;
     auto next = [&seed] {

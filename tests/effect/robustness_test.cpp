@@ -209,12 +209,14 @@ TEST_F(Robustness, NonFiniteSamplesLeaveTheRestOfTheTakeAsIfTheyWereNotThere)
         double at; // seconds
         size_t count;
         double value;
-        bool formants;
+        const char* toggled; // a switch turned from its default, or none
     };
     const Row rows[] = {
-        {48000.0, 0.1013, 1, nan, true},  {48000.0, 0.1013, 1, inf, true},   {48000.0, 0.5011, 1, -inf, true},
-        {48000.0, 0.3, 512, nan, true},   {48000.0, 0.1013, 1, nan, false},  {96000.0, 0.1013, 1, nan, true},
-        {96000.0, 0.25, 700, inf, true},  {44100.0, 0.0, 1, nan, true},
+        {48000.0, 0.1013, 1, nan, nullptr},  {48000.0, 0.1013, 1, inf, nullptr},
+        {48000.0, 0.5011, 1, -inf, nullptr}, {48000.0, 0.3, 512, nan, nullptr},
+        {48000.0, 0.1013, 1, nan, "Use Formants"}, {48000.0, 0.2017, 1, nan, "Bypass"},
+        {96000.0, 0.1013, 1, nan, nullptr},  {96000.0, 0.25, 700, inf, nullptr},
+        {44100.0, 0.0, 1, nan, nullptr},
     };
     for (const Row& row : rows) {
         const auto clean = tone(2.0, row.rate);
@@ -226,10 +228,10 @@ TEST_F(Robustness, NonFiniteSamplesLeaveTheRestOfTheTakeAsIfTheyWereNotThere)
         for (auto [input, result] : runs) {
             auto instance = make(1);
             ASSERT_TRUE(instance && instance->setup(row.rate, 512));
-            if (!row.formants) {
+            if (row.toggled) {
                 hostlib::Parameter_Info info;
-                ASSERT_TRUE(instance->find_parameter("Use Formants", info));
-                instance->set_plain(info.id, 0.0);
+                ASSERT_TRUE(instance->find_parameter(row.toggled, info)) << row.toggled;
+                instance->set_normalized(info.id, 1.0 - instance->normalized(info.id));
             }
             ASSERT_TRUE(instance->activate(true));
             result->assign(1, std::vector<float>(input->size()));
