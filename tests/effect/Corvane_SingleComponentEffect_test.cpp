@@ -9,26 +9,11 @@
 #include "support/inspected_effect.h"
 #include "public.sdk/source/common/memorystream.h"
 
-#include <cmath>
 #include <string>
 
 #include <gtest/gtest.h>
 
 using namespace Steinberg;
-
-TEST(CorvaneEffect, EditsReachTheHostOnlyForItsParameters)
-{
-    auto* effect = new Corvane_SingleComponentEffect();
-    ASSERT_EQ(effect->initialize(nullptr), kResultOk);
-    EXPECT_EQ(effect->getParameterObject(12345), nullptr);
-    EXPECT_EQ(effect->beginEdit(12345), kResultFalse);
-    EXPECT_EQ(effect->performEdit(12345, 0.5), kResultFalse);
-    EXPECT_EQ(effect->endEdit(12345), kResultFalse);
-    EXPECT_FALSE(effect->isPrivateParameter(12345));
-    EXPECT_EQ(effect->getSamplesPerFrame(), 200);
-    effect->terminate();
-    effect->release();
-}
 
 namespace {
 
@@ -90,11 +75,8 @@ TEST(CorvaneEffect, AutomationActsByTheLastPointAndAThreshold)
     EXPECT_FALSE(e.engine->is_bypassed());
     // The parameter object keeps what the controller side left.
     EXPECT_EQ(e.effect->getParameterObject(corvane::kBypass)->getNormalized(), 0.0);
-}
-
-TEST(CorvaneEffect, ChangesArriveEvenWithoutAudio)
-{
-    Effect e;
+    // Changes arrive even in a block without audio, whose output stays
+    // untouched.
     e.block(corvane::kBypass, {{0, 1.0}}, 0);
     EXPECT_TRUE(e.engine->is_bypassed());
     EXPECT_EQ(e.lastOutput, std::vector<float>(64, 7.0f));
@@ -103,7 +85,13 @@ TEST(CorvaneEffect, ChangesArriveEvenWithoutAudio)
 TEST(CorvaneEffect, ControllerSideAndProgramRoads)
 {
     Effect e;
-    EXPECT_EQ(e.effect->setParamNormalized(12345, 0.5), kResultFalse);
+    // An id of no parameter goes nowhere.
+    EXPECT_EQ(e.effect->getParameterObject(12345), nullptr);
+    EXPECT_FALSE(e.effect->isPrivateParameter(12345));
+    for (tresult r : {e.effect->beginEdit(12345), e.effect->performEdit(12345, 0.5), e.effect->endEdit(12345),
+                      e.effect->setParamNormalized(12345, 0.5)})
+        EXPECT_EQ(r, kResultFalse);
+    e.effect->parameterChanged(nullptr);
     EXPECT_EQ(e.effect->setParamNormalized(corvane::kBypass, 1.0), kResultOk);
     EXPECT_TRUE(e.engine->is_bypassed());
     EXPECT_EQ(e.effect->getParamNormalized(corvane::kBypass), 1.0);
@@ -112,72 +100,17 @@ TEST(CorvaneEffect, ControllerSideAndProgramRoads)
     EXPECT_EQ(e.engine->get_reference_channel(), 1);
     EXPECT_EQ(e.effect->getParamNormalized(corvane::kLRRef), 1.0);
     e.effect->setParameterPlain(99999, 1.0);
-}
 
-TEST(CorvaneEffect, HeldButtonsRepeatFromTheTimer)
-{
-    struct Counting : Corvane_SingleComponentEffect {
-        std::vector<int> ticks;
-        void autoRepeat(int32 tag) override { ticks.push_back(timerTick + 1000 * tag); }
-        using Corvane_SingleComponentEffect::timerTick;
-    };
-    auto* effect = new Counting();
-    effect->startAutoRepeat(25, 10, 2);
-    for (int i = 0; i < 15; ++i) effect->onTimer();
-    // First after 10 ticks, then every 2.
-    EXPECT_EQ(effect->ticks, (std::vector<int>{25010, 25012, 25014}));
-    effect->stopAutoRepeat();
-    for (int i = 0; i < 5; ++i) effect->onTimer();
-    EXPECT_EQ(effect->ticks.size(), 3u);
-    EXPECT_EQ(effect->getRepeatingTag(), -1);
-    effect->release();
-}
-
-TEST(CorvaneEffect, EngineSidesOfTheCatalogue)
-{
-    Effect e;
-    const double sr = 44100.0;  // the set-up before a host's own
-    auto setPlain = [&](Vst::ParamID id, double plain) {
-        auto* p = e.effect->getParameterObject(id);
-        ASSERT_NE(p, nullptr);
-        EXPECT_EQ(e.effect->setParamNormalized(id, p->toNormalized(plain)), kResultOk);
-    };
-    setPlain(corvane::kRetuneSpeed, 20);
-    setPlain(corvane::kHumanize, 30);
-    // Half the distance in 20 ms at one update every five samples.
-    EXPECT_NEAR(e.engine->get_retune_fast(), std::pow(0.5, 1.0 / (sr / 5 * 0.020)), 1e-12);
-    EXPECT_NEAR(e.engine->get_retune_slow(), std::pow(0.5, 1.0 / (sr / 5 * 0.050)), 1e-12);
-    EXPECT_EQ(e.engine->get_ramp_len(), 3528);
-    setPlain(corvane::kRetuneSpeed, 0);
-    EXPECT_EQ(e.engine->get_retune_fast(), 0.0);
-
-    // 5.5 Hz at 200 samples a frame: 1000 * 5.5 * 200 / 44100 thousandths.
-    setPlain(corvane::kVibratoRate, 5.5);
-    EXPECT_NEAR(e.engine->get_vibrato_rate(), 1000.0 * 5.5 * 200.0 / sr, 1e-3);
-    setPlain(corvane::kVibratoShape, 1);
-    EXPECT_TRUE(e.engine->is_vibrato_on());
-    setPlain(corvane::kTranspose, 12);
-    EXPECT_DOUBLE_EQ(e.engine->get_transpose_ratio(), 2.0);
-    setPlain(corvane::kTranspose, -7);
-    EXPECT_NEAR(e.engine->get_transpose_ratio(), std::pow(2.0, -7.0 / 12.0), 1e-12);
-    setPlain(corvane::kThroatLength, 130);
-    EXPECT_DOUBLE_EQ(e.engine->get_throat_ratio(), 1.3);
-    setPlain(corvane::kUseFormants, 0);
-    EXPECT_FALSE(e.engine->get_formants());
-
-    // Scale and key reach the scale object; the key names follow the scale.
-    setPlain(corvane::kScale, 1);
-    setPlain(corvane::kKey, 1);
-    EXPECT_EQ(e.effect->getScaleState().scale, 1);
-    EXPECT_EQ(e.effect->getScaleState().key, 1);
+    // The key's names follow the scale: sharps for minor keys, flats for
+    // major ones.
+    auto* scale = e.effect->getParameterObject(corvane::kScale);
+    auto* key = e.effect->getParameterObject(corvane::kKey);
     Vst::String128 text;
-    e.effect->getParamStringByValue(corvane::kKey, e.effect->getParamNormalized(corvane::kKey), text);
-    EXPECT_EQ(VST3_BaseParameter::toUtf8(text), "C#");  // minor keys are spelt with sharps here
-    setPlain(corvane::kScale, 0);
-    e.effect->getParamStringByValue(corvane::kKey, e.effect->getParamNormalized(corvane::kKey), text);
-    EXPECT_EQ(VST3_BaseParameter::toUtf8(text), "Db");
-    setPlain(corvane::kDetune, -12);
-    EXPECT_EQ(e.effect->getScaleState().detune, -12);
+    for (const auto& [minor, name] : {std::pair<bool, const char*>{true, "C#"}, {false, "Db"}}) {
+        e.effect->setParamNormalized(corvane::kScale, scale->toNormalized(minor ? 1 : 0));
+        e.effect->getParamStringByValue(corvane::kKey, key->toNormalized(1), text);
+        EXPECT_EQ(VST3_BaseParameter::toUtf8(text), name) << minor;
+    }
 }
 
 TEST(CorvaneEffect, MarksAndSettingsSurviveTheState)
@@ -207,29 +140,24 @@ TEST(CorvaneEffect, OldSettingsWithRulesOfTheirOwn)
 {
     // Word 10 of 50 gives 20 undos; word 17 the cursors; word 34 of 3 the
     // knob style 4 and mode 2.
-    std::vector<char> bytes;
+    std::vector<char> bytes = {'V', 's', 't', 'W'};
+    bytes.resize(4 + 212);
     auto i32 = [&](int32_t v) {
         for (int s = 24; s >= 0; s -= 8) bytes.push_back(char((uint32_t(v) >> s) & 0xFF));
     };
-    for (char c : std::string("VstW")) bytes.push_back(c);
-    bytes.insert(bytes.end(), 212, 0);
-    i32(8);
-    i32(0);
-    i32(0);
     int32_t words[42] = {};
     words[0] = 2;
     words[10] = 50;
-    words[17] = 0;
     words[34] = 3;
+    // Behind the foreign header: version 8, the settings words, empty scale
+    // marks, empty histories, no frames, the graph placement, no store.
+    for (int32_t w : {8, 0, 0}) i32(w);
     for (int32_t w : words) i32(w);
     for (int group = 0; group < 2; ++group) {
-        bytes.push_back(0);
-        bytes.push_back(29);
+        bytes.insert(bytes.end(), {0, 29});
         bytes.insert(bytes.end(), 58 * 2, 0);
     }
-    i32(0), i32(-1), i32(0), i32(-1), i32(0);
-    i32(1), i32(2), i32(3), i32(4);
-    i32(0);
+    for (int32_t w : {0, -1, 0, -1, 0, 1, 2, 3, 4, 0}) i32(w);
     Effect e;
     auto* stream = new MemoryStream(bytes.data(), TSize(bytes.size()));
     EXPECT_EQ(e.effect->setState(stream), kResultOk);
@@ -246,39 +174,8 @@ TEST(CorvaneEffect, OldSettingsWithRulesOfTheirOwn)
     EXPECT_EQ(e.effect->setState(nullptr), kResultFalse);
 }
 
-TEST(CorvaneEffect, MidiModesExcludeEachOtherAndLiveOnTheChromaticScale)
-{
-    Effect e;
-    Vst::EditController* controller = e.effect;
-    auto change = [&](Vst::ParamID id, double plain) {
-        auto* p = e.effect->getParameterObject(id);
-        p->setNormalized(p->toNormalized(plain));
-        e.effect->parameterChanged(p);
-    };
-    change(corvane::kLearnScale, 1.0);
-    EXPECT_EQ(e.effect->getMidiScaleMode(), 1);
-    change(corvane::kTargetNotes, 1.0);
-    EXPECT_EQ(e.effect->getMidiScaleMode(), 2);
-    EXPECT_EQ(controller->getParamNormalized(corvane::kLearnScale), 0.0);
-    EXPECT_EQ(controller->getParamNormalized(corvane::kTargetNotes), 1.0);
-    // Releasing the other button changes nothing; releasing this one ends it.
-    change(corvane::kLearnScale, 0.0);
-    EXPECT_EQ(e.effect->getMidiScaleMode(), 2);
-
-    // Chromatic keeps the mode, any other scale ends it and its button.
-    change(corvane::kScale, 2.0);
-    EXPECT_EQ(e.effect->getMidiScaleMode(), 2);
-    change(corvane::kScale, 5.0);
-    EXPECT_EQ(e.effect->getMidiScaleMode(), 0);
-    EXPECT_EQ(controller->getParamNormalized(corvane::kTargetNotes), 0.0);
-    EXPECT_EQ(e.effect->getScaleState().scale, 5);
-
-    change(corvane::kCorrectionMode, 1.0);
-    EXPECT_TRUE(e.effect->isGraphMode());
-    // Ids beyond the panel's rows do nothing.
-    e.effect->parameterChanged(nullptr);
-    e.effect->parameterChanged(e.effect->getParameterObject(corvane::kBypass));
-}
+// The MIDI mode buttons excluding each other and ending off the Chromatic
+// scale: EditorModuleX11.MidiModeButtonsExcludeEachOtherAndLiveOnlyOnTheChromaticScale.
 
 TEST(CorvaneEffect, MidiNotesTeachTheScaleOrPickTheTargets)
 {
@@ -290,15 +187,14 @@ TEST(CorvaneEffect, MidiNotesTeachTheScaleOrPickTheTargets)
     };
     auto notes = [&](std::vector<std::pair<int, float>> list) {
         hostlib::Event_List events;
-        for (const auto& n : list) {
+        for (const auto& [pitch, velocity] : list) {
             Vst::Event ev{};
-            if (n.second > 0.0f || n.second < 0.0f) {
-                ev.type = Vst::Event::kNoteOnEvent;
-                ev.noteOn.pitch = int16(n.first);
-                ev.noteOn.velocity = n.second < 0.0f ? 0.0f : n.second;
+            ev.type = velocity > 0.0f ? Vst::Event::kNoteOnEvent : Vst::Event::kNoteOffEvent;
+            if (velocity > 0.0f) {
+                ev.noteOn.pitch = int16(pitch);
+                ev.noteOn.velocity = velocity;
             } else {
-                ev.type = Vst::Event::kNoteOffEvent;
-                ev.noteOff.pitch = int16(n.first);
+                ev.noteOff.pitch = int16(pitch);
             }
             events.addEvent(ev);
         }
@@ -344,9 +240,17 @@ TEST(CorvaneEffect, MidiNotesTeachTheScaleOrPickTheTargets)
     press(corvane::kLearnScale, 1.0);
     EXPECT_EQ(e.effect->getMidiScaleMode(), 1);
     EXPECT_EQ(e.engine->get_target_count(), 0);
+    // Releasing the other mode's button, or choosing Chromatic again, keeps it.
+    press(corvane::kTargetNotes, 0.0);
+    press(corvane::kScale, 2.0);
+    EXPECT_EQ(e.effect->getMidiScaleMode(), 1);
     notes({{46, 1.0f}, {46, 0.0f}});
     EXPECT_FALSE(scale.isRowRemoved(10, chromatic));
     notes({{57, 0.9f}});
     EXPECT_FALSE(scale.isRowRemoved(9, chromatic));
     EXPECT_EQ(e.engine->get_target_count(), 14);
 }
+
+// A held button repeating from the timer: AutoPage.ScaleArrowsStepTheListAndRepeatWhileHeld.
+// The engine's side of each parameter: ParameterRoad.EveryAutomatableParameterActsWhenAutomated,
+// AutoMode's scale, key and transpose tests and the engine's own tests in tests/dsp.

@@ -1,5 +1,5 @@
 // The keyboard of the Auto-mode page: key shapes, drawing from the pictures
-// of the key states, the mouse on a real scale object, creator and pictures.
+// of the key states, the mouse on a real scale object, and the pictures.
 
 #include "panel/Corvane_KeyboardView.h"
 
@@ -8,8 +8,6 @@
 #include "panel/Corvane_KeyboardGeometry.h"
 #include "panel/Corvane_PanelOwner.h"
 #include "vstgui/lib/coffscreencontext.h"
-#include "vstgui/uidescription/uidescription.h"
-#include "vstgui/vstgui_test_support.h"
 
 #include <cairo.h>
 #include <gtest/gtest.h>
@@ -403,31 +401,8 @@ TEST(KeyboardView, LeavingMomentaryModeWhileAKeyIsHeldLetsItGoAndEndsTheGesture)
     EXPECT_EQ(view.held, (std::vector<int>{19, -1, 23, -1}));
 }
 
-TEST(KeyboardView, CreatorMakesTheViewAtItsSizeAndTheBindingReadsItsPictures)
-{
-    Corvane_KeyboardView_register();
-    vstgui_test::ResourceFolder resources;
-    resources.png("kb.png", 4, 4, {{0, 0, 0, 255}});
-    auto description = resources.describe(R"(<vstgui-ui-description version="1"><bitmaps>
-  <bitmap name="kb" path="kb.png"/><bitmap name="kb_lit" path="kb.png"/>
-  <bitmap name="kb_removed" path="kb.png"/><bitmap name="kb_off" path="kb.png"/>
-</bitmaps></vstgui-ui-description>)");
-    const UIAttributes attributes = vstgui_test::attributesOf(
-        {{"class", "Corvane_KeyboardView"}, {"origin", "13, 28"}, {"size", "552, 96"}, {"bitmap", "kb"},
-         {"highlighted-bitmap", "kb_lit"}, {"removed-bitmap", "kb_removed"}, {"bypassed-bitmap", "no_such_picture"},
-         {"off-bitmap", "kb_off"}});
-    auto view = vstgui_test::made<Corvane_KeyboardView>(attributes, description);
-    ASSERT_NE(view, nullptr);
-    EXPECT_EQ(view->getViewSize(), CRect(13, 28, 13 + 552, 28 + 96));
-    EXPECT_EQ(view->getBackground(), description->getBitmap("kb"));
-    EXPECT_EQ(view->getHighlightedBitmap(), nullptr) << "the creator leaves the other pictures to the binding";
-
-    view->readAttributes(attributes, description);
-    EXPECT_EQ(view->getHighlightedBitmap(), description->getBitmap("kb_lit"));
-    EXPECT_EQ(view->getRemovedBitmap(), description->getBitmap("kb_removed"));
-    EXPECT_EQ(view->getOffBitmap(), description->getBitmap("kb_off"));
-    EXPECT_EQ(view->getBypassedBitmap(), nullptr) << "an unknown picture stays unset";
-}
+// The view made from a description with its pictures: AutoPage.ScaleButtonsMarkTheListAndTheKeyboardAndReachTheEngine
+// on the real panel, with EditorDescription.EveryPictureNamedIsDrawnShownAndShapedForItsView.
 
 TEST(KeyboardPictures, EveryKeyDiffersBetweenThePicturesAndTheClearanceIsAlike)
 {

@@ -49,15 +49,15 @@ public:
         XML_Parser parser = XML_ParserCreate(nullptr);
         XML_SetUserData(parser, this);
         XML_SetElementHandler(parser, &UiLayout::onStart, &UiLayout::onEnd);
-        const bool parsed = XML_Parse(parser, text.data(), int(text.size()), 1) != XML_STATUS_ERROR;
-        if (!parsed) reason = path + ": " + XML_ErrorString(XML_GetErrorCode(parser));
+        if (XML_Parse(parser, text.data(), int(text.size()), 1) == XML_STATUS_ERROR)
+            reason = path + ": " + XML_ErrorString(XML_GetErrorCode(parser));
         XML_ParserFree(parser);
-        if (!parsed) return false;
+        if (!reason.empty()) return false;
         if (!templateFound) return failWith(path + ": no template " + templateName);
         // Tags and bitmaps may be defined after their first use.
         for (size_t i = 0; i < list.size(); ++i) {
-            if (list[i].tag == -2) list[i].tag = tagOf(pendingTags[i]);
-            auto bitmap = bitmaps.find(pendingBitmaps[i]);
+            list[i].tag = tagOf(pending[i].first);
+            const auto bitmap = bitmaps.find(pending[i].second);
             if (bitmap != bitmaps.end()) list[i].bitmap = bitmap->second;
         }
         return true;
@@ -89,85 +89,63 @@ public:
     }
 
 private:
-    static bool readPair(const char* text, int& a, int& b)
+    // "x, y" into a and b, left as they are when absent.
+    static void readPair(const char* text, int& a, int& b)
     {
-        if (text == nullptr) return false;
-        char* end = nullptr;
-        const double first = std::strtod(text, &end);
-        if (end == text) return false;
-        while (*end == ' ' || *end == ',') ++end;
-        const char* second = end;
-        const double other = std::strtod(second, &end);
-        if (end == second) return false;
-        a = int(first);
-        b = int(other);
-        return true;
-    }
-
-    static const char* attribute(const char** attributes, const char* name)
-    {
-        for (int i = 0; attributes[i]; i += 2) {
-            if (std::string(attributes[i]) == name) return attributes[i + 1];
+        double x = 0.0, y = 0.0;
+        if (text && std::sscanf(text, "%lf ,%lf", &x, &y) == 2) {
+            a = int(x);
+            b = int(y);
         }
-        return nullptr;
     }
 
+    // A tag by its name or as a number; -1 for none.
     int tagOf(const std::string& text) const
     {
-        if (text.empty()) return -1;
-        auto it = tags.find(text);
+        const auto it = tags.find(text);
         if (it != tags.end()) return it->second;
         char* end = nullptr;
         const long n = std::strtol(text.c_str(), &end, 10);
-        return (end != text.c_str() && *end == '\0') ? int(n) : -1;
+        return !text.empty() && *end == '\0' ? int(n) : -1;
     }
 
     static void XMLCALL onStart(void* data, const char* element, const char** attributes)
     {
         auto* self = static_cast<UiLayout*>(data);
         const std::string name = element;
-        if (name == "control-tag") {
-            const char* tagName = attribute(attributes, "name");
-            const char* tag = attribute(attributes, "tag");
-            if (tagName && tag) self->tags[tagName] = std::atoi(tag);
-            return;
-        }
-        if (name == "bitmap") {
-            const char* bitmapName = attribute(attributes, "name");
-            const char* path = attribute(attributes, "path");
-            if (bitmapName && path) self->bitmaps[bitmapName] = path;
-            return;
-        }
-        if (name == "template") {
-            const char* templateName = attribute(attributes, "name");
-            self->inTemplate = templateName && self->wanted == templateName;
+        auto attribute = [attributes](const char* key) -> const char* {
+            for (int i = 0; attributes[i]; i += 2) {
+                if (std::string(attributes[i]) == key) return attributes[i + 1];
+            }
+            return nullptr;
+        };
+        auto text = [&](const char* key) { return std::string(attribute(key) ? attribute(key) : ""); };
+        if (name == "control-tag" && attribute("name") && attribute("tag")) {
+            self->tags[text("name")] = std::atoi(attribute("tag"));
+        } else if (name == "bitmap" && attribute("name") && attribute("path")) {
+            self->bitmaps[text("name")] = text("path");
+        } else if (name == "template") {
+            self->inTemplate = self->wanted == text("name");
             if (!self->inTemplate) return;
             self->templateFound = true;
-            readPair(attribute(attributes, "size"), self->size.width, self->size.height);
-            readPair(attribute(attributes, "minSize"), self->minSize.width, self->minSize.height);
-            readPair(attribute(attributes, "maxSize"), self->maxSize.width, self->maxSize.height);
+            readPair(attribute("size"), self->size.width, self->size.height);
+            readPair(attribute("minSize"), self->minSize.width, self->minSize.height);
+            readPair(attribute("maxSize"), self->maxSize.width, self->maxSize.height);
             self->origins.assign(1, {0, 0});
-            return;
+        } else if (name == "view" && self->inTemplate) {
+            UiView view;
+            view.className = text("class");
+            view.name = text("view-name");
+            int x = 0, y = 0;
+            readPair(attribute("origin"), x, y);
+            readPair(attribute("size"), view.rect.width, view.rect.height);
+            view.rect.x = self->origins.back().first + x;
+            view.rect.y = self->origins.back().second + y;
+            view.depth = int(self->origins.size());
+            self->pending.emplace_back(text("control-tag"), text("bitmap"));
+            self->list.push_back(view);
+            self->origins.push_back({view.rect.x, view.rect.y});
         }
-        if (name != "view" || !self->inTemplate) return;
-        UiView view;
-        const char* className = attribute(attributes, "class");
-        const char* viewName = attribute(attributes, "view-name");
-        view.className = className ? className : "";
-        view.name = viewName ? viewName : "";
-        int x = 0, y = 0;
-        readPair(attribute(attributes, "origin"), x, y);
-        readPair(attribute(attributes, "size"), view.rect.width, view.rect.height);
-        view.rect.x = self->origins.back().first + x;
-        view.rect.y = self->origins.back().second + y;
-        view.depth = int(self->origins.size());
-        const char* tag = attribute(attributes, "control-tag");
-        view.tag = tag ? -2 : -1;
-        self->pendingTags.push_back(tag ? tag : "");
-        const char* bitmap = attribute(attributes, "bitmap");
-        self->pendingBitmaps.push_back(bitmap ? bitmap : "");
-        self->list.push_back(view);
-        self->origins.push_back({view.rect.x, view.rect.y});
     }
 
     static void XMLCALL onEnd(void* data, const char* element)
@@ -196,8 +174,8 @@ private:
     std::map<std::string, std::string> bitmaps;
     std::vector<std::pair<int, int>> origins;
     std::vector<UiView> list;
-    std::vector<std::string> pendingTags;
-    std::vector<std::string> pendingBitmaps;
+    // Each view's control tag and bitmap as written, resolved after reading.
+    std::vector<std::pair<std::string, std::string>> pending;
 };
 
 } // namespace test_panel
