@@ -1,11 +1,21 @@
 // corvane-render run as a user runs it, on real sound files.
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <linux/capability.h>
 #include <sndfile.hh>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cmath>
+#include <csignal>
+#include <filesystem>
 #include <fstream>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -31,9 +41,47 @@ std::string test_folder()
     return test_tool::empty_test_folder(std::string(CORVANE_TEST_TMP) + "/render");
 }
 
-Result run(const std::string& folder, const std::vector<std::string>& args)
+// Starts the tool as a user, not root, would run it: without the right to
+// write where permissions forbid it, and with files of at most `file_limit`
+// bytes unless 0. Its output streams go to files beside the folder.
+pid_t start(const std::string& folder, const std::vector<std::string>& args, rlim_t file_limit = 0)
 {
-    return test_tool::run(CORVANE_RENDER_PATH, folder, args);
+    std::vector<std::string> words = {CORVANE_RENDER_PATH};
+    words.insert(words.end(), args.begin(), args.end());
+    std::vector<char*> argv;
+    for (auto& w : words) argv.push_back(&w[0]);
+    argv.push_back(nullptr);
+    const std::string out = folder + ".stdout", err = folder + ".stderr";
+    const pid_t pid = ::fork();
+    if (pid != 0) return pid;
+    // Only async-signal-safe calls from here to exec.
+    if (::geteuid() == 0 && ::prctl(PR_CAPBSET_DROP, CAP_DAC_OVERRIDE, 0, 0, 0) != 0) ::_exit(126);
+    if (file_limit != 0) {
+        ::signal(SIGXFSZ, SIG_IGN);
+        const rlimit limit = {file_limit, file_limit};
+        ::setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ::dup2(::open(out.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644), 1);
+    ::dup2(::open(err.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644), 2);
+    ::execv(argv[0], argv.data());
+    ::_exit(127);
+}
+
+Result run(const std::string& folder, const std::vector<std::string>& args, rlim_t file_limit = 0)
+{
+    const pid_t pid = start(folder, args, file_limit);
+    int status = 0;
+    ::waitpid(pid, &status, 0);
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, slurp(folder + ".stdout"), slurp(folder + ".stderr")};
+}
+
+// Every file and folder under `folder`, with the bytes of each file.
+std::map<std::string, std::string> tree_of(const std::string& folder)
+{
+    std::map<std::string, std::string> tree;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(folder))
+        tree[entry.path().string()] = entry.is_directory() ? "(folder)" : slurp(entry.path().string());
+    return tree;
 }
 
 void write_sound(const std::string& path, const std::vector<std::vector<float>>& channels, int rate, int format)
@@ -199,20 +247,34 @@ TEST(Render, ListsClassesParametersAndHelp)
     EXPECT_TRUE(files_in(folder).empty());
 }
 
-TEST(Render, MistakesGiveOneLineAndLeaveNoFile)
+TEST(Render, FailedRunsGiveOneLineAndLeaveEveryFileAsItWas)
 {
     const std::string folder = test_folder();
     const std::string good = folder + "/good.wav", out = folder + "/never.wav", plot = folder + "/plot.png";
     write_sound(good, {test_signals::sine(4800, 440.0, 48000, 0.3)}, 48000, SF_FORMAT_WAV | SF_FORMAT_PCM_16);
     const std::string three = folder + "/three.wav";
     write_sound(three, std::vector<std::vector<float>>(3, std::vector<float>(100)), 48000, kFloatWav);
+    // A rate far below any the plug-in can serve.
+    const std::string slow = folder + "/100Hz.wav";
+    write_sound(slow, {test_signals::sine(200, 10.0, 100, 0.3)}, 100, kFloatWav);
     const std::string text = folder + "/not-audio.wav", junk = folder + "/junk.state";
     std::ofstream(text) << "this is not a sound file\n";
     std::ofstream(junk) << "not a state at all";
+    // Outputs of an earlier run, one of them read-only; a second folder for
+    // outputs, and a read-only one.
+    const std::string kept = folder + "/kept.wav", kept_plot = folder + "/kept.png";
+    const std::string kept_state = folder + "/kept.state";
+    const std::string locked = folder + "/locked.wav", other = folder + "/other", closed = folder + "/closed";
+    for (const std::string& file : {kept, kept_plot, kept_state, locked}) std::ofstream(file) << "earlier " << file;
+    ::chmod(locked.c_str(), 0444);
+    std::filesystem::create_directory(other);
+    std::filesystem::create_directory(closed);
+    ::chmod(closed.c_str(), 0555);
 
     struct Mistake {
         std::vector<std::string> args;
         std::string message;  // how the one line on stderr starts
+        rlim_t file_limit = 0;  // bytes, or 0 for none
     };
     std::vector<Mistake> cases = {
         {{folder + "/missing.wav", out}, "cannot read " + folder + "/missing.wav: "},
@@ -240,11 +302,27 @@ TEST(Render, MistakesGiveOneLineAndLeaveNoFile)
         {{"--load-state", junk, good, out}, "the plug-in refuses the state in \"" + junk + "\""},
         {{"--load-state", folder + "/missing.state", good, out}, "cannot open \"" + folder + "/missing.state\": "},
         {{"--pitch-plot", folder + "/no/such/plot.png", good, out}, "cannot write " + folder + "/no/such/plot.png: "},
-        {{"--pitch-plot", out, good, out}, "--pitch-plot names the same file as another output"},
+        {{"--pitch-plot", out, good, out}, "--pitch-plot and the output name the same file"},
+        {{"--save-state", folder + "/./kept.wav", good, kept}, "--save-state and the output name the same file"},
         {{"--pitch-plot"}, "--pitch-plot needs a value"},
         {{"--plot-size", "800x600", good, out}, "--plot-size sizes the picture of --pitch-plot"},
-        // A failure after the render leaves no picture either.
-        {{"--pitch-plot", plot, good, folder + "/no/such/out.wav"}, "cannot write " + folder + "/no/such/out.wav: "},
+        // One output that cannot be written keeps every other one from being
+        // written, and leaves those already there as they were.
+        {{"--write-input", other + "/in.wav", "--pitch-plot", other + "/plot.png", "--save-state",
+          folder + "/no/such/s.state", kept},
+         "cannot write " + folder + "/no/such/s.state: No such file or directory"},
+        {{"--pitch-plot", kept_plot, "--save-state", kept_state, good, locked},
+         "cannot write " + locked + ": Permission denied"},
+        {{"--pitch-plot", kept_plot, good, closed + "/out.wav"},
+         "cannot write " + closed + "/out.wav: Permission denied"},
+        {{"--pitch-plot", kept_plot, "--save-state", kept_state, slow, kept},
+         "the plug-in refuses a sample rate of 100 Hz"},
+        // 64 KiB hold the picture and the state but not the 8 s phrase:
+        // writing fails after the picture has been written.
+        {{"--pitch-plot", kept_plot, "--plot-size", "320x200", "--save-state", kept_state, "--write-input",
+          other + "/in.wav", kept},
+         "cannot write " + other + "/in.wav: ",
+         64 * 1024},
     };
     for (const char* block : {"0", "65537", "12x", "-5"})
         cases.push_back({{"--block", block, good, out}, "--block takes a whole number from 1 to 65536"});
@@ -253,20 +331,41 @@ TEST(Render, MistakesGiveOneLineAndLeaveNoFile)
                          "--plot-size takes WIDTHxHEIGHT in pixels, from 320x200 to 10000x10000"});
 
     // Each fails with one line on stderr and nothing on stdout, and leaves
-    // the folder as it was: no output and no temporary file beside it.
-    const std::vector<std::string> before = files_in(folder);
+    // the folders as they were: no output, no temporary file, and the files
+    // already there unchanged.
+    const std::map<std::string, std::string> before = tree_of(folder);
     for (const auto& c : cases) {
-        const Result r = run(folder, c.args);
+        const Result r = run(folder, c.args, c.file_limit);
         EXPECT_EQ(r.status, 1) << c.message;
         EXPECT_EQ(r.err.rfind("corvane-render: " + c.message, 0), 0u) << r.err;
         EXPECT_EQ(std::count(r.err.begin(), r.err.end(), '\n'), 1) << r.err;
         EXPECT_EQ(r.out, "") << c.message;
-        EXPECT_EQ(files_in(folder), before) << c.message;
+        EXPECT_TRUE(tree_of(folder) == before) << c.message << ": " << testing::PrintToString(files_in(folder))
+                                               << testing::PrintToString(files_in(other));
     }
-    // A failed render leaves a file already there as it was.
-    std::ofstream(out) << "an earlier render\n";
-    EXPECT_NE(run(folder, {"--set", "No Such Knob=1", good, out}).status, 0);
-    EXPECT_EQ(slurp(out), "an earlier render\n");
+}
+
+TEST(Render, AKilledRunLeavesNoFile)
+{
+    const std::string folder = test_folder();
+    // A picture this large takes a second or more to write.
+    const pid_t pid =
+        start(folder, {"--pitch-plot", folder + "/pitch.png", "--plot-size", "8000x8000", folder + "/out.wav"});
+    // Killed once its first temporary file is there.
+    std::vector<std::string> seen;
+    int status = 0;
+    while (seen.empty() && ::waitpid(pid, &status, WNOHANG) == 0) {
+        seen = files_in(folder);
+        if (seen.empty()) ::usleep(1000);
+    }
+    ASSERT_FALSE(seen.empty()) << "the run ended with status " << status;
+    ::kill(pid, SIGTERM);
+    ASSERT_EQ(::waitpid(pid, &status, 0), pid);
+    ASSERT_EQ(seen.size(), 1u);
+    // Hidden, named after its output and the process.
+    EXPECT_EQ(seen[0].rfind(".pitch.png." + std::to_string(pid) + ".", 0), 0u) << seen[0];
+    EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGTERM) << status;
+    EXPECT_TRUE(files_in(folder).empty()) << testing::PrintToString(files_in(folder));
 }
 
 TEST(Render, PitchPlotOfTheFirstChannelWithTheLatencyRemoved)

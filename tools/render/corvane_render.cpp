@@ -27,6 +27,7 @@
 #include "cli/Tool_Support.h"
 #include "hostlib/Plugin_Host.h"
 #include "pitchtrack/Pitch_Estimator.h"
+#include "render/Output_Files.h"
 #include "render/Pitch_Plot.h"
 #include "voicegen/Voice_Generator.h"
 
@@ -58,7 +59,8 @@ const char* const kUsage =
     "the plug-in into OUT.wav: 32-bit float WAV, same rate, channels and length,\n"
     "latency not compensated. Without IN it renders the embedded demo phrase\n"
     "(mono). Prints the reported latency and the real-time factor (seconds of\n"
-    "audio rendered per second of processing).\n"
+    "audio rendered per second of processing). Writes every output or, if any\n"
+    "step fails, none: files already at their names then stay as they were.\n"
     "\n"
     "  --plugin BUNDLE        the .vst3 bundle (or .so) to load\n"
     "                         (default: " CORVANE_DEFAULT_BUNDLE ")\n"
@@ -160,13 +162,8 @@ Options parse(int argc, char** argv)
     if (files.size() == 2) o.input = files[0];
     if (!o.input.empty() && !o.writeInput.empty())
         fail("--write-input saves the demo phrase, which is rendered only without an input file");
-    if (!o.writeInput.empty() && o.writeInput == o.output)
-        fail("--write-input and the output name the same file");
     if (o.plotSizeGiven && o.pitchPlot.empty())
         fail("--plot-size sizes the picture of --pitch-plot, which is not asked for");
-    if (!o.pitchPlot.empty() &&
-        (o.pitchPlot == o.output || o.pitchPlot == o.writeInput || o.pitchPlot == o.saveState))
-        fail("--pitch-plot names the same file as another output");
     return o;
 }
 
@@ -205,15 +202,16 @@ Audio read_audio(const std::string& path)
     return audio;
 }
 
-// 32-bit float WAV into a pending file.
-void write_wav(const cli::Pending_File& file, const Audio& audio)
+// 32-bit float WAV into the temporary of output `index`.
+void write_wav(render::Output_Files& files, int index, const Audio& audio)
 {
     SF_INFO info{};
     info.samplerate = audio.rate;
     info.channels = int(audio.channels.size());
     info.format = SF_FORMAT_WAV | SF_FORMAT_FLOAT;
-    SNDFILE* out = sf_open(file.path().c_str(), SFM_WRITE, &info);
-    if (out == nullptr) fail("cannot write " + file.target_path() + ": " + sf_strerror(nullptr));
+    const std::string& target = files.target(index);
+    SNDFILE* out = sf_open(files.temporary(index).c_str(), SFM_WRITE, &info);
+    if (out == nullptr) fail("cannot write " + target + ": " + sf_strerror(nullptr));
     const size_t frames = audio.frames();
     const size_t count = audio.channels.size();
     std::vector<float> interleaved(frames * count);
@@ -223,14 +221,14 @@ void write_wav(const cli::Pending_File& file, const Audio& audio)
     const sf_count_t written = sf_writef_float(out, interleaved.data(), sf_count_t(frames));
     const std::string reason = sf_strerror(out);
     const int closed = sf_close(out);
-    if (written != sf_count_t(frames) || closed != 0) fail("cannot write " + file.target_path() + ": " + reason);
+    if (written != sf_count_t(frames) || closed != 0) fail("cannot write " + target + ": " + reason);
 }
 
-void write_png(const cli::Pending_File& file, cairo_surface_t* surface)
+void write_png(render::Output_Files& files, int index, cairo_surface_t* surface)
 {
-    const cairo_status_t status = cairo_surface_write_to_png(surface, file.path().c_str());
+    const cairo_status_t status = cairo_surface_write_to_png(surface, files.temporary(index).c_str());
     if (status != CAIRO_STATUS_SUCCESS)
-        fail("cannot write " + file.target_path() + ": " + cairo_status_to_string(status));
+        fail("cannot write " + files.target(index) + ": " + cairo_status_to_string(status));
 }
 
 void list_classes(const hostlib::Module& module)
@@ -273,8 +271,8 @@ void list_parameters(hostlib::Instance& instance)
 
 // The pitch of the first channel of the input and of the output, the
 // output read from `latency` samples on so that both share one time axis.
-void write_pitch_plot(const cli::Pending_File& file, const Audio& input, const Audio& rendered, size_t latency,
-                      int width, int height)
+void write_pitch_plot(render::Output_Files& files, int index, const Audio& input, const Audio& rendered,
+                      size_t latency, int width, int height)
 {
     // The estimator's usual range, within what the rate can show.
     pitchtrack::Estimator_Settings settings;
@@ -287,7 +285,7 @@ void write_pitch_plot(const cli::Pending_File& file, const Audio& input, const A
                             double(in.size()) / input.rate);
     cairo_surface_t* surface = plot.render(width, height);
     std::unique_ptr<cairo_surface_t, void (*)(cairo_surface_t*)> owner(surface, cairo_surface_destroy);
-    write_png(file, surface);
+    write_png(files, index, surface);
     owner.reset();
     render::release_font_caches();
 }
@@ -300,13 +298,13 @@ void load_state(hostlib::Instance& instance, const std::string& path)
     if (!instance.set_state(bytes)) fail("the plug-in refuses the state in " + quoted(path));
 }
 
-void save_state(hostlib::Instance& instance, const std::string& path)
+void save_state(hostlib::Instance& instance, render::Output_Files& files, int index)
 {
     std::vector<char> bytes;
     if (!instance.get_state(bytes)) fail("the plug-in gave no state");
-    std::ofstream file(path, std::ios::binary | std::ios::trunc);
+    std::ofstream file(files.temporary(index), std::ios::binary | std::ios::trunc);
     if (!file || !file.write(bytes.data(), std::streamsize(bytes.size())) || !file.flush())
-        fail("cannot write " + quoted(path) + ": " + std::strerror(errno));
+        fail("cannot write " + quoted(files.target(index)) + ": " + std::strerror(errno));
 }
 
 int run(int argc, char** argv)
@@ -331,13 +329,18 @@ int run(int argc, char** argv)
         return 0;
     }
 
-    // Both targets are claimed before the work, so an unwritable one fails
-    // at once.
-    cli::Pending_File output(options.output, "corvane-render");
-    std::unique_ptr<cli::Pending_File> savedInput;
-    if (!options.writeInput.empty()) savedInput = std::make_unique<cli::Pending_File>(options.writeInput, "corvane-render");
-    std::unique_ptr<cli::Pending_File> plot;
-    if (!options.pitchPlot.empty()) plot = std::make_unique<cli::Pending_File>(options.pitchPlot, "corvane-render");
+    // Every target is claimed before the work, so one named twice, or one
+    // the user may not replace, fails at once. Nothing is written to any
+    // of them until all are written beside them.
+    render::Output_Files files;
+    constexpr int kNone = -1;
+    const auto claim = [&](const std::string& target, const char* what) {
+        return target.empty() ? kNone : files.claim(target, what);
+    };
+    const int output = claim(options.output, "the output");
+    const int savedInput = claim(options.writeInput, "--write-input");
+    const int plot = claim(options.pitchPlot, "--pitch-plot");
+    const int state = claim(options.saveState, "--save-state");
 
     Audio input;
     if (options.input.empty()) {
@@ -356,11 +359,12 @@ int run(int argc, char** argv)
     if (!instance) fail(error);
     if (!instance->set_channels(channels, channels))
         fail("the plug-in refuses " + std::string(channels == 2 ? "stereo" : "mono") + " buses");
+    const std::string rateText = std::to_string(input.rate) + " Hz";
     if (!instance->setup(rate, Steinberg::int32(options.block), true))
-        fail("the plug-in refuses a rate of " + std::to_string(input.rate) + " Hz");
+        fail("the plug-in refuses a sample rate of " + rateText);
     if (!options.loadState.empty()) load_state(*instance, options.loadState);
     for (const auto& setting : options.settings) cli::set_parameter(*instance, setting);
-    if (!instance->activate(true)) fail("the plug-in failed to activate");
+    if (!instance->activate(true)) fail("the plug-in failed to activate at a sample rate of " + rateText);
 
     Audio rendered;
     rendered.rate = input.rate;
@@ -371,14 +375,11 @@ int run(int argc, char** argv)
     if (result != Steinberg::kResultOk) fail("the plug-in failed to process a block");
     const Steinberg::uint32 latency = instance->latency();
 
-    // Everything is written before anything is committed.
-    if (plot) write_pitch_plot(*plot, input, rendered, latency, options.plotWidth, options.plotHeight);
-    if (savedInput) write_wav(*savedInput, input);
-    write_wav(output, rendered);
-    if (savedInput) savedInput->commit();
-    output.commit();
-    if (plot) plot->commit();
-    if (!options.saveState.empty()) save_state(*instance, options.saveState);
+    if (plot != kNone) write_pitch_plot(files, plot, input, rendered, latency, options.plotWidth, options.plotHeight);
+    if (savedInput != kNone) write_wav(files, savedInput, input);
+    write_wav(files, output, rendered);
+    if (state != kNone) save_state(*instance, files, state);
+    files.commit();
 
     const double audioSeconds = double(input.frames()) / rate;
     std::printf("latency: %u samples (%.2f ms)\n", latency, 1000.0 * latency / rate);
@@ -394,7 +395,7 @@ int run(int argc, char** argv)
 
 int main(int argc, char** argv)
 {
-    cli::remove_pending_files_on_signals();
+    render::remove_temporaries_on_signals();
     try {
         return run(argc, argv);
     } catch (const cli::Failure& failure) {
