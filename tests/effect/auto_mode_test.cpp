@@ -13,6 +13,7 @@
 
 #include "effect/Corvane_Parameters.h"
 #include "hostlib/Plugin_Host.h"
+#include "support/built_module.h"
 #include "support/note_judge.h"
 #include "support/pitch_estimate.h"
 #include "support/signals.h"
@@ -25,22 +26,19 @@ namespace {
 constexpr size_t kLatency = 2660;
 constexpr double kRate = 48000.0;
 
-class AutoMode : public ::testing::Test {
+class AutoMode : public Built_Module_Test {
 protected:
     void SetUp() override
     {
-        std::string error;
-        module = hostlib::Module::load(CORVANE_BUNDLE_PATH, error);
-        ASSERT_TRUE(module) << error;
+        Built_Module_Test::SetUp();
+        if (HasFatalFailure()) return;
         instance = start_instance();
         ASSERT_TRUE(instance);
     }
     // A fresh mono instance, set up and active at kRate; null on failure.
     std::unique_ptr<hostlib::Instance> start_instance()
     {
-        std::string error;
-        auto started = hostlib::Instance::create(*module, "", error);
-        EXPECT_TRUE(started) << error;
+        auto started = create();
         if (!started || !started->set_channels(1, 1) || !started->setup(kRate, 512) ||
             !started->activate(true))
             return nullptr;
@@ -58,7 +56,6 @@ protected:
     {
         return test_pitch::estimate_hz(y, size_t(t * kRate) + kLatency, size_t(0.03 * kRate), kRate);
     }
-    std::unique_ptr<hostlib::Module> module;
     std::unique_ptr<hostlib::Instance> instance;
 };
 

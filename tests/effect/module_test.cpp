@@ -11,6 +11,7 @@
 
 #include "dsp/Downsample_DSP.h"
 #include "hostlib/Plugin_Host.h"
+#include "support/built_module.h"
 #include "pluginterfaces/vst/ivstaudioprocessor.h"
 #include "pluginterfaces/vst/vstspeaker.h"
 #include "support/signals.h"
@@ -23,23 +24,14 @@ namespace {
 constexpr int64_t kEngineLatency = 2660;
 using Channels = std::vector<std::vector<float>>;
 
-class ModuleTest : public ::testing::Test {
+class ModuleTest : public Built_Module_Test {
 protected:
-    void SetUp() override
-    {
-        std::string error;
-        module = hostlib::Module::load(CORVANE_BUNDLE_PATH, error);
-        ASSERT_TRUE(module) << error;
-    }
-
     // With `bypass` the signal takes the whole delay path with no
     // correction, which makes it a pure delay.
     std::unique_ptr<hostlib::Instance> make(int inputs, int outputs, double rate,
                                             int32 max_block = 4096, bool bypass = false)
     {
-        std::string error;
-        auto instance = hostlib::Instance::create(*module, "Corvane+Time_VST", error);
-        EXPECT_TRUE(instance) << error;
+        auto instance = create();
         if (!instance) return nullptr;
         EXPECT_TRUE(instance->set_channels(inputs, outputs));
         EXPECT_TRUE(instance->setup(rate, max_block));
@@ -50,7 +42,6 @@ protected:
         return instance;
     }
 
-    std::unique_ptr<hostlib::Module> module;
 };
 
 // Runs `in` through blocks whose sizes cycle through `sizes`; a mono input
@@ -104,9 +95,8 @@ TEST_F(ModuleTest, FactoryRecordAsAHostScansIt)
 
 TEST_F(ModuleTest, BusesAndArrangements)
 {
-    std::string error;
-    auto instance = hostlib::Instance::create(*module, "", error);
-    ASSERT_TRUE(instance) << error;
+    auto instance = create();
+    ASSERT_TRUE(instance);
     EXPECT_EQ(instance->bus_count(kAudio, kInput), 1);
     EXPECT_EQ(instance->bus_count(kAudio, kOutput), 1);
     EXPECT_EQ(instance->bus_count(kEvent, kInput), 1);
@@ -265,9 +255,8 @@ TEST_F(ModuleTest, EmptyCallsTouchNoAudio)
 
 TEST_F(ModuleTest, LifecycleCallsInAnyLegalOrderRepeated)
 {
-    std::string error;
-    auto instance = hostlib::Instance::create(*module, "", error);
-    ASSERT_TRUE(instance) << error;
+    auto instance = create();
+    ASSERT_TRUE(instance);
     IAudioProcessor* p = instance->processor();
     IComponent* c = instance->component();
     ProcessSetup setup{kRealtime, kSample32, 256, 44100.0};

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "hostlib/Plugin_Host.h"
+#include "support/built_module.h"
 #include "pluginterfaces/vst/ivsteditcontroller.h"
 #include "support/realtime_counter.h"
 #include "support/signals.h"
@@ -52,20 +53,11 @@ Channels voice(double hz, double seconds, double rightHz = 0.0)
     return in;
 }
 
-class ParameterRoad : public ::testing::Test {
+class ParameterRoad : public Built_Module_Test {
 protected:
-    void SetUp() override
-    {
-        std::string error;
-        module = hostlib::Module::load(CORVANE_BUNDLE_PATH, error);
-        ASSERT_TRUE(module) << error;
-    }
-
     std::unique_ptr<hostlib::Instance> make(int channels, int32 maxBlock = 512)
     {
-        std::string error;
-        auto instance = hostlib::Instance::create(*module, "Corvane+Time_VST", error);
-        EXPECT_TRUE(instance) << error;
+        auto instance = create();
         if (instance) {
             EXPECT_TRUE(instance->set_channels(channels, channels) && instance->setup(kRate, maxBlock));
         }
@@ -102,7 +94,6 @@ protected:
         return out;
     }
 
-    std::unique_ptr<hostlib::Module> module;
 };
 
 double largestDifference(const Channels& a, const Channels& b)
@@ -215,9 +206,8 @@ TEST_F(ParameterRoad, BlocksNeitherAllocateNorLockWhateverTheyCarry)
     for (const auto& [ins, outs] : layouts) {
         for (double rate : rates) {
             for (int32 block : blocks) {
-                std::string error;
-                auto instance = hostlib::Instance::create(*module, "Corvane+Time_VST", error);
-                ASSERT_TRUE(instance) << error;
+                auto instance = create();
+                ASSERT_TRUE(instance);
                 ASSERT_TRUE(instance->set_channels(ins, outs) && instance->setup(rate, 4096) && instance->activate(true));
                 std::vector<ParamID> automatable;
                 for (const auto& p : instance->parameters()) {

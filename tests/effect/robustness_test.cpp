@@ -17,6 +17,7 @@
 #include "effect/Corvane_Parameters.h"
 #include "effect/Corvane_SingleComponentEffect.h"
 #include "hostlib/Plugin_Host.h"
+#include "support/built_module.h"
 #include "pluginterfaces/vst/ivstaudioprocessor.h"
 #include "pluginterfaces/vst/vstspeaker.h"
 #include "public.sdk/source/common/memorystream.h"
@@ -62,27 +63,17 @@ double rms(const std::vector<float>& x, size_t begin, size_t length = SIZE_MAX)
     return begin < end ? std::sqrt(s / double(end - begin)) : 0.0;
 }
 
-class Robustness : public ::testing::Test {
+class Robustness : public Built_Module_Test {
 protected:
-    void SetUp() override
-    {
-        std::string error;
-        module = hostlib::Module::load(CORVANE_BUNDLE_PATH, error);
-        ASSERT_TRUE(module) << error;
-    }
-
     std::unique_ptr<hostlib::Instance> make(int channels)
     {
-        std::string error;
-        auto instance = hostlib::Instance::create(*module, "Corvane+Time_VST", error);
-        EXPECT_TRUE(instance) << error;
+        auto instance = create();
         if (instance) {
             EXPECT_TRUE(instance->set_channels(channels, channels));
         }
         return instance;
     }
 
-    std::unique_ptr<hostlib::Module> module;
 };
 
 // Calls process directly as a host does, in blocks of `block` samples, with

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "hostlib/Plugin_Host.h"
+#include "support/built_module.h"
 
 using namespace Steinberg;
 using namespace Steinberg::Vst;
@@ -42,21 +43,8 @@ struct Stream {
     }
 };
 
-class SessionState : public ::testing::Test {
+class SessionState : public Built_Module_Test {
 protected:
-    void SetUp() override
-    {
-        std::string error;
-        module = hostlib::Module::load(CORVANE_BUNDLE_PATH, error);
-        ASSERT_TRUE(module) << error;
-    }
-    std::unique_ptr<hostlib::Instance> make()
-    {
-        std::string error;
-        auto instance = hostlib::Instance::create(*module, "", error);
-        EXPECT_TRUE(instance) << error;
-        return instance;
-    }
     std::vector<double> values(hostlib::Instance& instance)
     {
         std::vector<double> v;
@@ -88,14 +76,13 @@ protected:
         s.i32(0);                  // no store
         return s;
     }
-    std::unique_ptr<hostlib::Module> module;
 };
 
 } // namespace
 
 TEST_F(SessionState, EveryParameterRoundTripsIntoAFreshInstance)
 {
-    auto first = make();
+    auto first = create();
     ASSERT_TRUE(first);
     for (const auto& p : first->parameters()) {
         if (p.flags & ParameterInfo::kIsReadOnly) continue;
@@ -108,7 +95,7 @@ TEST_F(SessionState, EveryParameterRoundTripsIntoAFreshInstance)
     EXPECT_EQ(saved[0], 0);
     EXPECT_EQ(saved[3], 10);  // version 10, big-endian
 
-    auto second = make();
+    auto second = create();
     ASSERT_TRUE(second);
     ASSERT_TRUE(second->set_state(saved));
     const auto a = values(*first), b = values(*second);
@@ -121,7 +108,7 @@ TEST_F(SessionState, EveryParameterRoundTripsIntoAFreshInstance)
 
 TEST_F(SessionState, VersionsAreCheckedBeforeAnythingChanges)
 {
-    auto source = make();
+    auto source = create();
     ASSERT_TRUE(source);
     source->set_plain(3, 42.0);
     std::vector<char> saved;
@@ -130,14 +117,14 @@ TEST_F(SessionState, VersionsAreCheckedBeforeAnythingChanges)
     // Version 9 reads as 10 does.
     auto nine = saved;
     nine[3] = 9;
-    auto reader = make();
+    auto reader = create();
     ASSERT_TRUE(reader->set_state(nine));
     EXPECT_EQ(reader->plain(3), 42.0);
 
     for (int version : {8, 11, 0}) {
         auto refused = saved;
         refused[3] = char(version);
-        auto target = make();
+        auto target = create();
         const auto before = values(*target);
         EXPECT_FALSE(target->set_state(refused)) << version;
         EXPECT_EQ(values(*target), before) << version;
@@ -145,20 +132,20 @@ TEST_F(SessionState, VersionsAreCheckedBeforeAnythingChanges)
         std::vector<char> resaved;
         ASSERT_TRUE(target->get_state(resaved));
         EXPECT_EQ(resaved[3], 10);
-        EXPECT_TRUE(make()->set_state(resaved)) << version;
+        EXPECT_TRUE(create()->set_state(resaved)) << version;
     }
     // A version-9 stream is written back in the current form.
     std::vector<char> upgraded;
     ASSERT_TRUE(reader->get_state(upgraded));
     EXPECT_EQ(upgraded, saved);
-    auto target = make();
+    auto target = create();
     EXPECT_FALSE(target->set_state({}));
     EXPECT_FALSE(target->set_state({0, 0}));
 }
 
 TEST_F(SessionState, OldStreamBehindTheForeignHeader)
 {
-    auto instance = make();
+    auto instance = create();
     ASSERT_TRUE(instance);
     const Stream s = oldStream({{7, 55}, {3, 35}, {13, 1}, {14, 1}, {2, -20}, {27, 1}});
     ASSERT_TRUE(instance->set_state(s.bytes));
@@ -168,20 +155,20 @@ TEST_F(SessionState, OldStreamBehindTheForeignHeader)
     EXPECT_EQ(instance->plain(24), 0.0);  // words 13 and 14 both set: off
     EXPECT_EQ(instance->plain(0), 1.0);   // Graph mode
 
-    auto tie = make();
+    auto tie = create();
     ASSERT_TRUE(tie->set_state(oldStream({{13, 0}, {14, 1}}).bytes));
     EXPECT_EQ(tie->plain(24), 1.0);
 
     // Behind the header only version 8 is read.
     Stream wrong = oldStream({});
     wrong.bytes[216 + 3] = 9;
-    auto refused = make();
+    auto refused = create();
     EXPECT_FALSE(refused->set_state(wrong.bytes));
 }
 
 TEST_F(SessionState, OnlyAWholeStreamIsAGoodState)
 {
-    auto source = make();
+    auto source = create();
     ASSERT_TRUE(source);
     source->set_plain(4, 123.0);
     std::vector<char> saved;
@@ -190,7 +177,7 @@ TEST_F(SessionState, OnlyAWholeStreamIsAGoodState)
     const std::vector<char>* streams[] = {&saved, &old};
     for (const std::vector<char>* stream : streams) {
         for (size_t length = 0; length <= stream->size(); ++length) {
-            auto target = make();
+            auto target = create();
             const std::vector<char> cut(stream->begin(), stream->begin() + long(length));
             const bool ok = target->set_state(cut);
             // Only the whole stream is a good state.
