@@ -1,0 +1,193 @@
+#pragma once
+
+#include "graph/model/CircularFifo.h"
+#include "graph/model/DataFile.h"
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <thread>
+
+class AudioDataStore;
+
+// A stretch of the recording, in downsampled samples, end excluded. `file`
+// is null for a stretch without audio. Fields are single atomic words: the
+// audio thread appends and extends runs while the interface thread reads them.
+struct AudioRegion {
+    std::atomic<int64_t> start{0};
+    std::atomic<int64_t> end{0};
+    std::atomic<DataFile*> file{nullptr};
+    std::atomic<int64_t> fileOffset{0};
+};
+
+// Samples of `frames` positions, 16-bit big-endian, interleaved.
+// Write blocks travel audio -> finishedBlocks -> disk -> freeWriteBlocks ->
+// audio. Read blocks are filled by the disk thread from freeReadBlocks and
+// handed back by the audio thread when it no longer needs them. `region` is
+// stored last with release by whoever claims the block, `pending` cleared
+// with release once the disk has filled it.
+struct AudioBlock {
+    uint32_t frames = 0;
+    uint32_t channels = 0;
+    std::atomic<int64_t> startPosition{-1};
+    std::atomic<int64_t> endPosition{-1};
+    std::atomic<uint8_t> pending{0};
+    AudioDataStore* owner = nullptr;
+    CircularFifo* returnFifo = nullptr;
+    int32_t index = 0;
+    std::unique_ptr<uint16_t[]> samples;
+    std::atomic<AudioRegion*> region{nullptr};
+};
+
+// The tracked audio: blocks of 16-bit samples moved between the audio thread
+// and one disk thread through CircularFifo, and ".dat" files in a data folder
+// of the session. Positions are downsampled samples (engine samples).
+//
+// Threads: writeSample and readSample run on one audio thread and never
+// allocate, lock or wait, except writeSample in offline mode, which waits for
+// a free block. The disk thread (start/stop, interface thread) is the only
+// code that opens, writes or reads ".dat" files. Everything else is the
+// interface thread's, while the audio thread stays out of the store.
+class AudioDataStore {
+public:
+    static constexpr int32_t defaultBlockFrames = 32768;
+    static constexpr int32_t blockCount = 4;
+    static constexpr int32_t maxRegions = 1024;
+    static constexpr int32_t maxSessionIDLength = 31;
+
+    // readSample's answers.
+    enum ReadResult { readOk = 0, readPending = 1, readNothing = 2, readUnusable = 4 };
+
+    // Interface thread. Blocks of `blockFrames` positions for `channels`
+    // (1 or 2) channels, zero-filled; no folder, no session yet.
+    explicit AudioDataStore(int32_t channels = 2, int32_t blockFrames = defaultBlockFrames);
+    ~AudioDataStore();
+    AudioDataStore(const AudioDataStore&) = delete;
+    AudioDataStore& operator=(const AudioDataStore&) = delete;
+
+    // Interface thread, disk thread stopped. The folder that holds the
+    // session folders, and the session's ID (at most 31 characters).
+    void setParentFolder(const std::string& path);
+    void setSessionID(const std::string& id);
+    // A new session ID from the clock: "yyyyMMddHHmmss" and "_%d".
+    static std::string makeSessionID();
+    const std::string& getSessionID() const { return sessionID; }
+    std::string sessionFolder() const { return parentFolderPath + "/" + folderName; }
+
+    // Interface thread. Starts and stops the disk thread; start opens the
+    // files of the regions and sets `status` before it returns.
+    void start();
+    void stop();
+    bool isRunning() const { return diskThread.joinable(); }
+    // Interface thread. Waits until the disk thread has written every block
+    // handed on so far.
+    void waitIdle() const;
+
+    // Audio thread. A new run begins at the next writeSample.
+    void beginRun() noexcept;
+    // Audio thread. Hands on the block being written, so that the disk
+    // thread writes the tail of the run.
+    void endRun() noexcept;
+    // Audio thread. Stores one sample pair at `position`; false when
+    // recording has stopped (writeFailed) or could not go on.
+    bool writeSample(int64_t position, float left, float right) noexcept;
+    // Audio thread (or the one thread that reads the store). One of
+    // ReadResult; `right` may be null.
+    int readSample(int64_t position, float& left, float* right) noexcept;
+    // Any thread. First run of adjacent regions with files holding
+    // `position`; false if `position` is in a fileless region or none.
+    bool findRegion(int64_t position, int64_t* regionStart, int64_t* regionEnd) const noexcept;
+
+    // Interface thread, audio thread out of the store, disk thread stopped.
+    // Blocks back to their free fifos, no current block, region or run.
+    void reset();
+    // Interface thread, disk thread stopped. Everything recorded forgotten:
+    // regions, files (closed, not deleted), flags.
+    void clearRecording();
+    // Interface thread, disk thread stopped. Deletes this session's ".dat"
+    // files and the folder if nothing else is left; true if it was removed.
+    bool purgeFiles();
+
+    // Interface thread. The stream forms of the store.
+    template <class Writer> bool writeStore(Writer& out) const;
+    // Interface thread, disk thread stopped. Reads the store; files that
+    // cannot be found leave `status` set, which is still a success.
+    template <class Reader> bool readStore(Reader& in);
+
+    // Any thread.
+    int32_t channelCount() const noexcept { return channels; }
+    int32_t framesPerBlock() const noexcept { return blockFrames; }
+    int32_t getStatus() const noexcept { return status.load(std::memory_order_acquire); }
+    bool hasWriteFailed() const noexcept { return writeFailed.load(std::memory_order_acquire); }
+    bool hasOverrun() const noexcept { return overrun.load(std::memory_order_acquire); }
+    bool diskFailed() const noexcept { return diskError.load(std::memory_order_acquire); }
+    int32_t regionCount() const noexcept { return regionsUsed.load(std::memory_order_acquire); }
+    const AudioRegion& region(int32_t i) const noexcept { return regions[size_t(i)]; }
+    int64_t getRunEnd() const noexcept { return runEnd.load(std::memory_order_acquire); }
+    // Audio thread. Offline processing: writeSample waits for free blocks.
+    void setOffline(bool on) noexcept { offline = on; }
+
+    // Status values.
+    static constexpr int32_t statusFilesMissing = 1;
+
+private:
+    friend struct AudioDataStoreAccess;
+    void diskLoop();
+    void openFiles();
+    void writeBlockToDisk(AudioBlock* block);
+    void fillReadBlock(int64_t blockStart, AudioRegion* r);
+    bool handOn(AudioBlock* block) noexcept;
+    AudioBlock* findReadBlock(AudioRegion* r, int64_t position) noexcept;
+    void requestRead(int64_t blockStart, int32_t regionIndex) noexcept;
+    int32_t regionIndexOf(const AudioRegion* r) const noexcept;
+    void fail() noexcept;
+    void addRegionLocked(int64_t start, int64_t end, DataFile* file, int64_t fileOffset);
+
+    const int32_t channels;
+    const int32_t blockFrames;
+    const int32_t prefetchFrames;
+
+    std::unique_ptr<AudioBlock> writeBlocks[blockCount];
+    std::unique_ptr<AudioBlock> readBlocks[blockCount];
+    CircularFifo freeWriteBlocks;  // disk -> audio
+    CircularFifo freeReadBlocks;   // audio -> disk
+    CircularFifo readRequests;     // audio -> disk
+    CircularFifo finishedBlocks;   // audio -> disk
+
+    std::unique_ptr<std::unique_ptr<DataFile>[]> dataFiles;
+    std::atomic<int32_t> filesUsed{0};
+    std::unique_ptr<AudioRegion[]> regions;
+    std::atomic<int32_t> regionsUsed{0};
+
+    // The audio thread's own.
+    AudioBlock* currentWriteBlock = nullptr;
+    AudioBlock* currentReadBlock = nullptr;
+    AudioRegion* currentRegion = nullptr;
+    AudioRegion* currentRun = nullptr;
+    int64_t writePosition = 0;
+    int64_t runStart = 0;
+    int64_t lastRequest = -1;
+    bool startOfRun = false;
+    bool offline = false;
+
+    std::atomic<int64_t> runEnd{0};
+    std::atomic<bool> writeFailed{false};
+    std::atomic<bool> overrun{false};
+    std::atomic<bool> diskError{false};
+    std::atomic<int32_t> status{0};
+    // Blocks handed on and not yet written: raised by the audio thread,
+    // lowered by the disk thread.
+    std::atomic<int32_t> blocksInFlight{0};
+
+    std::string sessionID;
+    std::string parentFolderPath;
+    std::string folderName;
+    int32_t closingValue = 0;
+
+    std::thread diskThread;
+    std::atomic<bool> diskQuit{false};
+    std::atomic<bool> filesOpened{false};
+};
+
+#include "graph/model/AudioDataStore_stream.h"
