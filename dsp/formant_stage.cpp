@@ -60,6 +60,12 @@ constexpr int64_t work_len = 2 * longest_period + longest_period / 10 + engine::
 // Analyses averaged by the smoothers of the correlation and of the areas.
 constexpr int32_t corr_history = 4;
 constexpr int32_t area_history = 2;
+// The segment counts as repeating at a fraction 1 / m of the detector's
+// period when its circular correlation there reaches this share of its
+// energy; m up to max_divisor, for fundamentals up to max_fundamental Hz.
+constexpr double repeat_share = 0.95;
+constexpr int64_t max_divisor = 8;
+constexpr double max_fundamental = 1500.0;
 
 } // namespace
 
@@ -147,7 +153,7 @@ void formant_stage::analyze_formants(const double* period_ring, int64_t index, i
             // No pitch yet: a plain 10 ms.
             len = int64_t(rate * 0.01);
             for (int64_t i = 0; i < len; ++i) work[i] = x[engine::ring_back(index, i, engine::ring_len)];
-            std::fill(work + len, work + len + lpc_order, 0.0);
+            std::fill(work + len, work + len + lpc_order + 1, 0.0);
         } else {
             fade = int64_t(0.1 * p);
             len = period == 0.0 ? int64_t(2.0 * p + 0.5) : int64_t(p + 0.5);
@@ -179,7 +185,7 @@ void formant_stage::analyze_formants(const double* period_ring, int64_t index, i
                     w -= step;
                 }
             }
-            for (int64_t i = 0; i < lpc_order; ++i) work[len + i] = work[i % len];
+            for (int64_t i = 0; i <= lpc_order; ++i) work[len + i] = work[i % len];
         }
 
         // A further first difference tilts the spectrum the fit sees.
@@ -188,15 +194,23 @@ void formant_stage::analyze_formants(const double* period_ring, int64_t index, i
         for (int64_t i = n - 1; i > 0; --i) work[i] -= spectrum_emphasis * work[i - 1];
         work[0] -= spectrum_emphasis * wrap;
 
-        double r[engine::max_taps + 1];
-        for (int64_t l = 0; l <= lpc_order; ++l) {
-            double sum = 0.0;
-            for (int64_t i = 0; i < len; ++i) sum += work[i] * work[i + l];
+        // Two lags per pass over the segment, each summed in the same order
+        // as alone.
+        double r[engine::max_taps + 2];
+        for (int64_t l = 0; l <= lpc_order; l += 2) {
+            double sum = 0.0, next = 0.0;
+            for (int64_t i = 0; i < len; ++i) {
+                sum += work[i] * work[i + l];
+                next += work[i] * work[i + l + 1];
+            }
             r[l] = sum;
+            r[l + 1] = next;
         }
         // The lag window widens the spectral peaks, so that the fit follows
-        // the envelope and not the harmonics.
-        const double w = p != 0.0 ? p : double(len);
+        // the envelope and not the harmonics. Its width is the spacing of the
+        // harmonics: the detector's period, or a whole fraction of it when
+        // the segment repeats within that period.
+        const double w = p != 0.0 ? p / double(harmonic_divisor(r, len, p)) : double(len);
         for (int64_t l = 1; l <= lpc_order; ++l) {
             const double a = double(l) * M_PI / w;
             const double sinc = std::sin(a) / a;
@@ -229,6 +243,33 @@ void formant_stage::analyze_formants(const double* period_ring, int64_t index, i
     set_ring[index] = set_index;
     prev_set_ring[index] = prev_set_index;
     mix_ring[index] = set_mix;
+}
+
+int64_t formant_stage::harmonic_divisor(const double* r, int64_t len, double p) const noexcept
+{
+    // A voice whose first formant lies below its fundamental can hold the
+    // detector at several periods; the correction does not mind, as it stays
+    // on the same pitch class, but the harmonics then stand several lag
+    // window widths apart and the fit would follow them. The segment repeats
+    // at len samples; its circular correlation at the lags p / m (r[lag]
+    // where the lag is within the order) tells whether it repeats within.
+    if (!(r[0] > 0.0)) return 1;
+    const int64_t shortest = std::max<int64_t>(2, int64_t(rate / max_fundamental));
+    for (int64_t m = max_divisor; m >= 2; --m) {
+        const int64_t lag = int64_t(p / double(m) + 0.5);
+        if (lag < shortest || lag >= len) continue;
+        double sum = 0.0;
+        if (lag <= lpc_order) {
+            sum = r[lag];
+        } else {
+            for (int64_t i = 0, j = lag; i < len; ++i, ++j) {
+                if (j == len) j = 0;
+                sum += work[i] * work[j];
+            }
+        }
+        if (sum >= repeat_share * r[0]) return m;
+    }
+    return 1;
 }
 
 int64_t formant_stage::warp_area(bool bypass) noexcept

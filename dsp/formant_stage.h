@@ -91,6 +91,10 @@ private:
     // Sections of the synthesis tube: the analysis' areas warped to the
     // throat ratio, or as they are with `bypass`.
     int64_t warp_area(bool bypass) noexcept;
+    // The number of times the analysis segment (work[0 .. len), closing on
+    // itself, with its circular correlation r[0 .. lpc_order]) repeats
+    // within the detector's period p: 1 when it does not.
+    int64_t harmonic_divisor(const double* r, int64_t len, double p) const noexcept;
     void roll_sets() noexcept;
 
     double rate = 0.0;

@@ -59,7 +59,7 @@ double Voice_Generator::gaussian()
 
 Voice_Generator::Formants Voice_Generator::formants_of(Vowel vowel)
 {
-    // Adult formant frequencies from the usual phonetic tables.
+    // An adult man's formant frequencies from the usual phonetic tables.
     switch (vowel) {
     case Vowel::A: return {{730, 1090, 2440, 3400}, {80, 90, 120, 150}};
     case Vowel::E: return {{530, 1840, 2480, 3400}, {60, 100, 120, 150}};
@@ -78,8 +78,8 @@ void Voice_Generator::synthesise(std::vector<float>& out, size_t begin, size_t e
     // Two-pole resonators, each with unit gain at DC, in cascade.
     double c1[4], c2[4], g[4], y1[4] = {0, 0, 0, 0}, y2[4] = {0, 0, 0, 0};
     for (int k = 0; k < 4; ++k) {
-        const double freq = std::min(f.freq[k], 0.45 * rate);
-        const double r = std::exp(-M_PI * f.bandwidth[k] / rate);
+        const double freq = std::min(f.freq[k] * settings.formant_scale, 0.45 * rate);
+        const double r = std::exp(-M_PI * f.bandwidth[k] * settings.formant_scale / rate);
         c1[k] = 2.0 * r * std::cos(2.0 * M_PI * freq / rate);
         c2[k] = -r * r;
         g[k] = 1.0 - c1[k] - c2[k];

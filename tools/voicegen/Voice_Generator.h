@@ -33,7 +33,16 @@ struct Voice_Settings {
     double vibrato_depth_cents = 25.0; // peak deviation
     double vibrato_onset_s = 0.3;      // vibrato fades in after this long into each note
     double breath = 0.005;             // aspiration noise relative to the voice
+    // Formant frequencies and bandwidths over those of an adult man: a
+    // shorter vocal tract raises them all (about 1.17 for a woman, 1.35 for
+    // a child).
+    double formant_scale = 1.0;
 };
+
+// Formant scales of the usual voice kinds.
+constexpr double kManFormants = 1.0;
+constexpr double kWomanFormants = 1.17;
+constexpr double kChildFormants = 1.35;
 
 class Voice_Generator {
 public:
