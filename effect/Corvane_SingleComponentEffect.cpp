@@ -6,6 +6,7 @@
 
 #include "Common_VST3/VST3_MultiStringArrayParameter.h"
 #include "effect/Corvane_Parameters.h"
+#include "options/Corvane_PreferencesFile.h"
 #include "pluginterfaces/vst/ivstprocesscontext.h"
 
 using namespace Steinberg;
@@ -40,6 +41,11 @@ tresult PLUGIN_API Corvane_SingleComponentEffect::initialize(FUnknown* context)
     indexParameters();
     dspObject.set_sample_rate(processSetup.sampleRate);
     applyAllParameters();
+    readPreferences(preferencesPath(), &options);
+    setMaxUndos(options.maxUndos);
+    capacitySetting = options.bufferSeconds;
+    customCursors = options.useCursors;
+    knobStyle = options.knobOrientation;
     latencySamples = int32(engine::latency * dspObject.get_decimation_factor());
     return kResultOk;
 }

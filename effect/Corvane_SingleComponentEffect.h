@@ -9,6 +9,7 @@
 #include "dsp/Scale_State.h"
 #include "dsp/note_tables.h"
 #include "effect/Corvane_Parameters.h"
+#include "options/Corvane_OptionsDlgData.h"
 #include "panel/Corvane_EditorPresenter.h"
 #include "panel/Corvane_EffectAccess.h"
 
@@ -217,6 +218,10 @@ protected:
     // recorded audio 10 to 10800; knob style 0 (circular), 4 (linear) or 5
     // (the host's); knob mode as the panel's knobs take it: 0 circular, 1
     // relative circular, 2 linear.
+    // The user's options, read from the preferences file at initialize:
+    // the four settings below start from them, and a session's own then
+    // override them.
+    Corvane_OptionsDlgData options = defaultPreferences;
     Steinberg::int32 maxUndos = 20;
     Steinberg::int32 capacitySetting = 240;
     bool customCursors = true;

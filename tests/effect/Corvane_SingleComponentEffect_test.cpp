@@ -133,7 +133,7 @@ TEST(CorvaneEffect, MarksAndSettingsSurviveTheState)
     EXPECT_TRUE(read.removedRows[0][1]);
     EXPECT_TRUE(read.removedRows[24][30]);
     EXPECT_FALSE(read.removedRows[24][29]);
-    EXPECT_EQ(target.effect->getMaxUndos(), 20);
+    EXPECT_EQ(target.effect->getMaxUndos(), source.effect->getMaxUndos());
 }
 
 TEST(CorvaneEffect, OldSettingsWithRulesOfTheirOwn)
