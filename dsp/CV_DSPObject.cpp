@@ -107,6 +107,7 @@ void CV_DSPObject::set_samples_per_frame(double host_samples) noexcept
 {
     samples_per_frame = host_samples > 0.0 ? host_samples : engine::default_samples_per_frame;
     frame_len = samples_per_frame / double(decimationFactor);
+    tracker.set_scale(double(decimationFactor), engine_rate());
     update_frame_rate_values();
     publish_status();
 }
@@ -117,6 +118,7 @@ void CV_DSPObject::set_position(int64_t host_position) noexcept
     input_pos = position;
     const int64_t frame = int64_t(double(position) / frame_len);
     frame_phase = double(position) - double(frame) * frame_len;
+    tracker.set_frame_index(frame);
     publish_status();
 }
 
@@ -197,11 +199,17 @@ void CV_DSPObject::process_block(const float* const* in, float* const* out, int6
         primary += noise.denormal_noise();
         if (two_channels) secondary += noise.denormal_noise();
 
-        if (!idle && started) ++input_pos;
+        // Record: the source audio at its store position.
+        if (!idle && started) {
+            tracker.record(input_pos, primary, secondary);
+            ++input_pos;
+        }
 
+        block_sample = i;
         analyze_sample(primary, secondary, two_channels);
         output_sample(out, i, two_channels);
     }
+    if (tracker.is_tracking()) tracker.end_block(frames);
     publish_status();
 }
 
@@ -209,10 +217,12 @@ void CV_DSPObject::analyze_sample(double primary, double secondary, bool two_cha
 {
     if (!idle && started) {
         frame_phase += 1.0;
-        if (frame_phase >= frame_len) {
+        const bool closing = frame_phase >= frame_len;
+        if (closing) {
             frame_phase -= frame_len;
             close_frame();
         }
+        tracker.level(primary, closing);
     }
 
     shifter.advance();
@@ -260,6 +270,8 @@ void CV_DSPObject::close_frame() noexcept
             natural.unvoiced_frame();
         else
             natural.frame(0.5 * (frame_min_period + frame_max_period));
+    } else {
+        tracker.close_frame(frame_min_period, frame_max_period, block_sample);
     }
     frame_min_period = engine::no_min_period;
     frame_max_period = engine::no_max_period;

@@ -7,6 +7,7 @@
 #include "dsp/Downsample_DSP.h"
 #include "dsp/engine_constants.h"
 #include "dsp/formant_stage.h"
+#include "dsp/frame_tracker.h"
 #include "dsp/natural_vibrato.h"
 #include "dsp/note_targets.h"
 #include "dsp/pitch_detector.h"
@@ -103,6 +104,24 @@ public:
     // with it.
     void set_position(int64_t host_position) noexcept;
 
+    // Interface thread, while inactive. The tracked frames and the audio
+    // store the tracking path writes; either may be null.
+    void attach_tracked_data(TrackedFrameArray* frames, AudioDataStore* store) noexcept
+    {
+        tracker.attach(frames, store);
+    }
+    // Owner thread. Graph mode's tracking into the frames, and recording of
+    // the source audio into the store.
+    void set_tracking_frames(bool on) noexcept { tracker.set_tracking(on); }
+    void set_recording(bool on) noexcept { tracker.set_recording(on); }
+    bool is_tracking_frames() const noexcept { return tracker.is_tracking(); }
+    bool is_recording() const noexcept { return tracker.is_recording(); }
+    // Owner thread. A MIDI tag (note number, or frame_tracker::note_off_tag)
+    // at engine sample `time` of the next block; false when the queue is full.
+    bool queue_midi(uint16_t tag, int64_t time) noexcept { return tracker.queue_event(tag, time); }
+    // Engine samples per frame, not necessarily whole.
+    double get_frame_len() const noexcept { return frame_len; }
+
     // Owner thread. The settings as last set.
     bool is_bypassed() const noexcept { return bypass; }
     double get_transpose_ratio() const noexcept { return transpose_ratio; }
@@ -138,6 +157,7 @@ private:
     void publish_status() noexcept;
 
     pitch_detector detector;
+    frame_tracker tracker;
     note_targets targets;
     retune_smoother retune;
     vibrato_generator vibrato;
@@ -170,6 +190,8 @@ private:
     double frame_min_period = engine::no_min_period;
     double frame_max_period = engine::no_max_period;
     int64_t input_pos = 0;
+    // Sample of the block being processed, for the MIDI queue.
+    int64_t block_sample = 0;
 
     // What get_status reads: written by the owner, read by any thread.
     struct published_status {

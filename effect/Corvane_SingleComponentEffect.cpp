@@ -42,16 +42,15 @@ tresult PLUGIN_API Corvane_SingleComponentEffect::initialize(FUnknown* context)
     dspObject.set_sample_rate(processSetup.sampleRate);
     applyAllParameters();
     readPreferences(preferencesPath(), &options);
-    setMaxUndos(options.maxUndos);
-    capacitySetting = options.bufferSeconds;
-    customCursors = options.useCursors;
-    knobStyle = options.knobOrientation;
+    userOptionsChanged();
     latencySamples = int32(engine::latency * dspObject.get_decimation_factor());
+    prepareTrackedData();
     return kResultOk;
 }
 
 tresult PLUGIN_API Corvane_SingleComponentEffect::terminate()
 {
+    if (audioStore) audioStore->stop();
     return VST3_SingleComponentEffect::terminate();
 }
 
@@ -71,6 +70,7 @@ tresult PLUGIN_API Corvane_SingleComponentEffect::setupProcessing(ProcessSetup& 
     // note table) depend on the rate just set.
     applyAllParameters();
     latencySamples = int32(engine::latency * dspObject.get_decimation_factor());
+    prepareTrackedData();
     return kResultOk;
 }
 
@@ -81,6 +81,10 @@ tresult PLUGIN_API Corvane_SingleComponentEffect::setActive(TBool state)
         dspObject.reset();
         clockRunning = false;
         clockStartPosition = -1;
+    } else if (audioStore) {
+        // Inactive, the interface thread owns the engine: the run's tail
+        // goes to the disk.
+        audioStore->endRun();
     }
     return VST3_SingleComponentEffect::setActive(state);
 }
@@ -199,7 +203,15 @@ void Corvane_SingleComponentEffect::processEvents(IEventList* events) noexcept
             continue;
         }
         if (pitch < Scale_State::lowest_note || pitch > 96) continue;
-        if (engineGraphMode) continue; // recorded beside the pitch once Graph mode tracks
+        if (engineGraphMode) {
+            // Recorded beside the pitch while tracking, up to a number per run.
+            if (pitchTrackingActive && recordedNotes < maxRecordedNotes) {
+                const int64_t time = int64_t(e.sampleOffset) / dspObject.get_decimation_factor();
+                if (dspObject.queue_midi(velocity == 0 ? frame_tracker::note_off_tag : uint16_t(pitch), time))
+                    ++recordedNotes;
+            }
+            continue;
+        }
         changed |= midiNoteToScale(pitch, velocity);
     }
     // Only the marks moved: the table is rebuilt from them, and the panel's
@@ -238,41 +250,13 @@ void Corvane_SingleComponentEffect::setCorrectionMode(bool graph)
     requestFromInterface();
 }
 
-void Corvane_SingleComponentEffect::setClockPosition(int64_t position)
-{
-    clockStartPosition = position;
-    dspObject.set_position(position);
-}
-
-void Corvane_SingleComponentEffect::startClock()
-{
-    clockRunning = true;
-    dspObject.set_idle(false);
-}
-
-void Corvane_SingleComponentEffect::stopClock()
-{
-    clockRunning = false;
-    clockStartPosition = -1;
-    dspObject.set_idle(true);
-}
-
-void Corvane_SingleComponentEffect::clockStep(ProcessData& /*data*/) noexcept
-{
-    // Auto mode: the clock runs from position 0 as soon as audio flows, so
-    // frames close for the slow filters of the correction.
-    if (!engineGraphMode) {
-        if (!clockRunning) {
-            startClock();
-            setClockPosition(0);
-        }
-    }
-}
-
 void Corvane_SingleComponentEffect::processAudio(ProcessData& data) noexcept
 {
     processCalled = true;
-    clockStep(data);
+    int64_t position = 0;
+    bool positionValid = false;
+    if (audioStore) audioStore->setOffline(data.processMode == kOffline);
+    clockStep(data, position, positionValid);
 
     AudioBusBuffers& input = data.inputs[0];
     AudioBusBuffers& output = data.outputs[0];
@@ -309,6 +293,8 @@ void Corvane_SingleComponentEffect::processAudio(ProcessData& data) noexcept
     }
     const bool silent = silentInputSamples > int64_t(latencySamples) + silenceTail;
     output.silenceFlags = silent ? (uint64(1) << (stereoOut ? 2 : 1)) - 1 : 0;
+
+    if (engineGraphMode) markBarAndBeat(data, position, positionValid);
 }
 
 void Corvane_SingleComponentEffect::applyParameter(VST3_BaseParameter* parameter, ParamID id,
@@ -349,6 +335,24 @@ void Corvane_SingleComponentEffect::applyParameter(VST3_BaseParameter* parameter
     case corvane::kLRRef: dspObject.set_reference_channel(uint16_t(plain)); break;
     case corvane::kMIDIOctaves: midiOctavesAll = plain != 0.0; break;
     case corvane::kClockSource: hostClock = plain == 1.0; break;
+    // Tracking starts on a press and stops when the button is let go of.
+    case corvane::kTrackPitch:
+    case corvane::kTrackPitchAndTime:
+        if (plain == 1.0 && !pitchTrackingActive) startTracking(id == corvane::kTrackPitchAndTime);
+        else if (id == corvane::kTrackPitch ? (value == 0.0 && pitchTrackingActive)
+                                             : (plain == 0.0 && pitchAndTimeTrackingActive))
+            stopTracking();
+        break;
+    case corvane::kClearAllData:
+        if (plain == 1.0) clearAllData();
+        break;
+    case corvane::kResetClocks:
+        if (plain == 1.0) {
+            stopClock();
+            lastBlockPosition = 0;
+            lastBlockSamples = 0;
+        }
+        break;
     case corvane::kBypass: dspObject.set_bypass(plain != 0.0); break;
     default: break;
     }

@@ -2,13 +2,18 @@
 
 #include <atomic>
 #include <cstdint>
+#include <memory>
+#include <string>
 
 #include "Common_VST3/VST3_SingleComponentEffect.h"
 #include "Common_VST3/VST3_VST3Editor.h"
 #include "dsp/DT_DSPObject.h"
 #include "dsp/Scale_State.h"
 #include "dsp/note_tables.h"
+#include "effect/Corvane_ITrackedData.h"
 #include "effect/Corvane_Parameters.h"
+#include "graph/model/AudioDataStore.h"
+#include "graph/model/TrackedFrameArray.h"
 #include "options/Corvane_OptionsDlgData.h"
 #include "panel/Corvane_EditorPresenter.h"
 #include "panel/Corvane_EffectAccess.h"
@@ -19,7 +24,8 @@
 class Corvane_SingleComponentEffect : public VST3_SingleComponentEffect,
                                       public VSTGUI::IKeyboardHook,
                                       public VST3_EditorOwner,
-                                      public Corvane_EffectAccess {
+                                      public Corvane_EffectAccess,
+                                      public ICorvaneTrackedData {
 public:
     Corvane_SingleComponentEffect();
     ~Corvane_SingleComponentEffect() override;
@@ -111,6 +117,8 @@ public:
     }
     void stopAutoRepeat() override { VST3_SingleComponentEffect::stopAutoRepeat(); }
     Steinberg::int32 getRepeatingTag() const override { return VST3_SingleComponentEffect::getRepeatingTag(); }
+    Corvane_OptionsDlgData& userOptions() override { return options; }
+    void userOptionsChanged() override;
     int getHeldKeyboardNote() const { return heldKeyboardNote.load(std::memory_order_relaxed); }
 
     //--- The graph clock.
@@ -144,10 +152,44 @@ public:
     bool isGraphPlacementPending() const { return graphPlacementPending; }
 
     OBJ_METHODS(Corvane_SingleComponentEffect, VST3_SingleComponentEffect)
+    tresult PLUGIN_API queryInterface(const Steinberg::TUID iid, void** obj) SMTG_OVERRIDE;
+    REFCOUNT_METHODS(VST3_SingleComponentEffect)
+
+    //--- ICorvaneTrackedData: interface thread (Corvane_Tracking.cpp).
+    tresult PLUGIN_API clickControl(Steinberg::uint32 id, double normalized) SMTG_OVERRIDE;
+    tresult PLUGIN_API setDataFolder(const char* utf8Path) SMTG_OVERRIDE;
+    void PLUGIN_API getSessionFolder(char* utf8Path, Steinberg::int32 size) SMTG_OVERRIDE;
+    Steinberg::int64 PLUGIN_API getTrackedFrameCount() SMTG_OVERRIDE;
+    tresult PLUGIN_API getTrackedFrame(Steinberg::int64 index, TrackedFrame* frame) SMTG_OVERRIDE;
+    Steinberg::int64 PLUGIN_API getFrameSamples() SMTG_OVERRIDE { return getSamplesPerFrame(); }
+    Steinberg::int64 PLUGIN_API getDecimationFactor() SMTG_OVERRIDE { return dspObject.get_decimation_factor(); }
+    void PLUGIN_API waitForDisk() SMTG_OVERRIDE;
+    Steinberg::int32 PLUGIN_API getRegionCount() SMTG_OVERRIDE;
+    tresult PLUGIN_API getRegion(Steinberg::int32 index, Steinberg::int64* start, Steinberg::int64* end,
+                                 Steinberg::TBool* hasFile) SMTG_OVERRIDE;
+    Steinberg::int32 PLUGIN_API readTrackedSample(Steinberg::int64 position, float* left, float* right) SMTG_OVERRIDE;
+    Steinberg::int32 PLUGIN_API getStoreChannels() SMTG_OVERRIDE;
+    Steinberg::int32 PLUGIN_API getStoreStatus(Steinberg::TBool* overrun, Steinberg::TBool* writeFailed) SMTG_OVERRIDE;
+
+    // The folder that holds the session folders when no other is chosen:
+    // $XDG_DATA_HOME (else ~/.local/share), then the maker's folder and the
+    // product's.
+    static std::string defaultDataFolder();
 
 protected:
-    // The clock step of a block, before the audio.
-    void clockStep(Steinberg::Vst::ProcessData& data) noexcept;
+    // The clock step of a block, before the audio; sets `position` and
+    // `positionValid` for the marks.
+    void clockStep(Steinberg::Vst::ProcessData& data, int64_t& position, bool& positionValid) noexcept;
+    // Owner thread. Bar and beat marks of the block into the tracked frames.
+    void markBarAndBeat(const Steinberg::Vst::ProcessData& data, int64_t position, bool positionValid) noexcept;
+    // Owner thread. Tracking begins (argument 1: with the audio), ends, and
+    // both stores are cleared.
+    void startTracking(bool withAudio) noexcept;
+    void stopTracking() noexcept;
+    void clearAllData() noexcept;
+    // Interface thread. The stores' life: frames sized by the capacity
+    // setting, the disk thread started.
+    void prepareTrackedData();
     // The engine's owner: what the interface thread asked for outside the
     // parameters (mode, marks, held key) reaches the engine, and a stale
     // note table is rebuilt.
@@ -206,6 +248,22 @@ protected:
     bool noteTableStale = true;
     bool retuneStale = true;
     bool trackingStale = true;
+    // MIDI notes recorded in one tracking run; later ones are dropped.
+    static constexpr Steinberg::int32 maxRecordedNotes = 256;
+    // MIDI notes recorded in this tracking run; the bar and beat last marked.
+    Steinberg::int32 recordedNotes = 0;
+    Steinberg::int32 lastBar = -1;
+    Steinberg::int32 lastBeat = -1;
+
+    // The tracked frames and the audio store the engine writes while it
+    // tracks. The frames are sized before activation; the store's disk
+    // thread lives from initialize to terminate.
+    TrackedFrameArray trackedFrames;
+    std::unique_ptr<AudioDataStore> audioStore;
+    // Set by setState: the store is being replaced, the audio thread leaves
+    // it alone; `storeInUse` is the audio thread's answer.
+    std::atomic<bool> storeClosed{false};
+    std::atomic<bool> storeInUse{false};
 
     // The marks are shared by both threads, one atomic byte each; the
     // interface thread counts its edits here so that the owner rebuilds.

@@ -98,7 +98,7 @@ std::string AudioDataStore::makeSessionID()
     std::strftime(text, sizeof text, "%Y%m%d%H%M%S", &parts);
     static std::atomic<int> serial{0};
     char id[64];
-    std::snprintf(id, sizeof id, "%s_%d", text, int(::getpid() % 10000) * 10 + serial++ % 10);
+    std::snprintf(id, sizeof id, "%s_%d", text, int(::getpid() % 100000) * 1000 + serial++ % 1000);
     return id;
 }
 
@@ -237,6 +237,20 @@ void AudioDataStore::endRun() noexcept
     else fail();
 }
 
+void AudioDataStore::forgetRecording() noexcept
+{
+    endRun();
+    currentRun = nullptr;
+    currentRegion = nullptr;
+    currentReadBlock = nullptr;
+    startOfRun = false;
+    firstRegion.store(regionsUsed.load(std::memory_order_relaxed), std::memory_order_release);
+    runEnd.store(0, std::memory_order_release);
+    writeFailed.store(false, std::memory_order_release);
+    overrun.store(false, std::memory_order_release);
+    status.store(0, std::memory_order_release);
+}
+
 void AudioDataStore::fail() noexcept
 {
     writeFailed.store(true, std::memory_order_release);
@@ -353,7 +367,7 @@ int AudioDataStore::readSample(int64_t position, float& left, float* right) noex
         position >= currentRegion->end.load(std::memory_order_acquire)) {
         currentRegion = nullptr;
         const int32_t n = regionsUsed.load(std::memory_order_acquire);
-        for (int32_t i = 0; i < n; ++i) {
+        for (int32_t i = firstRegion.load(std::memory_order_acquire); i < n; ++i) {
             AudioRegion& r = regions[size_t(i)];
             if (r.start.load(std::memory_order_relaxed) > position) break;
             if (position < r.end.load(std::memory_order_acquire)) {
@@ -401,15 +415,16 @@ int AudioDataStore::readSample(int64_t position, float& left, float* right) noex
 bool AudioDataStore::findRegion(int64_t position, int64_t* regionStart, int64_t* regionEnd) const noexcept
 {
     const int32_t n = regionsUsed.load(std::memory_order_acquire);
+    const int32_t first = firstRegion.load(std::memory_order_acquire);
     auto hasFile = [&](int32_t i) { return regions[size_t(i)].file.load(std::memory_order_acquire) != nullptr; };
-    for (int32_t i = 0; i < n; ++i) {
+    for (int32_t i = first; i < n; ++i) {
         const AudioRegion& r = regions[size_t(i)];
         if (r.start.load(std::memory_order_relaxed) > position) return false;
         if (position >= r.end.load(std::memory_order_acquire)) continue;
         if (!hasFile(i)) return false;
         if (regionStart != nullptr || regionEnd != nullptr) {
             int32_t lo = i, hi = i;
-            while (lo > 0 && hasFile(lo - 1) &&
+            while (lo > first && hasFile(lo - 1) &&
                    regions[size_t(lo - 1)].end.load(std::memory_order_relaxed) ==
                        regions[size_t(lo)].start.load(std::memory_order_relaxed))
                 --lo;
@@ -461,6 +476,7 @@ void AudioDataStore::clearRecording()
     for (int32_t i = 0; i < maxRegions; ++i) dataFiles[size_t(i)].reset();
     filesUsed.store(0, std::memory_order_release);
     regionsUsed.store(0, std::memory_order_release);
+    firstRegion.store(0, std::memory_order_release);
     runEnd.store(0, std::memory_order_release);
     overrun.store(false, std::memory_order_release);
     diskError.store(false, std::memory_order_release);

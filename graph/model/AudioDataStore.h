@@ -99,6 +99,12 @@ public:
     // `position`; false if `position` is in a fileless region or none.
     bool findRegion(int64_t position, int64_t* regionStart, int64_t* regionEnd) const noexcept;
 
+    // Audio thread. Forgets every region recorded so far (their files stay
+    // until purged), ends the run and clears `status`: the store reads as
+    // empty. Region slots are not reused, so the disk thread may still
+    // finish blocks of the forgotten runs.
+    void forgetRecording() noexcept;
+
     // Interface thread, audio thread out of the store, disk thread stopped.
     // Blocks back to their free fifos, no current block, region or run.
     void reset();
@@ -122,8 +128,15 @@ public:
     bool hasWriteFailed() const noexcept { return writeFailed.load(std::memory_order_acquire); }
     bool hasOverrun() const noexcept { return overrun.load(std::memory_order_acquire); }
     bool diskFailed() const noexcept { return diskError.load(std::memory_order_acquire); }
-    int32_t regionCount() const noexcept { return regionsUsed.load(std::memory_order_acquire); }
-    const AudioRegion& region(int32_t i) const noexcept { return regions[size_t(i)]; }
+    // Regions in force, 0..regionCount-1.
+    int32_t regionCount() const noexcept
+    {
+        return regionsUsed.load(std::memory_order_acquire) - firstRegion.load(std::memory_order_acquire);
+    }
+    const AudioRegion& region(int32_t i) const noexcept
+    {
+        return regions[size_t(i + firstRegion.load(std::memory_order_acquire))];
+    }
     int64_t getRunEnd() const noexcept { return runEnd.load(std::memory_order_acquire); }
     // Audio thread. Offline processing: writeSample waits for free blocks.
     void setOffline(bool on) noexcept { offline = on; }
@@ -159,6 +172,8 @@ private:
     std::atomic<int32_t> filesUsed{0};
     std::unique_ptr<AudioRegion[]> regions;
     std::atomic<int32_t> regionsUsed{0};
+    // Regions below this one were forgotten.
+    std::atomic<int32_t> firstRegion{0};
 
     // The audio thread's own.
     AudioBlock* currentWriteBlock = nullptr;

@@ -5,8 +5,9 @@
 
 template <class Writer> bool AudioDataStore::writeStore(Writer& out) const
 {
-    const int32_t nRegions = regionsUsed.load(std::memory_order_acquire);
-    if (nRegions == 0 || sessionID.empty()) return out.write_int32(0);
+    const int32_t first = firstRegion.load(std::memory_order_acquire);
+    const int32_t nRegions = regionsUsed.load(std::memory_order_acquire) - first;
+    if (nRegions <= 0 || sessionID.empty()) return out.write_int32(0);
     auto text = [&](const std::string& s) {
         return out.write_int32(int32_t(s.size())) && out.write_bytes(s.data(), s.size());
     };
@@ -22,7 +23,7 @@ template <class Writer> bool AudioDataStore::writeStore(Writer& out) const
     }
     if (!out.write_int32(nRegions)) return false;
     for (int32_t i = 0; i < nRegions; ++i) {
-        const AudioRegion& r = regions[size_t(i)];
+        const AudioRegion& r = regions[size_t(first + i)];
         const DataFile* file = r.file.load(std::memory_order_acquire);
         int32_t index = -1;
         for (int32_t k = 0; k < nFiles && file != nullptr; ++k)

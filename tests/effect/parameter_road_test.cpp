@@ -17,6 +17,7 @@
 #include "pluginterfaces/vst/ivsteditcontroller.h"
 #include "support/realtime_counter.h"
 #include "support/signals.h"
+#include "support/tracked_data.h"
 
 using namespace Steinberg;
 using namespace Steinberg::Vst;
@@ -194,7 +195,8 @@ TEST_F(ParameterRoad, BlocksNeitherAllocateNorLockWhateverTheyCarry)
     // every automatable parameter and carries notes, and between blocks the
     // controller side posts values as a panel does. Under the sanitizers,
     // which bring their own allocator, nothing is counted, but every value
-    // at every rate is still checked for faults.
+    // at every rate is still checked for faults. Graph mode tracks pitch and
+    // records the audio throughout.
     const std::pair<int, int> layouts[] = {{1, 1}, {1, 2}, {2, 1}, {2, 2}};
     const double rates[] = {8000.0, 96000.0, 384000.0};
     const int32 blocks[] = {1, 37, 4096};
@@ -209,6 +211,7 @@ TEST_F(ParameterRoad, BlocksNeitherAllocateNorLockWhateverTheyCarry)
                 auto instance = create();
                 ASSERT_TRUE(instance);
                 ASSERT_TRUE(instance->set_channels(ins, outs) && instance->setup(rate, 4096) && instance->activate(true));
+                ASSERT_TRUE(test_tracking::startTracking(*instance, std::string(CORVANE_TEST_TMP) + "/road", true));
                 std::vector<ParamID> automatable;
                 for (const auto& p : instance->parameters()) {
                     if (p.flags & ParameterInfo::kCanAutomate) automatable.push_back(p.id);

@@ -1,0 +1,47 @@
+#pragma once
+
+#include "graph/model/TrackedFrame.h"
+#include "pluginterfaces/base/funknown.h"
+
+// What a host-less tool or a test may ask of the effect's Graph-mode data
+// through the module, beside the VST3 interfaces: the data folder of a run,
+// the tracked frames and the recorded audio.
+//
+// Threads: the interface thread. readTrackedSample only while processing is
+// inactive: it is the store's one reader then, as the audio thread is while
+// active.
+class ICorvaneTrackedData : public Steinberg::FUnknown {
+public:
+    // As a click on the panel's control of parameter `id`: the value through
+    // setParamNormalized, then what the panel does with it (a mode switch, a
+    // press). Works with the editor closed.
+    virtual Steinberg::tresult PLUGIN_API clickControl(Steinberg::uint32 id, double normalized) = 0;
+    // The folder that holds the session folders; before anything is
+    // recorded. kResultFalse when recording has begun.
+    virtual Steinberg::tresult PLUGIN_API setDataFolder(const char* utf8Path) = 0;
+    // The folder of this session's ".dat" files (UTF-8, NUL-terminated,
+    // cut to `size`).
+    virtual void PLUGIN_API getSessionFolder(char* utf8Path, Steinberg::int32 size) = 0;
+    // Frames holding data, and one of them (0..count-1).
+    virtual Steinberg::int64 PLUGIN_API getTrackedFrameCount() = 0;
+    virtual Steinberg::tresult PLUGIN_API getTrackedFrame(Steinberg::int64 index, TrackedFrame* frame) = 0;
+    // Host samples per frame, and host samples per store position.
+    virtual Steinberg::int64 PLUGIN_API getFrameSamples() = 0;
+    virtual Steinberg::int64 PLUGIN_API getDecimationFactor() = 0;
+    // Waits until the disk thread has written every finished block.
+    virtual void PLUGIN_API waitForDisk() = 0;
+    // The store: regions (store positions, end excluded), a sample, status.
+    virtual Steinberg::int32 PLUGIN_API getRegionCount() = 0;
+    virtual Steinberg::tresult PLUGIN_API getRegion(Steinberg::int32 index, Steinberg::int64* start,
+                                                    Steinberg::int64* end, Steinberg::TBool* hasFile) = 0;
+    // readSample's answer: 0 read, 1 not in yet, 2 nothing recorded, 4 unusable.
+    virtual Steinberg::int32 PLUGIN_API readTrackedSample(Steinberg::int64 position, float* left, float* right) = 0;
+    virtual Steinberg::int32 PLUGIN_API getStoreChannels() = 0;
+    // The store's status (0 usable, 1 files missing); overrun and write
+    // failure of the last run.
+    virtual Steinberg::int32 PLUGIN_API getStoreStatus(Steinberg::TBool* overrun, Steinberg::TBool* writeFailed) = 0;
+
+    static const Steinberg::FUID iid;
+};
+
+DECLARE_CLASS_IID(ICorvaneTrackedData, 0x6A1C55D2, 0x3E0B4F21, 0x9C7D8B44, 0x1F2A6E90)

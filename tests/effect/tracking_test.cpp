@@ -1,0 +1,213 @@
+// Graph mode's tracking through the built module: the pitch of a sung
+// phrase, bars and beats of the host's transport, jumps, loops and stops.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <vector>
+
+#include "voicegen/Voice_Generator.h"
+#include "support/built_module.h"
+#include "support/editor_host.h"
+#include "support/signals.h"
+#include "support/tracked_data.h"
+
+using namespace Steinberg;
+
+namespace {
+
+constexpr double rate = 48000.0;
+constexpr int64_t hop = 200; // host samples per frame at 48 kHz
+
+double centsOf(double hz) { return 900.0 + 1200.0 * std::log2(hz / 440.0); }
+
+// Runs `x` through the instance in blocks of `block`, from where the
+// transport stands.
+void play(hostlib::Instance& instance, const std::vector<float>& x, int32 block)
+{
+    std::vector<float> out(static_cast<size_t>(block));
+    for (size_t pos = 0; pos < x.size(); pos += size_t(block)) {
+        const int32 n = int32(std::min<size_t>(size_t(block), x.size() - pos));
+        const float* in[1] = {x.data() + pos};
+        float* o[1] = {out.data()};
+        ASSERT_EQ(instance.process(in, o, n), kResultOk);
+    }
+}
+
+// A tone audible from its first sample, so that frame i begins at host
+// sample i * hop.
+std::vector<float> tone(double seconds, double hz)
+{
+    return test_signals::sine(size_t(seconds * rate), hz, rate, 0.3, M_PI / 2);
+}
+
+class Tracking : public Built_Module_Test {
+protected:
+    std::unique_ptr<hostlib::Instance> start(bool withAudio, int32 block = 512)
+    {
+        auto instance = create();
+        if (!instance || !instance->set_channels(1, 1) || !instance->setup(rate, block) || !instance->activate(true))
+            return nullptr;
+        data = test_tracking::startTracking(*instance, test_host::scratchFolder("tracking"), withAudio);
+        return data != nullptr ? std::move(instance) : nullptr;
+    }
+    ICorvaneTrackedData* data = nullptr;
+};
+
+} // namespace
+
+TEST_F(Tracking, SungPhraseFillsFramesWithItsContourAndMarksGapsUnvoiced)
+{
+    // Three sung notes with 0.5 s of exact silence between them.
+    const std::vector<voicegen::Voice_Note> notes = {
+        {0.0, 1.0, 57, 0, 0, 0, voicegen::Vowel::A, 0.5},
+        {1.5, 1.0, 64, 0, 0, 0, voicegen::Vowel::O, 0.5},
+        {3.0, 1.0, 60, 0, 0, 0, voicegen::Vowel::E, 0.5},
+    };
+    for (int32 block : {64, 512, 4096}) {
+        auto instance = start(false, block);
+        ASSERT_TRUE(instance);
+        voicegen::Voice_Settings settings;
+        voicegen::Voice_Generator singer(settings);
+        const auto x = singer.render(notes, 4.2);
+        const auto truth = singer.pitch_contour();
+        play(*instance, x, block);
+        ASSERT_GE(data->getTrackedFrameCount(), int64(4.0 * rate / hop));
+        int voiced = 0, close = 0, gapFrames = 0, gapUnvoiced = 0;
+        for (int64 i = 0; i < data->getTrackedFrameCount(); ++i) {
+            TrackedFrame f;
+            ASSERT_EQ(data->getTrackedFrame(i, &f), kResultOk);
+            // The frame's true pitch is that of its middle; frames within
+            // 0.1 s of a note's edge or of the gaps' edges are left out.
+            const size_t mid = size_t(i * hop + hop / 2);
+            const double t = double(mid) / rate;
+            bool interior = false, inGap = false;
+            for (size_t n = 0; n < notes.size(); ++n) {
+                const double a = notes[n].start_s, b = a + notes[n].length_s;
+                interior |= t > a + 0.1 && t < b - 0.1;
+                if (n + 1 < notes.size()) inGap |= t > b + 0.1 && t < notes[n + 1].start_s - 0.05;
+            }
+            if (interior && truth[mid] > 0.0) {
+                ++voiced;
+                if (f.voiced() && std::abs((f.centsA + f.centsB) / 2 - centsOf(truth[mid])) <= 30.0) ++close;
+            }
+            if (inGap) {
+                ++gapFrames;
+                if (f.centsB == 30000 && f.periodB == -1.0f) ++gapUnvoiced;
+            }
+            EXPECT_LE(f.minSample, f.maxSample) << i;
+        }
+        // Vibrato and jitter move the sung pitch within a frame: 30 cents
+        // of the middle's pitch for 95 % of the voiced frames.
+        EXPECT_GE(close, voiced * 95 / 100) << "blocks of " << block;
+        EXPECT_GT(gapFrames, 0);
+        EXPECT_EQ(gapUnvoiced, gapFrames) << "blocks of " << block;
+    }
+}
+
+TEST_F(Tracking, BarsAndBeatsLandOnTheFramesOfTheirSamples)
+{
+    struct Case { double bpm; int32 numerator, denominator; };
+    for (const Case& c : {Case{120, 4, 4}, Case{93, 4, 4}, Case{120, 6, 8}, Case{93, 6, 8}}) {
+        auto instance = start(false);
+        ASSERT_TRUE(instance);
+        instance->transport().set_tempo(c.bpm);
+        instance->transport().set_time_signature(c.numerator, c.denominator);
+        play(*instance, tone(6.0, 220.0), 512);
+        // A beat is one denominator note: 60 / bpm * 4 / denominator seconds.
+        const double beatSamples = rate * 60.0 / c.bpm * 4.0 / c.denominator;
+        std::vector<int64> marked;
+        for (int64 i = 0; i < data->getTrackedFrameCount(); ++i) {
+            TrackedFrame f;
+            data->getTrackedFrame(i, &f);
+            if (f.beat != 0) marked.push_back(i);
+        }
+        const int64 beats = int64((double(data->getTrackedFrameCount() * hop) - 1) / beatSamples) + 1;
+        ASSERT_EQ(int64(marked.size()), beats) << c.bpm << " " << c.numerator << "/" << c.denominator;
+        for (int64 k = 0; k < beats; ++k) {
+            TrackedFrame f;
+            data->getTrackedFrame(marked[size_t(k)], &f);
+            // The frame holding the beat's first sample, give or take one
+            // sample of single-precision position.
+            const double at = double(k) * beatSamples;
+            EXPECT_GE(marked[size_t(k)], int64(std::floor((at - 1.0) / hop))) << k;
+            EXPECT_LE(marked[size_t(k)], int64(std::floor((at + 1.0) / hop))) << k;
+            EXPECT_EQ(f.bar, int32(k / c.numerator) + 1) << k;
+            EXPECT_EQ(f.beat, k % c.numerator + 1) << k;
+        }
+    }
+}
+
+TEST_F(Tracking, TransportJumpsLoopsAndStopsMoveTheFrames)
+{
+    auto instance = start(true);
+    ASSERT_TRUE(instance);
+    hostlib::Transport& transport = instance->transport();
+    // 1 s at 220 Hz, then 50 samples off the expected place: continuous.
+    play(*instance, tone(1.0, 220.0), 480);
+    transport.locate(transport.context().projectTimeSamples + 50);
+    play(*instance, tone(0.5, 220.0), 480);
+    EXPECT_EQ(data->getRegionCount(), 1);
+    // A jump of 1 s forward: the frames between stay empty, the recording
+    // breaks into a second run at the new place.
+    const int64 before = data->getTrackedFrameCount();
+    transport.locate(transport.context().projectTimeSamples + 48000);
+    const int64 landing = transport.context().projectTimeSamples / hop;
+    play(*instance, tone(0.5, 220.0), 480);
+    TrackedFrame f;
+    data->getTrackedFrame(before + 10, &f);
+    EXPECT_FALSE(f.filled());
+    data->getTrackedFrame(landing + 10, &f);
+    EXPECT_TRUE(f.filled());
+    EXPECT_EQ(data->getRegionCount(), 2);
+    // Stopped, no frame moves; playing again, the frames go on from the
+    // transport's place.
+    const int64 end = data->getTrackedFrameCount();
+    transport.set_playing(false);
+    play(*instance, tone(0.5, 330.0), 480);
+    EXPECT_EQ(data->getTrackedFrameCount(), end);
+    transport.set_playing(true);
+    play(*instance, tone(0.5, 220.0), 480);
+    EXPECT_GT(data->getTrackedFrameCount(), end + 100);
+    // A loop back to 0 rewrites the first frames with what now sounds.
+    const int64 total = data->getTrackedFrameCount();
+    transport.locate(0);
+    play(*instance, tone(0.6, 440.0), 480);
+    EXPECT_EQ(data->getTrackedFrameCount(), total);
+    data->getTrackedFrame(100, &f);
+    EXPECT_NEAR((f.centsA + f.centsB) / 2, centsOf(440.0), 10.0);
+    data->getTrackedFrame(total - 10, &f);
+    EXPECT_NEAR((f.centsA + f.centsB) / 2, centsOf(220.0), 10.0);
+}
+
+TEST_F(Tracking, MidiNotesAreHeldInFramesUpToTheLimitOfARun)
+{
+    auto instance = start(false);
+    ASSERT_TRUE(instance);
+    const auto x = tone(1.0, 220.0);
+    std::vector<float> out(512);
+    // Four events a block, a note on, off, on and off again (on at the end
+    // of block 63): 256 events; then note 70 comes on, the 257th event,
+    // and is dropped while tracking goes on.
+    for (size_t block = 0; block * 512 + 512 <= x.size(); ++block) {
+        if (block < 64) {
+            for (int32 k = 0; k < 4; ++k)
+                instance->queue_note(k % 2 == 0 || block == 63, int16(30 + block), k % 2 == 0 || block == 63 ? 0.8f : 0.0f, 100 * k);
+        }
+        if (block == 64) instance->queue_note(true, 70, 0.8f, 0);
+        const float* in[1] = {x.data() + block * 512};
+        float* o[1] = {out.data()};
+        ASSERT_EQ(instance->process(in, o, 512), kResultOk);
+    }
+    TrackedFrame f;
+    // Block 10: note 40 on from sample 5120 to 5420.
+    data->getTrackedFrame(5120 / hop + 1, &f);
+    EXPECT_EQ(f.midiNote, 40);
+    // Block 63 ends with note 93 held, and nothing later changes it.
+    data->getTrackedFrame(63 * 512 / hop + 3, &f);
+    EXPECT_EQ(f.midiNote, 93);
+    data->getTrackedFrame(data->getTrackedFrameCount() - 1, &f);
+    EXPECT_EQ(f.midiNote, 93);
+    EXPECT_TRUE(f.filled());
+}
