@@ -4,7 +4,11 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
+#include <cstdio>
+#include <filesystem>
+#include <thread>
 #include <vector>
 
 #include "voicegen/Voice_Generator.h"
@@ -210,4 +214,101 @@ TEST_F(Tracking, MidiNotesAreHeldInFramesUpToTheLimitOfARun)
     data->getTrackedFrame(data->getTrackedFrameCount() - 1, &f);
     EXPECT_EQ(f.midiNote, 93);
     EXPECT_TRUE(f.filled());
+}
+
+namespace {
+
+// Reads the store back from position 0 and compares it with `x`; the
+// number of positions that differ by more than one step of 16 bits.
+int64_t exportMismatches(ICorvaneTrackedData& data, const std::vector<float>& x)
+{
+    int64_t bad = 0;
+    for (size_t p = 0; p < x.size(); ++p) {
+        float left = 0.0f;
+        int32 r;
+        while ((r = data.readTrackedSample(int64(p), &left, nullptr)) == 1) std::this_thread::yield();
+        if (r != 0 || std::abs(left - std::max(-1.0f, std::min(1.0f, x[p]))) > 1.0f / 32767.0f) ++bad;
+    }
+    return bad;
+}
+
+// A wideband test signal: two tones and noise, audible from its first sample.
+std::vector<float> wideband(double seconds)
+{
+    auto x = tone(seconds, 220.0);
+    const auto n = test_signals::noise(x.size(), 0.3, 5);
+    const auto y = test_signals::sine(x.size(), 3100.0, rate, 0.2);
+    for (size_t i = 0; i < x.size(); ++i) x[i] += n[i] + y[i];
+    return x;
+}
+
+} // namespace
+
+TEST_F(Tracking, TenMinutesRecordedOfflineExportEqualToTheInput)
+{
+    auto instance = create();
+    ASSERT_TRUE(instance && instance->set_channels(1, 1) && instance->setup(rate, 4096, true) && instance->activate(true));
+    data = test_tracking::startTracking(*instance, test_host::scratchFolder("tracking"), true);
+    ASSERT_TRUE(data);
+    const auto x = wideband(600.0);
+    play(*instance, x, 4096);
+    instance->activate(false);
+    data->waitForDisk();
+    TBool overrun = true, failed = true;
+    EXPECT_EQ(data->getStoreStatus(&overrun, &failed), 0);
+    EXPECT_FALSE(overrun);
+    EXPECT_FALSE(failed);
+    ASSERT_EQ(data->getRegionCount(), 1);
+    int64 start = -1, end = -1;
+    data->getRegion(0, &start, &end, nullptr);
+    EXPECT_EQ(start, 0);
+    EXPECT_EQ(end, int64(x.size()));
+    EXPECT_EQ(exportMismatches(*data, x), 0);
+    char folder[1024];
+    data->getSessionFolder(folder, sizeof folder);
+    std::filesystem::remove_all(folder);
+}
+
+TEST_F(Tracking, RealTimeRecordingAtRealSpeedHasNoOverrun)
+{
+    auto instance = start(true, 512);
+    ASSERT_TRUE(instance);
+    const auto x = wideband(10.0);
+    std::vector<float> out(512);
+    auto due = std::chrono::steady_clock::now();
+    for (size_t pos = 0; pos + 512 <= x.size(); pos += 512) {
+        due += std::chrono::microseconds(512 * 1000000 / 48000);
+        std::this_thread::sleep_until(due);
+        const float* in[1] = {x.data() + pos};
+        float* o[1] = {out.data()};
+        ASSERT_EQ(instance->process(in, o, 512), kResultOk);
+    }
+    instance->activate(false);
+    data->waitForDisk();
+    TBool overrun = true, failed = true;
+    data->getStoreStatus(&overrun, &failed);
+    EXPECT_FALSE(overrun);
+    EXPECT_FALSE(failed);
+    EXPECT_EQ(exportMismatches(*data, std::vector<float>(x.begin(), x.begin() + long(x.size() / 512 * 512))), 0);
+}
+
+TEST_F(Tracking, AFolderThatCannotBeMadeStopsTheRecordingAndKeepsTheFrames)
+{
+    auto instance = create();
+    ASSERT_TRUE(instance && instance->set_channels(1, 1) && instance->setup(rate, 512) && instance->activate(true));
+    // A folder below a plain file cannot be made.
+    const std::string file = test_host::scratchFolder("tracking") + "/plain";
+    std::FILE* plain = std::fopen(file.c_str(), "w");
+    ASSERT_NE(plain, nullptr);
+    std::fclose(plain);
+    data = test_tracking::startTracking(*instance, file + "/data", true);
+    ASSERT_TRUE(data);
+    play(*instance, tone(3.0, 220.0), 512);
+    TBool overrun = true, failed = false;
+    data->getStoreStatus(&overrun, &failed);
+    EXPECT_TRUE(failed);
+    EXPECT_FALSE(overrun);
+    EXPECT_GE(data->getTrackedFrameCount(), int64(2.9 * rate / hop));
+    float left = 0.0f;
+    EXPECT_NE(data->readTrackedSample(100, &left, nullptr), 0);
 }
