@@ -65,6 +65,14 @@ void Corvane_SingleComponentEffect::autoRepeat(int32 tag)
 
 //--- Corvane_EffectAccess.
 
+void Corvane_SingleComponentEffect::userOptionsChanged()
+{
+    setMaxUndos(options.maxUndos);
+    capacitySetting = options.bufferSeconds;
+    customCursors = options.useCursors;
+    knobStyle = options.knobOrientation;
+}
+
 VST3_BaseParameter* Corvane_SingleComponentEffect::panelParameter(ParamID id)
 {
     return FCast<VST3_BaseParameter>(getParameterObject(id));

@@ -13,6 +13,8 @@
 #include "dsp/Scale_State.h"
 #include "dsp/scale_tables.h"
 #include "graph/views/Corvane_GraphContainerView.h"
+#include "options/Corvane_OptionsDlg.h"
+#include "options/Corvane_PreferencesFile.h"
 #include "panel/Corvane_KeyCommands.h"
 #include "panel/Corvane_KeyboardView.h"
 #include "panel/Corvane_MeterView.h"
@@ -98,11 +100,14 @@ VSTGUI::IController* Corvane_EditorPresenter::createSubController(VSTGUI::UTF8St
                                                                  VSTGUI::VST3Editor* editor)
 {
     if (name == nullptr || std::strcmp(name, subControllerName) != 0) return nullptr;
+    openEditor = editor;
     return new Corvane_SubController(this, editor);
 }
 
 void Corvane_EditorPresenter::didOpen()
 {
+    const Corvane_OptionsDlgData& options = effect.userOptions();
+    std::copy(options.keyBindings(), options.keyBindings() + 10, keyBindings);
     if (auto* mode = effect.panelParameter(corvane::kCorrectionMode)) {
         if ((mode->toPlain(mode->getNormalized()) == 1.0) != effect.isGraphMode()) parameterChanged(mode);
     }
@@ -127,6 +132,26 @@ void Corvane_EditorPresenter::willClose()
     effect.keyboardNoteHeld(-1);
     viewRegistry = Corvane_ViewRegistry();
     objectKnobEdit = -1;
+    openEditor = nullptr;
+    dialogs.setFrame(nullptr);
+    optionsRequested = false;
+}
+
+//--- Dialogs.
+
+Corvane_DialogPlatform& Corvane_EditorPresenter::getDialogs()
+{
+    dialogs.setFrame(openEditor ? openEditor->getFrame() : nullptr);
+    return dialogs;
+}
+
+bool Corvane_EditorPresenter::openOptionsDialog()
+{
+    Corvane_OptionsDlgData& options = effect.userOptions();
+    if (!editOptions(getDialogs(), &options, preferencesPath())) return false;
+    effect.userOptionsChanged();
+    std::copy(options.keyBindings(), options.keyBindings() + 10, keyBindings);
+    return true;
 }
 
 void Corvane_EditorPresenter::editorResized(int32 width, int32 height)
@@ -209,6 +234,11 @@ bool Corvane_EditorPresenter::runKeyCommand(int command)
 
 void Corvane_EditorPresenter::onTimer(int32 tick)
 {
+    if (optionsRequested) {
+        optionsRequested = false;
+        openOptionsDialog();
+        if (!openEditor) return; // the panel closed meanwhile
+    }
     Scale_State& scaleState = effect.getScaleState();
     // Scale and key automated while the panel is open reach the scale here:
     // the audio side leaves them to the panel then.
@@ -274,6 +304,9 @@ void Corvane_EditorPresenter::parameterChanged(Parameter* parameter)
     const bool press = plain == 1.0;
 
     switch (id) {
+    case corvane::kOptions:
+        if (press && openEditor) optionsRequested = true;
+        break;
     case corvane::kCorrectionMode:
         effect.setCorrectionMode(press);
         showCorrectionPage();

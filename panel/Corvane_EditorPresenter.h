@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "Common_VST3/VST3_VST3Editor.h"
+#include "options/platform/Corvane_SheetPlatform.h"
 #include "panel/Corvane_EffectAccess.h"
 #include "panel/Corvane_PanelOwner.h"
 #include "panel/Corvane_ViewRegistry.h"
@@ -12,6 +13,7 @@
 namespace VSTGUI {
 class CControl;
 class IController;
+class VST3Editor;
 } // namespace VSTGUI
 
 // The presenter of the effect's editor: builds the panel, keeps the view
@@ -107,6 +109,16 @@ public:
     void scaleMarksEdited() override;
     void keyboardNoteHeld(int note) override;
 
+    //--- Dialogs.
+    // Runs the options dialog over the open panel on the instance's
+    // record; when it is saved the effect and the number keys take the new
+    // record, and the preferences file too when "save as default" is ticked.
+    // Returns once the user has answered; false when cancelled or closed.
+    bool openOptionsDialog();
+    // The dialogs over the open panel (alerts, questions, folder chooser);
+    // while the panel is closed they answer at once as if cancelled.
+    Corvane_DialogPlatform& getDialogs();
+
     // The open panel's views by name; every field null while closed.
     Corvane_ViewRegistry& getViewRegistry() { return viewRegistry; }
     Corvane_EffectAccess& getEffect() { return effect; }
@@ -142,4 +154,10 @@ private:
     int32 objectKnobEdit = -1;
     // The key names' spelling last announced, or -1.
     int32 keySpelling = -1;
+    // The editor of the open panel, null while closed.
+    VSTGUI::VST3Editor* openEditor = nullptr;
+    Corvane_SheetPlatform dialogs;
+    // "Options" was pressed: the dialog opens from the next tick, outside
+    // the button's own event.
+    bool optionsRequested = false;
 };

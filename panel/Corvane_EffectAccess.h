@@ -4,6 +4,7 @@
 #include "pluginterfaces/vst/vsttypes.h"
 
 class Scale_State;
+struct Corvane_OptionsDlgData;
 class VST3_BaseParameter;
 
 // What the panel asks of the effect that owns it: the editor presenter and
@@ -66,4 +67,10 @@ public:
     virtual void stopAutoRepeat() = 0;
     // The tag that repeats, or -1.
     virtual Steinberg::int32 getRepeatingTag() const = 0;
+
+    //--- The user's options.
+    // The instance's own record, which the options dialog edits.
+    virtual Corvane_OptionsDlgData& userOptions() = 0;
+    // The record changed: the effect's settings that follow it take it.
+    virtual void userOptionsChanged() = 0;
 };

@@ -1,6 +1,8 @@
 #include "vstgui_test_support.h"
 
 #include "vstgui/lib/controls/cbuttons.h"
+#include "vstgui/lib/controls/ccheckbox.h"
+#include "vstgui/lib/controls/ctextedit.h"
 #include "vstgui/lib/controls/cknob.h"
 #include "vstgui/lib/controls/coptionmenu.h"
 #include "vstgui/lib/controls/cparamdisplay.h"
@@ -229,4 +231,63 @@ TEST_F(VstguiControls, AnimKnobAndVuMeterShowThePicturesOfTheirValue)
     frame->addView(meter);
     meter->setValue(0.34f);
     for (const auto& [y, grey] : {std::pair{99, 90}, {70, 90}, {69, 40}, {0, 40}}) EXPECT_EQ(greyAt(25, y), grey) << y;
+}
+
+// A text field edits only with the focus; keys it does not take (Return)
+// go on. Check boxes toggle, radio boxes only tick; a text button sends 1
+// then 0 on a click inside it. A view made modal over another comes off
+// first and gives the keys back to the one below.
+TEST_F(VstguiControls, TextFieldCheckBoxButtonAndStackedModalViews)
+{
+    auto* field = new CTextEdit(CRect(10, 10, 110, 30), &edits, 1, "12");
+    frame->addView(field);
+    auto key = [&](int32_t character, unsigned char virt = 0) {
+        VstKeyCode code;
+        code.character = character;
+        code.virt = virt;
+        return frame->platformOnKeyDown(code);
+    };
+    EXPECT_EQ(key('3'), -1) << "no focus, no edit";
+    click(CPoint(20, 20));
+    ASSERT_TRUE(field->hasFocus());
+    const struct { int32_t character; unsigned char virt; const char* text; size_t caret; } steps[] = {
+        {'3', 0, "123", 3}, {0, VKEY_LEFT, "123", 2}, {0, VKEY_BACK, "13", 1}, {0x00E9, 0, "1\xC3\xA9" "3", 3},
+        {0, VKEY_LEFT, "1\xC3\xA9" "3", 1}, {0, VKEY_DELETE, "13", 1}, {0, VKEY_HOME, "13", 0},
+        {0, VKEY_BACK, "13", 0}, {0, VKEY_END, "13", 2},
+    };
+    for (const auto& s : steps) {
+        EXPECT_EQ(key(s.character, s.virt), 1);
+        EXPECT_STREQ(field->getText(), s.text);
+        EXPECT_EQ(field->getCaret(), s.caret);
+    }
+    EXPECT_EQ(key(0, VKEY_RETURN), -1);
+
+    auto* box = new CCheckBox(CRect(10, 40, 110, 60), &edits, 2, "Box");
+    auto* radio = new CCheckBox(CRect(10, 70, 110, 90), &edits, 3, "Radio", CCheckBox::kRadioStyle);
+    auto* button = new CTextButton(CRect(10, 100, 110, 120), &edits, 4, "Push");
+    frame->addView(box);
+    frame->addView(radio);
+    frame->addView(button);
+    edits.take();
+    click(CPoint(20, 50));
+    click(CPoint(20, 50));
+    click(CPoint(20, 80));
+    click(CPoint(20, 80));
+    EXPECT_EQ(edits.take(), " begin 1 end begin 0 end begin 1 end begin 1 end");
+    down(CPoint(20, 110));
+    up(CPoint(150, 150));
+    EXPECT_EQ(edits.take(), "") << "released outside";
+    click(CPoint(20, 110));
+    EXPECT_EQ(edits.take(), " begin 1 0 end");
+
+    auto* lower = new CTextEdit(CRect(0, 0, 200, 200), &edits, 5, "");
+    auto* upper = new CTextEdit(CRect(0, 0, 200, 200), &edits, 6, "");
+    frame->setModalView(lower);
+    frame->setModalView(upper);
+    frame->setFocusView(lower);
+    EXPECT_EQ(key('x'), -1) << "the upper view takes the keys, and it has no focus";
+    frame->setModalView(nullptr);
+    EXPECT_EQ(frame->getModalView(), lower);
+    EXPECT_EQ(key('x'), 1);
+    EXPECT_STREQ(lower->getText(), "x");
 }

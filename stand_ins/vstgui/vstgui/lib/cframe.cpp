@@ -43,7 +43,7 @@ bool CFrame::open(void* parent, PlatformType type)
 void CFrame::close()
 {
     clearMouseViews();
-    setModalView(nullptr);
+    while (modalView) setModalView(nullptr);
     platform.reset();
     removeAll(true);
     forget();
@@ -52,6 +52,13 @@ void CFrame::close()
 unsigned long CFrame::getPlatformWindow() const
 {
     return platform ? platform->getWindow() : 0;
+}
+
+bool CFrame::runEvents(int waitMilliseconds)
+{
+    if (!platform) return false;
+    platform->runEvents(waitMilliseconds);
+    return true;
 }
 
 bool CFrame::setSize(CCoord width, CCoord height)
@@ -159,15 +166,19 @@ void CFrame::unregisterKeyboardHook(IKeyboardHook* hook)
 
 bool CFrame::setModalView(CView* view)
 {
-    if (modalView) {
-        SharedPointer<CView> old = modalView;
-        modalView = nullptr;
-        removeView(old, true);
-    }
     if (view) {
         if (!addView(view)) return false;
+        if (modalView) modalViewsBelow.push_back(modalView);
         modalView = view;
         mouseDownView = nullptr;
+    } else if (modalView) {
+        SharedPointer<CView> old = modalView;
+        modalView = nullptr;
+        if (!modalViewsBelow.empty()) {
+            modalView = modalViewsBelow.back();
+            modalViewsBelow.pop_back();
+        }
+        removeView(old, true);
     }
     return true;
 }
@@ -377,12 +388,13 @@ bool CFrame::platformOnMouseWheel(const CPoint& where, const CMouseWheelAxis& ax
 int32_t CFrame::platformOnKeyDown(VstKeyCode& keyCode)
 {
     CBaseObjectGuard guard(this);
+    // A modal view takes every key; the hooks see none while it is shown.
+    if (modalView) return modalView->onKeyDown(keyCode);
     const auto hooks = keyboardHooks;
     for (auto* h : hooks) {
         const int32_t r = h->onKeyDown(keyCode, this);
         if (r != -1) return r;
     }
-    if (modalView) return modalView->onKeyDown(keyCode);
     for (CView* v = focusView; v && v != this; v = v->getParentView()) {
         const int32_t r = v->onKeyDown(keyCode);
         if (r != -1) return r;
@@ -393,12 +405,13 @@ int32_t CFrame::platformOnKeyDown(VstKeyCode& keyCode)
 int32_t CFrame::platformOnKeyUp(VstKeyCode& keyCode)
 {
     CBaseObjectGuard guard(this);
+    // A modal view takes every key; the hooks see none while it is shown.
+    if (modalView) return modalView->onKeyUp(keyCode);
     const auto hooks = keyboardHooks;
     for (auto* h : hooks) {
         const int32_t r = h->onKeyUp(keyCode, this);
         if (r != -1) return r;
     }
-    if (modalView) return modalView->onKeyUp(keyCode);
     for (CView* v = focusView; v && v != this; v = v->getParentView()) {
         const int32_t r = v->onKeyUp(keyCode);
         if (r != -1) return r;

@@ -42,8 +42,8 @@ protected:
     CFrame* frame = nullptr;
 };
 
-// Sees every key event of the frame before any view: 1 when it took the
-// key, -1 to let it go on.
+// Sees every key event of the frame before any view, except while a modal
+// view is shown: 1 when it took the key, -1 to let it go on.
 class IKeyboardHook {
 public:
     virtual ~IKeyboardHook() = default;
@@ -89,6 +89,11 @@ public:
     VSTGUIEditorInterface* getEditor() const { return editor; }
     // The X11 window of an open frame, 0 otherwise.
     unsigned long getPlatformWindow() const;
+    // Interface thread. Handles the window's events and redraws, waiting up
+    // to waitMilliseconds for one: a modal loop of the frame's own, for a
+    // view that must answer its caller before it returns. False, at once,
+    // when the frame has no window.
+    bool runEvents(int waitMilliseconds);
 
     //--- Size of the frame and its window.
     bool setSize(CCoord width, CCoord height);
@@ -112,8 +117,10 @@ public:
     CView* getFocusView() const { return focusView; }
     void registerKeyboardHook(IKeyboardHook* hook);
     void unregisterKeyboardHook(IKeyboardHook* hook);
-    // Shows a view over everything that takes all mouse events until it is
-    // replaced or cleared; the frame takes over the caller's reference.
+    // Shows a view over everything that takes all mouse events and keys
+    // until it is cleared; the frame takes over the caller's reference. A
+    // view given while another is shown goes over it (a menu opened from a
+    // dialog), and clearing shows the one below again.
     bool setModalView(CView* view);
     CView* getModalView() const { return modalView; }
 
@@ -174,6 +181,7 @@ private:
     std::vector<CRect> dirtyRects;
     CView* focusView = nullptr;
     SharedPointer<CView> modalView;
+    std::vector<SharedPointer<CView>> modalViewsBelow;
     std::vector<IKeyboardHook*> keyboardHooks;
     std::vector<IViewAddedRemovedObserver*> viewObservers;
     std::vector<IMouseObserver*> mouseObservers;

@@ -21,6 +21,9 @@ public:
     virtual unsigned long getWindow() const = 0;
     // The pointer in frame coordinates; false when it is outside the window.
     virtual bool getMouseLocation(CPoint& where) const = 0;
+    // Handles the window's pending events and draws what became invalid,
+    // waiting up to waitMilliseconds for an event when none is pending.
+    virtual void runEvents(int waitMilliseconds) = 0;
 
     // A child window of parent on the display of $DISPLAY; null when the
     // display cannot be opened or the window not made.

@@ -11,6 +11,7 @@
 
 #include "base/source/timer.h"
 
+#include <poll.h>
 #include <X11/Xatom.h>
 #include <X11/Xcursor/Xcursor.h>
 #include <X11/Xlib.h>
@@ -349,6 +350,15 @@ public:
         if (!XQueryPointer(display, window, &root, &child, &rootX, &rootY, &x, &y, &mask)) return false;
         where = CPoint(x, y);
         return x >= 0 && y >= 0 && x < width && y < height;
+    }
+
+    void runEvents(int waitMilliseconds) override
+    {
+        if (XPending(display) == 0 && waitMilliseconds > 0) {
+            pollfd fd = {ConnectionNumber(display), POLLIN, 0};
+            poll(&fd, 1, waitMilliseconds);
+        }
+        processEvents();
     }
 
     //--- Run loop.
