@@ -114,6 +114,7 @@ public:
     // the source audio into the store.
     void set_tracking_frames(bool on) noexcept { tracker.set_tracking(on); }
     void set_recording(bool on) noexcept { tracker.set_recording(on); }
+    void set_tracked_data_suspended(bool on) noexcept { tracker.set_suspended(on); }
     bool is_tracking_frames() const noexcept { return tracker.is_tracking(); }
     bool is_recording() const noexcept { return tracker.is_recording(); }
     // Owner thread. A MIDI tag (note number, or frame_tracker::note_off_tag)

@@ -10,7 +10,7 @@ void frame_tracker::attach(TrackedFrameArray* frame_array, AudioDataStore* audio
 
 void frame_tracker::set_recording(bool on) noexcept
 {
-    if (store != nullptr) {
+    if (store != nullptr && !suspended) {
         if (on) store->beginRun();
         else if (recording) store->endRun();
     }
@@ -21,7 +21,7 @@ void frame_tracker::set_frame_index(int64_t index) noexcept
 {
     frame_index = index;
     // A jump of the clock breaks the run: what follows is a run of its own.
-    if (recording && store != nullptr) store->beginRun();
+    if (recording && !suspended && store != nullptr) store->beginRun();
 }
 
 void frame_tracker::set_scale(double factor, double rate) noexcept
@@ -39,7 +39,10 @@ bool frame_tracker::queue_event(uint16_t tag, int64_t time) noexcept
 
 void frame_tracker::close_frame(double min_period, double max_period, int64_t sample) noexcept
 {
-    if (!tracking || frames == nullptr) return;
+    if (!tracking || suspended || frames == nullptr) {
+        ++frame_index;
+        return;
+    }
     if (frame_index >= 0 && frame_index < frames->frameCount()) {
         TrackedFrame f = frames->get(frame_index);
         f.minSample = float(min_level);

@@ -30,6 +30,9 @@ public:
     void set_recording(bool on) noexcept;
     bool is_tracking() const noexcept { return tracking; }
     bool is_recording() const noexcept { return recording; }
+    // While suspended the frames and the store are left alone: another
+    // thread is replacing them.
+    void set_suspended(bool on) noexcept { suspended = on; }
     // The frame the clock stands in, and a break of the recorded run there.
     void set_frame_index(int64_t index) noexcept;
     int64_t get_frame_index() const noexcept { return frame_index; }
@@ -59,7 +62,7 @@ public:
     // Audio thread. Source audio of store position `position`.
     void record(int64_t position, double primary, double secondary) noexcept
     {
-        if (recording && store != nullptr) store->writeSample(position, float(primary), float(secondary));
+        if (recording && !suspended && store != nullptr) store->writeSample(position, float(primary), float(secondary));
     }
     // Audio thread, after a block of `frames` engine samples: drops the
     // consumed events and moves the rest into the next block's time.
@@ -70,6 +73,7 @@ private:
     AudioDataStore* store = nullptr;
     bool tracking = false;
     bool recording = false;
+    bool suspended = false;
     int64_t frame_index = 0;
     double decimation = 1.0;
     double engine_rate = 44100.0;

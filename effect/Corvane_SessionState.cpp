@@ -13,10 +13,11 @@
 //   7. the object history: uint32 step count, int32 current index
 //   8. the time history: uint32 step count, then per step a uint32 pair
 //      count and float pairs, int32 current index
-// Until tracked data and the histories exist, sections 5, 7 and 8 are
-// written empty, and read when they are.
+// Until the histories exist, sections 7 and 8 are written empty, and read
+// when they are.
 
 #include <cstring>
+#include <thread>
 
 #include "effect/Corvane_Parameters.h"
 #include "effect/Corvane_SingleComponentEffect.h"
@@ -61,43 +62,6 @@ private:
 bool skipBytes(IBStreamer& streamer, uint32 count)
 {
     return streamer.skip(count);
-}
-
-// Tracked frames: a byte count and the frames, kept by the tracked data
-// once it exists; passed over until then.
-bool readFrames(IBStreamer& streamer)
-{
-    uint32 bytes = 0;
-    return streamer.readInt32u(bytes) && skipBytes(streamer, bytes);
-}
-
-// The audio store's references to the session's data files.
-bool readStore(IBStreamer& streamer)
-{
-    uint32 present = 0;
-    if (!streamer.readInt32u(present)) return false;
-    if (present == 0) return true;
-    for (int text = 0; text < 3; ++text) {
-        uint32 length = 0;
-        if (!streamer.readInt32u(length) || length == 0 || !skipBytes(streamer, length)) return false;
-    }
-    uint32 channels = 0;
-    int32 files = 0;
-    if (!streamer.readInt32u(channels) || !streamer.readInt32(files)) return false;
-    for (int32 f = 0; f < files; ++f) {
-        int32 ignored = 0;
-        uint32 length = 0;
-        if (!streamer.readInt32(ignored) || !streamer.readInt32u(length) || length == 0 ||
-            !skipBytes(streamer, length) || !skipBytes(streamer, 12))
-            return false;
-    }
-    uint32 regions = 0;
-    if (!streamer.readInt32u(regions)) return false;
-    for (uint32 r = 0; r < regions; ++r) {
-        if (!skipBytes(streamer, 16)) return false;
-    }
-    int32 closing = 0;
-    return streamer.readInt32(closing);
 }
 
 // The time history; its steps are kept by the time map once it exists.
@@ -183,9 +147,10 @@ bool Corvane_SingleComponentEffect::writeState(IBStreamer& streamer)
         !streamer.writeInt16(graphPlacement.horizontalPosition) ||
         !streamer.writeInt16(graphPlacement.verticalScale))
         return false;
-    // The engine: no frames, no audio store.
-    if (!streamer.writeInt32u(0) || !streamer.writeInt32u(0)) return false;
+    // The engine: the tracked frames and the audio store.
     Streamer_Writer writer(streamer);
+    if (!trackedFrames.writeFrames(writer)) return false;
+    if (audioStore ? !audioStore->writeStore(writer) : !streamer.writeInt32u(0)) return false;
     if (!scaleState.write(writer)) return false;
     // Object history and time history, empty.
     return streamer.writeInt32u(0) && streamer.writeInt32(-1) && streamer.writeInt32u(0) &&
@@ -247,6 +212,32 @@ bool Corvane_SingleComponentEffect::readScaleSection(IBStreamer& streamer)
     return scaleState.read(reader);
 }
 
+bool Corvane_SingleComponentEffect::readTrackedFrames(IBStreamer& streamer, uint32 frameBytes)
+{
+    Streamer_Reader reader(streamer);
+    return trackedFrames.readFrames(reader, frameBytes);
+}
+
+bool Corvane_SingleComponentEffect::readTrackedStore(IBStreamer& streamer)
+{
+    if (!audioStore) return false;
+    Streamer_Reader reader(streamer);
+    return audioStore->readStore(reader);
+}
+
+Corvane_SingleComponentEffect::TrackedDataClosed::TrackedDataClosed(Corvane_SingleComponentEffect& e) : effect(e)
+{
+    effect.storeClosed.store(true);
+    while (effect.storeInUse.load()) std::this_thread::yield();
+    if (effect.audioStore) effect.audioStore->stop();
+}
+
+Corvane_SingleComponentEffect::TrackedDataClosed::~TrackedDataClosed()
+{
+    if (effect.audioStore) effect.audioStore->start();
+    effect.storeClosed.store(false);
+}
+
 void Corvane_SingleComponentEffect::pushScaleFromParameters()
 {
     auto plainOf = [this](ParamID id) {
@@ -279,6 +270,9 @@ tresult PLUGIN_API Corvane_SingleComponentEffect::setState(IBStream* state)
 {
     tresult result = kResultFalse;
     if (state != nullptr) {
+        // The tracked data is replaced with the audio thread out of it and
+        // the disk thread stopped; the store's files are opened again after.
+        TrackedDataClosed closed(*this);
         IBStreamer streamer(state, kLittleEndian);
         streamer.setByteOrder(kBigEndian);
         bool good = false;
@@ -309,7 +303,8 @@ bool Corvane_SingleComponentEffect::readCurrentStream(IBStreamer& streamer, int3
 {
     // Versions 9 and 10 share every section's form.
     if (!readParameters(streamer) || !readSettings(streamer) || !readGraphPlacement(streamer, true) ||
-        !readFrames(streamer) || !readStore(streamer) || !readScaleSection(streamer))
+        !readTrackedFrames(streamer, TrackedFrame::streamBytes) || !readTrackedStore(streamer) ||
+        !readScaleSection(streamer))
         return false;
     pushScaleFromParameters();
     return readObjectHistory(streamer) && readTimeHistory(streamer);
@@ -328,8 +323,9 @@ bool Corvane_SingleComponentEffect::readOldStream(IBStreamer& streamer)
     applyLegacySettings(words);
     if (!readScaleSection(streamer)) return false;
     pushScaleFromParameters();
-    return readOldObjectHistory(streamer) && readTimeHistory(streamer) && readFrames(streamer) &&
-           readGraphPlacement(streamer, false) && readStore(streamer);
+    return readOldObjectHistory(streamer) && readTimeHistory(streamer) &&
+           readTrackedFrames(streamer, TrackedFrame::olderStreamBytes) && readGraphPlacement(streamer, false) &&
+           readTrackedStore(streamer);
 }
 
 void Corvane_SingleComponentEffect::applyLegacySettings(const int32 (&words)[42])

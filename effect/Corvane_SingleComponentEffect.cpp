@@ -179,8 +179,20 @@ void Corvane_SingleComponentEffect::takeInterfaceRequests() noexcept
 
 void Corvane_SingleComponentEffect::processParameterChanges(IParameterChanges* changes) noexcept
 {
+    // The first step of a block. The tracked data is left alone for the
+    // whole block while setState replaces it; both sides order their flags
+    // sequentially consistently, so one of them always sees the other's.
+    storeInUse.store(true);
+    trackedDataSuspended = storeClosed.load();
+    dspObject.set_tracked_data_suspended(trackedDataSuspended);
     VST3_SingleComponentEffect::processParameterChanges(changes);
     takeInterfaceRequests();
+}
+
+void Corvane_SingleComponentEffect::processOutputParameterChanges(IParameterChanges* /*changes*/) noexcept
+{
+    // The last step of a block.
+    storeInUse.store(false, std::memory_order_release);
 }
 
 void Corvane_SingleComponentEffect::processEvents(IEventList* events) noexcept
@@ -294,7 +306,7 @@ void Corvane_SingleComponentEffect::processAudio(ProcessData& data) noexcept
     const bool silent = silentInputSamples > int64_t(latencySamples) + silenceTail;
     output.silenceFlags = silent ? (uint64(1) << (stereoOut ? 2 : 1)) - 1 : 0;
 
-    if (engineGraphMode) markBarAndBeat(data, position, positionValid);
+    if (engineGraphMode && !trackedDataSuspended) markBarAndBeat(data, position, positionValid);
 }
 
 void Corvane_SingleComponentEffect::applyParameter(VST3_BaseParameter* parameter, ParamID id,

@@ -50,6 +50,7 @@ public:
     //--- Steps of a block, and the rows that feed the engine (its owner's
     // thread: the audio thread while active, the interface thread while not).
     void processParameterChanges(Steinberg::Vst::IParameterChanges* changes) noexcept override;
+    void processOutputParameterChanges(Steinberg::Vst::IParameterChanges* changes) noexcept override;
     void processAudio(Steinberg::Vst::ProcessData& data) noexcept override;
     void applyParameter(VST3_BaseParameter* parameter, ParamID id,
                         Steinberg::int32 sampleOffset, ParamValue value) noexcept override;
@@ -207,6 +208,17 @@ protected:
     bool readSettings(Steinberg::IBStreamer& streamer);
     bool readGraphPlacement(Steinberg::IBStreamer& streamer, bool wide);
     bool readScaleSection(Steinberg::IBStreamer& streamer);
+    // The engine's section: frames of `frameBytes` bytes (50, or 56 in the
+    // old stream), and the audio store.
+    bool readTrackedFrames(Steinberg::IBStreamer& streamer, Steinberg::uint32 frameBytes);
+    bool readTrackedStore(Steinberg::IBStreamer& streamer);
+    // Interface thread. While one lives, the audio thread leaves the tracked
+    // data alone and the disk thread is stopped.
+    struct TrackedDataClosed {
+        explicit TrackedDataClosed(Corvane_SingleComponentEffect& effect);
+        ~TrackedDataClosed();
+        Corvane_SingleComponentEffect& effect;
+    };
     // Scale, key and detune from their parameters into the scale object.
     void pushScaleFromParameters();
     // Runs after every read of a state, good or not: views that show
@@ -264,6 +276,8 @@ protected:
     // it alone; `storeInUse` is the audio thread's answer.
     std::atomic<bool> storeClosed{false};
     std::atomic<bool> storeInUse{false};
+    // The audio thread's copy of storeClosed for the block.
+    bool trackedDataSuspended = false;
 
     // The marks are shared by both threads, one atomic byte each; the
     // interface thread counts its edits here so that the owner rebuilds.

@@ -78,7 +78,7 @@ void Corvane_SingleComponentEffect::stopClock()
     clockStartPosition = -1;
     dspObject.set_idle(true);
     // The run's tail goes to the disk; the next start begins a new run.
-    if (dspObject.is_recording() && audioStore) audioStore->endRun();
+    if (dspObject.is_recording() && audioStore && !trackedDataSuspended) audioStore->endRun();
 }
 
 void Corvane_SingleComponentEffect::clockStep(ProcessData& data, int64_t& position, bool& positionValid) noexcept
@@ -186,6 +186,7 @@ void Corvane_SingleComponentEffect::stopTracking() noexcept
 void Corvane_SingleComponentEffect::clearAllData() noexcept
 {
     stopTracking();
+    if (trackedDataSuspended) return;
     trackedFrames.clear();
     if (audioStore) audioStore->forgetRecording();
 }

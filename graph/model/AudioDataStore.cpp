@@ -116,7 +116,11 @@ void AudioDataStore::start()
 void AudioDataStore::stop()
 {
     if (!diskThread.joinable()) return;
-    diskQuit.store(true, std::memory_order_release);
+    {
+        std::lock_guard<std::mutex> lock(diskMutex);
+        diskQuit.store(true, std::memory_order_release);
+    }
+    diskWake.notify_one();
     diskThread.join();
 }
 
@@ -156,7 +160,11 @@ void AudioDataStore::diskLoop()
         }
         if (!worked) {
             if (diskQuit.load(std::memory_order_acquire)) break;
-            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+            // The audio thread never wakes the disk thread: it polls. Only
+            // stop() notifies, so that it need not wait out the poll.
+            std::unique_lock<std::mutex> lock(diskMutex);
+            diskWake.wait_for(lock, std::chrono::milliseconds(1),
+                              [this] { return diskQuit.load(std::memory_order_acquire); });
         }
     }
 }
@@ -399,8 +407,14 @@ int AudioDataStore::readSample(int64_t position, float& left, float* right) noex
             p->startPosition.store(-1, std::memory_order_relaxed);
             freeReadBlocks.push(blockWord(p));
         }
-        if (currentReadBlock == nullptr) requestRead(blockStart, regionIndex);
-        else if (ahead == nullptr) requestRead(blockStart + blockFrames, regionIndex);
+        // A missing block is asked for on every call until it comes: the
+        // disk side drops a request it has no free block for. The read-ahead
+        // is asked for once.
+        if (currentReadBlock == nullptr) {
+            readRequests.push(requestWord(blockStart, regionIndex));
+        } else if (ahead == nullptr) {
+            requestRead(blockStart + blockFrames, regionIndex);
+        }
     }
     if (currentReadBlock == nullptr) return readPending;
     if (currentReadBlock->pending.load(std::memory_order_acquire) != 0) return readPending;

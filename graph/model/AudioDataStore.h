@@ -4,6 +4,8 @@
 #include "graph/model/DataFile.h"
 
 #include <atomic>
+#include <condition_variable>
+#include <mutex>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -202,6 +204,9 @@ private:
 
     std::thread diskThread;
     std::atomic<bool> diskQuit{false};
+    // Between the interface and the disk thread only.
+    std::mutex diskMutex;
+    std::condition_variable diskWake;
     std::atomic<bool> filesOpened{false};
 };
 

@@ -1,5 +1,6 @@
 #include "graph/model/TrackedFrameArray.h"
 
+#include <algorithm>
 #include <cstring>
 #include <utility>
 
@@ -31,6 +32,7 @@ void TrackedFrameArray::allocate(int64_t frames)
 {
     count = frames < 0 ? 0 : frames;
     cells.reset(new Cell[size_t(count + 1)]);
+    touched.store(count + 1, std::memory_order_relaxed);
     clear();
 }
 
@@ -57,9 +59,17 @@ void TrackedFrameArray::resetCell(int64_t index) noexcept
     putAll(index, blank);
 }
 
+void TrackedFrameArray::touch(int64_t index) noexcept
+{
+    int64_t t = touched.load(std::memory_order_relaxed);
+    while (index + 1 > t && !touched.compare_exchange_weak(t, index + 1, std::memory_order_relaxed)) {}
+}
+
 void TrackedFrameArray::clear() noexcept
 {
-    for (int64_t i = 0; i <= count && cells; ++i) resetCell(i);
+    const int64_t end = std::min(touched.load(std::memory_order_relaxed), count + 1);
+    for (int64_t i = 0; i < end && cells; ++i) resetCell(i);
+    touched.store(0, std::memory_order_relaxed);
     tracked.store(0, std::memory_order_release);
     dirtyLo.store(noDirtyLow, std::memory_order_relaxed);
     dirtyHi.store(0, std::memory_order_relaxed);
@@ -92,6 +102,7 @@ TrackedFrame TrackedFrameArray::get(int64_t index) const noexcept
 void TrackedFrameArray::putTracked(int64_t index, const TrackedFrame& f) noexcept
 {
     if (!cells || index < 0 || index > count) return;
+    touch(index);
     auto& w = cells[size_t(index)].word;
     auto st = [&](int i, uint32_t v) { w[i].store(v, std::memory_order_relaxed); };
     st(minW, bitsOf(f.minSample));
@@ -107,6 +118,7 @@ void TrackedFrameArray::putTracked(int64_t index, const TrackedFrame& f) noexcep
 void TrackedFrameArray::putBarBeat(int64_t index, int32_t bar, uint8_t beat) noexcept
 {
     if (!cells || index < 0 || index > count) return;
+    touch(index);
     auto& w = cells[size_t(index)].word;
     w[barW].store(uint32_t(bar), std::memory_order_relaxed);
     const uint32_t old = w[beatNoteW].load(std::memory_order_relaxed);
@@ -116,6 +128,7 @@ void TrackedFrameArray::putBarBeat(int64_t index, int32_t bar, uint8_t beat) noe
 void TrackedFrameArray::putCorrection(int64_t index, const TrackedFrame& f) noexcept
 {
     if (!cells || index < 0 || index > count) return;
+    touch(index);
     auto& w = cells[size_t(index)].word;
     auto st = [&](int i, float v) { w[i].store(bitsOf(v), std::memory_order_relaxed); };
     st(outputW, f.outputPeriod);

@@ -94,6 +94,10 @@ private:
     std::unique_ptr<Cell[]> cells;
     int64_t count = 0;
     std::atomic<int64_t> tracked{0};
+    // One past the highest frame ever written since the last clear: clear
+    // resets only below it.
+    std::atomic<int64_t> touched{0};
+    void touch(int64_t index) noexcept;
     std::atomic<int64_t> dirtyLo{noDirtyLow};
     std::atomic<int64_t> dirtyHi{0};
 };

@@ -4,13 +4,16 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <cmath>
 #include <cstdio>
 #include <filesystem>
 #include <thread>
+#include <tuple>
 #include <vector>
 
+#include "public.sdk/source/common/memorystream.h"
 #include "voicegen/Voice_Generator.h"
 #include "support/built_module.h"
 #include "support/editor_host.h"
@@ -311,4 +314,93 @@ TEST_F(Tracking, AFolderThatCannotBeMadeStopsTheRecordingAndKeepsTheFrames)
     EXPECT_GE(data->getTrackedFrameCount(), int64(2.9 * rate / hop));
     float left = 0.0f;
     EXPECT_NE(data->readTrackedSample(100, &left, nullptr), 0);
+}
+
+TEST_F(Tracking, SavedSessionBringsBackFramesAndAudioAndOpensWithoutItsFiles)
+{
+    auto first = start(true);
+    ASSERT_TRUE(first);
+    const auto x = tone(0.6, 220.0);
+    play(*first, x, 512);
+    first->activate(false);
+    data->waitForDisk();
+    std::vector<char> state;
+    ASSERT_TRUE(first->get_state(state));
+    ICorvaneTrackedData* written = data;
+    const int64 frames = written->getTrackedFrameCount();
+    ASSERT_GT(frames, 100);
+
+    auto second = create();
+    ASSERT_TRUE(second && second->set_channels(1, 1) && second->setup(rate, 512));
+    ICorvaneTrackedData* read = test_tracking::trackedData(*second);
+    ASSERT_TRUE(second->set_state(state));
+    ASSERT_EQ(read->getTrackedFrameCount(), frames);
+    for (int64 i = 0; i < frames; ++i) {
+        TrackedFrame a, b;
+        written->getTrackedFrame(i, &a);
+        read->getTrackedFrame(i, &b);
+        auto fields = [](const TrackedFrame& f) {
+            return std::make_tuple(f.minSample, f.maxSample, f.periodA, f.periodB, f.centsA, f.centsB, f.outputPeriod,
+                                   f.modulationOffset, f.modulationGain, f.modulationParameter, f.throatOffset, f.bar,
+                                   f.beat, f.midiNote);
+        };
+        EXPECT_EQ(fields(a), fields(b)) << i;
+    }
+    EXPECT_EQ(read->getStoreStatus(nullptr, nullptr), 0);
+    EXPECT_EQ(exportMismatches(*read, x), 0);
+
+    // Every truncation is refused without a fault.
+    auto third = create();
+    ASSERT_TRUE(third);
+    for (size_t cut = 0; cut < state.size(); ++cut) {
+        EXPECT_FALSE(third->set_state(std::vector<char>(state.begin(), state.begin() + long(cut)))) << cut;
+    }
+
+    // Without its data files the session opens, reports them missing and
+    // plays its live input.
+    char folder[1024];
+    written->getSessionFolder(folder, sizeof folder);
+    std::filesystem::remove_all(folder);
+    auto fourth = create();
+    ASSERT_TRUE(fourth && fourth->set_channels(1, 1) && fourth->setup(rate, 512) && fourth->set_state(state) &&
+                fourth->activate(true));
+    ICorvaneTrackedData* missing = test_tracking::trackedData(*fourth);
+    EXPECT_EQ(missing->getStoreStatus(nullptr, nullptr), 1);
+    EXPECT_EQ(missing->getTrackedFrameCount(), frames);
+    std::vector<std::vector<float>> out;
+    ASSERT_EQ(fourth->process_all({tone(1.0, 220.0)}, out, 512), kResultOk);
+    EXPECT_GT(test_signals::rms(out[0], 24000, 12000), 0.1);
+}
+
+TEST_F(Tracking, ThreadedRecordingBesideFrameReadsAndStateSaves)
+{
+    auto instance = start(true);
+    ASSERT_TRUE(instance);
+    const auto x = wideband(3.0);
+    std::atomic<bool> done{false};
+    // The host's audio thread.
+    std::thread audio([&] {
+        play(*instance, x, 256);
+        done.store(true);
+    });
+    // The interface thread: every frame published is filled, and every saved
+    // state is whole.
+    int64 unfilled = 0, saves = 0;
+    std::vector<char> bytes;
+    while (!done.load()) {
+        const int64 count = data->getTrackedFrameCount();
+        for (int64 i = std::max<int64>(0, count - 50); i < count; ++i) {
+            TrackedFrame f;
+            data->getTrackedFrame(i, &f);
+            if (!f.filled()) ++unfilled;
+        }
+        Steinberg::MemoryStream stream;
+        if (instance->component()->getState(&stream) == kResultOk) ++saves;
+        bytes.assign(stream.getData(), stream.getData() + stream.getSize());
+    }
+    audio.join();
+    EXPECT_EQ(unfilled, 0);
+    EXPECT_GT(saves, 0);
+    auto fresh = create();
+    ASSERT_TRUE(fresh && fresh->set_state(bytes));
 }
