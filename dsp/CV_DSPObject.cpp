@@ -192,8 +192,10 @@ void CV_DSPObject::process_block(const float* const* in, float* const* out, int6
             secondary = 0.0;
         }
 
-        // Start: the first audible sample starts the clocks and frames.
-        if (!idle && !started && std::fabs(primary) > engine::start_threshold) started = true;
+        // Start: the first audible sample starts the clocks and frames. In
+        // Graph mode the frames follow the host's timeline from the clock's
+        // start, silence or not, so that frame i is host sample i * hop.
+        if (!idle && !started && (!auto_mode || std::fabs(primary) > engine::start_threshold)) started = true;
 
         // Denormal noise, never zero, drawn apart for each channel.
         primary += noise.denormal_noise();

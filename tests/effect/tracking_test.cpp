@@ -8,6 +8,7 @@
 #include <chrono>
 #include <cmath>
 #include <cstdio>
+#include <cstring>
 #include <filesystem>
 #include <thread>
 #include <tuple>
@@ -18,6 +19,7 @@
 #include "support/built_module.h"
 #include "support/editor_host.h"
 #include "support/signals.h"
+#include "support/tool_run.h"
 #include "support/tracked_data.h"
 
 using namespace Steinberg;
@@ -403,4 +405,38 @@ TEST_F(Tracking, ThreadedRecordingBesideFrameReadsAndStateSaves)
     EXPECT_GT(saves, 0);
     auto fresh = create();
     ASSERT_TRUE(fresh && fresh->set_state(bytes));
+}
+
+TEST(TrackingRender, PressTracksTheDemoPhraseAndWritesItsFramesAndAudio)
+{
+    const std::string folder = test_tool::empty_test_folder(std::string(CORVANE_TEST_TMP) + "/tracking-render");
+    const auto r = test_tool::run(CORVANE_RENDER_PATH, folder,
+                                  {"--data-folder", folder + "/data", "--set", "Correction Mode=Graph", "--press",
+                                   "Track Pitch and Time", "--frames-csv", folder + "/frames.csv",
+                                   "--export-tracked-audio", folder + "/tracked.wav", "--write-input",
+                                   folder + "/in.wav", folder + "/out.wav"});
+    ASSERT_EQ(r.status, 0) << r.err;
+    // One row a frame of 200 samples over the phrase, after the header.
+    const std::string csv = test_tool::slurp(folder + "/frames.csv");
+    EXPECT_EQ(csv.rfind("time,centsA,centsB,voiced,minSample,maxSample,bar,beat,midiNote,outputPeriod\n", 0), 0u);
+    const auto input = test_tool::slurp(folder + "/in.wav");
+    const auto tracked = test_tool::slurp(folder + "/tracked.wav");
+    const size_t samples = (input.size() - 80) / 4;
+    EXPECT_EQ(size_t(std::count(csv.begin(), csv.end(), '\n')), 1 + samples / 200);
+    // The export holds the input, to the sample, within 16 bits (both are
+    // 32-bit float WAV files with the same 80-byte header).
+    ASSERT_EQ(tracked.size(), input.size());
+    float worst = 0.0f;
+    for (size_t i = 0; i < samples; ++i) {
+        float a, b;
+        std::memcpy(&a, input.data() + 80 + 4 * i, 4);
+        std::memcpy(&b, tracked.data() + 80 + 4 * i, 4);
+        worst = std::max(worst, std::abs(a - b));
+    }
+    EXPECT_LE(worst, 1.0f / 32767.0f);
+    // A control that is no button is refused, and nothing is written.
+    const auto refused = test_tool::run(CORVANE_RENDER_PATH, folder, {"--press", "Scale", folder + "/x.wav"});
+    EXPECT_NE(refused.status, 0);
+    EXPECT_NE(refused.err.find("is not a button"), std::string::npos);
+    EXPECT_FALSE(std::filesystem::exists(folder + "/x.wav"));
 }

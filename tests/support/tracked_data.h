@@ -14,7 +14,7 @@ namespace test_tracking {
 inline ICorvaneTrackedData* trackedData(hostlib::Instance& instance)
 {
     ICorvaneTrackedData* data = nullptr;
-    if (instance.component()->queryInterface(ICorvaneTrackedData::iid, reinterpret_cast<void**>(&data)) !=
+    if (instance.component()->queryInterface(ICorvaneTrackedData_iid, reinterpret_cast<void**>(&data)) !=
         Steinberg::kResultOk)
         return nullptr;
     data->release();

@@ -18,7 +18,7 @@ namespace render {
 class Output_Files {
 public:
     // The outputs one run may claim; the signal handler's table is this long.
-    static constexpr int kMaxFiles = 4;
+    static constexpr int kMaxFiles = 6;
 
     Output_Files() = default;
     // Removes the temporaries not renamed onto their targets.

@@ -22,9 +22,12 @@
 #include <iterator>
 #include <memory>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "cli/Tool_Support.h"
+#include "effect/Corvane_ITrackedData.h"
+#include "panel/Corvane_ParameterIds.h"
 #include "hostlib/Plugin_Host.h"
 #include "pitchtrack/Pitch_Estimator.h"
 #include "render/Output_Files.h"
@@ -75,6 +78,21 @@ const char* const kUsage =
     "                         host) before the --set values are applied\n"
     "  --save-state FILE      write the plug-in's state after the render, as a\n"
     "                         host saves it into a project\n"
+    "  --press \"Title\"        after --load-state and the --set values, press\n"
+    "                         and release the button of that exact title as a\n"
+    "                         click on the panel does (\"Track Pitch\" and \"Track\n"
+    "                         Pitch and Time\" stay pressed: they track through\n"
+    "                         the render); may be repeated, taken in order\n"
+    "  --frames-csv FILE      write the tracked frames after the render: one row\n"
+    "                         a frame, time in seconds first\n"
+    "  --export-tracked-audio FILE.wav\n"
+    "                         write the audio recorded by \"Track Pitch and\n"
+    "                         Time\" back out of the data files (32-bit float,\n"
+    "                         at the engine's rate, from store position 0)\n"
+    "  --data-folder DIR      keep this run's data files in a session folder\n"
+    "                         under DIR (default: $XDG_DATA_HOME, else\n"
+    "                         ~/.local/share, then the maker's and the\n"
+    "                         product's folders)\n"
     "  --pitch-plot FILE.png  also draw the pitch of the input and of the output\n"
     "                         (shifted back by the latency) over time on a grid\n"
     "                         of notes; of a stereo file, the first channel\n"
@@ -88,6 +106,10 @@ const char* const kUsage =
 struct Options {
     std::string plugin = CORVANE_DEFAULT_BUNDLE;
     std::vector<std::string> settings;
+    std::vector<std::string> presses;
+    std::string framesCsv;
+    std::string exportTracked;
+    std::string dataFolder;
     long rate = kDefaultRate;
     bool rateGiven = false;
     long block = kDefaultBlock;
@@ -129,6 +151,14 @@ Options parse(int argc, char** argv)
                 fail("--block takes a whole number from 1 to 65536");
         } else if (arg == "--write-input") {
             o.writeInput = value();
+        } else if (arg == "--press") {
+            o.presses.push_back(value());
+        } else if (arg == "--frames-csv") {
+            o.framesCsv = value();
+        } else if (arg == "--export-tracked-audio") {
+            o.exportTracked = value();
+        } else if (arg == "--data-folder") {
+            o.dataFolder = value();
         } else if (arg == "--load-state") {
             o.loadState = value();
         } else if (arg == "--save-state") {
@@ -307,6 +337,72 @@ void save_state(hostlib::Instance& instance, render::Output_Files& files, int in
         fail("cannot write " + quoted(files.target(index)) + ": " + std::strerror(errno));
 }
 
+ICorvaneTrackedData* tracked_data(hostlib::Instance& instance)
+{
+    ICorvaneTrackedData* data = nullptr;
+    if (instance.component()->queryInterface(ICorvaneTrackedData_iid, reinterpret_cast<void**>(&data)) !=
+            Steinberg::kResultOk ||
+        data == nullptr)
+        fail("the plug-in keeps no tracked data");
+    data->release();  // the component holds it for the instance's life
+    return data;
+}
+
+// A click on the panel's control: the two tracking buttons latch (they stay
+// down while tracking), every other button is let go of at once.
+void press(hostlib::Instance& instance, ICorvaneTrackedData& data, const std::string& title)
+{
+    hostlib::Parameter_Info info;
+    if (!instance.find_parameter(title, info)) fail("no parameter is titled " + quoted(title) + " (see --list-params)");
+    if (info.step_count != 1 || info.is_list()) fail(quoted(title) + " is not a button");
+    data.clickControl(info.id, 1.0);
+    if (info.id != corvane::kTrackPitch && info.id != corvane::kTrackPitchAndTime) data.clickControl(info.id, 0.0);
+}
+
+void write_frames_csv(render::Output_Files& files, int index, ICorvaneTrackedData& data, double rate)
+{
+    std::ofstream out(files.temporary(index), std::ios::trunc);
+    out << "time,centsA,centsB,voiced,minSample,maxSample,bar,beat,midiNote,outputPeriod\n";
+    const double frameSeconds = double(data.getFrameSamples()) / rate;
+    char row[256];
+    for (Steinberg::int64 i = 0; i < data.getTrackedFrameCount(); ++i) {
+        TrackedFrame f;
+        if (data.getTrackedFrame(i, &f) != Steinberg::kResultOk) break;
+        std::snprintf(row, sizeof row, "%.6f,%d,%d,%d,%.6g,%.6g,%d,%d,%d,%.6g\n", double(i) * frameSeconds, f.centsA,
+                      f.centsB, f.voiced() ? 1 : 0, double(f.minSample), double(f.maxSample), f.bar, int(f.beat),
+                      int(f.midiNote), double(f.outputPeriod));
+        out << row;
+    }
+    if (!out.flush()) fail("cannot write " + quoted(files.target(index)) + ": " + std::strerror(errno));
+}
+
+// The store read back through readSample, from position 0 to the end of the
+// last region; positions without audio are silent.
+Audio export_tracked(ICorvaneTrackedData& data, int channels, double hostRate)
+{
+    Steinberg::int64 end = 0;
+    for (Steinberg::int32 r = 0; r < data.getRegionCount(); ++r) {
+        Steinberg::int64 s = 0, e = 0;
+        if (data.getRegion(r, &s, &e, nullptr) == Steinberg::kResultOk) end = std::max(end, e);
+    }
+    if (end == 0) fail("nothing was recorded to export: press \"Track Pitch and Time\" with --press");
+    Steinberg::TBool overrun = false, failed = false;
+    if (data.getStoreStatus(&overrun, &failed) != 0) fail("the tracked audio's data files cannot be read");
+    if (failed) fail("the recording stopped early: the data folder could not be written");
+    Audio audio;
+    audio.rate = int(hostRate / double(data.getDecimationFactor()));
+    audio.channels.assign(size_t(channels), std::vector<float>(size_t(end), 0.0f));
+    for (Steinberg::int64 p = 0; p < end; ++p) {
+        float left = 0.0f, right = 0.0f;
+        Steinberg::int32 code;
+        while ((code = data.readTrackedSample(p, &left, &right)) == 1) std::this_thread::yield();
+        if (code != 0) continue;
+        audio.channels[0][size_t(p)] = left;
+        if (channels == 2) audio.channels[1][size_t(p)] = right;
+    }
+    return audio;
+}
+
 int run(int argc, char** argv)
 {
     const Options options = parse(argc, argv);
@@ -341,6 +437,8 @@ int run(int argc, char** argv)
     const int savedInput = claim(options.writeInput, "--write-input");
     const int plot = claim(options.pitchPlot, "--pitch-plot");
     const int state = claim(options.saveState, "--save-state");
+    const int framesCsv = claim(options.framesCsv, "--frames-csv");
+    const int exported = claim(options.exportTracked, "--export-tracked-audio");
 
     Audio input;
     if (options.input.empty()) {
@@ -362,8 +460,15 @@ int run(int argc, char** argv)
     const std::string rateText = std::to_string(input.rate) + " Hz";
     if (!instance->setup(rate, Steinberg::int32(options.block), true))
         fail("the plug-in refuses a sample rate of " + rateText);
+    ICorvaneTrackedData* tracked = tracked_data(*instance);
+    if (!options.dataFolder.empty() && tracked->setDataFolder(options.dataFolder.c_str()) != Steinberg::kResultOk)
+        fail("the plug-in refuses the data folder " + quoted(options.dataFolder));
     if (!options.loadState.empty()) load_state(*instance, options.loadState);
     for (const auto& setting : options.settings) cli::set_parameter(*instance, setting);
+    // The mode the parameters now say is the one in force, as after a click
+    // on the mode's control.
+    tracked->clickControl(corvane::kCorrectionMode, instance->normalized(corvane::kCorrectionMode));
+    for (const auto& title : options.presses) press(*instance, *tracked, title);
     if (!instance->activate(true)) fail("the plug-in failed to activate at a sample rate of " + rateText);
 
     Audio rendered;
@@ -374,11 +479,16 @@ int run(int argc, char** argv)
     const double wallSeconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     if (result != Steinberg::kResultOk) fail("the plug-in failed to process a block");
     const Steinberg::uint32 latency = instance->latency();
+    // Inactive, the effect hands the recording's last block to the disk.
+    instance->activate(false);
+    tracked->waitForDisk();
 
     if (plot != kNone) write_pitch_plot(files, plot, input, rendered, latency, options.plotWidth, options.plotHeight);
     if (savedInput != kNone) write_wav(files, savedInput, input);
     write_wav(files, output, rendered);
     if (state != kNone) save_state(*instance, files, state);
+    if (framesCsv != kNone) write_frames_csv(files, framesCsv, *tracked, rate);
+    if (exported != kNone) write_wav(files, exported, export_tracked(*tracked, channels, rate));
     files.commit();
 
     const double audioSeconds = double(input.frames()) / rate;
