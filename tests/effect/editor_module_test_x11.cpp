@@ -867,3 +867,127 @@ TEST_F(EditorModuleX11, ThreadedAutomationBesideThePanelLosesNothingAndNeitherAl
     for (size_t i = 0; i < voice.size(); ++i) differing += stressed[0][i] != expected[0][i];
     EXPECT_EQ(differing, 0u) << "the engine and the parameters disagree";
 }
+
+namespace {
+
+// A user's hand on a thread of its own, with its own connection: a dialog
+// holds the interface thread, which runs the host's loop, until it is
+// answered. Positions are those of the host's window at the screen's origin.
+struct Hand {
+    Display* display;
+    Window window;
+    explicit Hand(const std::string& name, Window w) : display(XOpenDisplay(name.c_str())), window(w) {}
+    ~Hand() { if (display) XCloseDisplay(display); }
+
+    void click(int x, int y)
+    {
+        XTestFakeMotionEvent(display, DefaultScreen(display), x, y, 0);
+        XTestFakeButtonEvent(display, 1, True, 0);
+        XTestFakeButtonEvent(display, 1, False, 0);
+        XFlush(display);
+    }
+    void key(KeySym sym, int times = 1)
+    {
+        const KeyCode code = XKeysymToKeycode(display, sym);
+        for (int i = 0; i < times; ++i) {
+            XTestFakeKeyEvent(display, code, True, 0);
+            XTestFakeKeyEvent(display, code, False, 0);
+        }
+        XFlush(display);
+    }
+    uint32_t colourAt(int x, int y)
+    {
+        XImage* image = XGetImage(display, window, x, y, 1, 1, AllPlanes, ZPixmap);
+        if (!image) return 0;
+        const uint32_t colour = uint32_t(XGetPixel(image, 0, 0) & 0xffffff);
+        XDestroyImage(image);
+        return colour;
+    }
+    // Waits until the pixel is (or is no longer, with `is` false) `colour`.
+    bool waitFor(int x, int y, uint32_t colour, bool is = true)
+    {
+        const auto end = std::chrono::steady_clock::now() + kPatience;
+        while (std::chrono::steady_clock::now() < end) {
+            if ((colourAt(x, y) == colour) == is) return true;
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        }
+        return false;
+    }
+};
+
+std::string readText(const std::string& path)
+{
+    std::FILE* file = std::fopen(path.c_str(), "rb");
+    if (!file) return "<none>";
+    std::string text;
+    char buffer[4096];
+    for (size_t n; (n = std::fread(buffer, 1, sizeof buffer, file)) > 0;) text.append(buffer, n);
+    std::fclose(file);
+    return text;
+}
+
+} // namespace
+
+// "Options" opens the dialog as a sheet over the panel; a value out of range
+// is refused with an alert over it and the dialog stays; a valid one typed
+// and saved reaches the preferences file, which the record is written from
+// ("save as default" is ticked by default); Escape cancels and leaves it.
+TEST_F(EditorModuleX11, TheOptionsDialogRefusesBadValuesSavesGoodOnesAndEscapeCancels)
+{
+    const char* configBefore = std::getenv("XDG_CONFIG_HOME");
+    const std::string before = configBefore ? configBefore : "";
+    const std::string config = folder + "/config";
+    ::setenv("XDG_CONFIG_HOME", config.c_str(), 1);
+    const std::string file = config + "/Halvorne Audio Technologies/Corvane+Time VST.txt";
+    std::remove(file.c_str());
+    EmbeddedEditor host;
+    ASSERT_TRUE(host.plugin.ok()) << host.plugin.error;
+    ASSERT_TRUE(host.attach(display, 0, 0));
+    pump(100);
+    const UiView* options = controlOf(host.plugin.idOf("Options"), "VSTGUI4_PushButton");
+    ASSERT_NE(options, nullptr);
+
+    // The options sheet is 640 wide, centred on the 850 pixel window and
+    // hanging from its top; the Max Undos field lies at (190..280, 76..98)
+    // in it. The sheet's grey, and the same dimmed by a sheet above it.
+    const int sheetLeft = (850 - 640) / 2;
+    const uint32_t sheetGrey = 0xececec;
+    const int probeX = sheetLeft + 8, probeY = 300;
+    std::atomic<bool> done{false};
+    bool opened = false, refused = false, keptOpen = false, closed = false, reopened = false, cancelled = false;
+    std::thread hand([&] {
+        Hand h(server->name, host.frame.window);
+        h.click(options->rect.centreX(), options->rect.centreY());
+        opened = h.waitFor(probeX, probeY, sheetGrey);
+        h.click(sheetLeft + 235, 87);
+        h.key(XK_End);
+        h.key(XK_BackSpace, 2);
+        h.key(XK_2);
+        h.key(XK_5);
+        h.key(XK_Return);
+        refused = h.waitFor(probeX, probeY, sheetGrey, false);
+        h.key(XK_Return); // the alert's OK; the field has the focus again
+        keptOpen = h.waitFor(probeX, probeY, sheetGrey);
+        h.key(XK_BackSpace, 2);
+        h.key(XK_7);
+        h.key(XK_Return);
+        closed = h.waitFor(probeX, probeY, sheetGrey, false);
+        h.click(options->rect.centreX(), options->rect.centreY());
+        reopened = h.waitFor(probeX, probeY, sheetGrey);
+        h.key(XK_BackSpace, 2);
+        h.key(XK_3);
+        h.key(XK_Escape);
+        cancelled = h.waitFor(probeX, probeY, sheetGrey, false);
+        done = true;
+    });
+    const auto end = std::chrono::steady_clock::now() + 6 * kPatience;
+    while (!done && std::chrono::steady_clock::now() < end) pump(10);
+    hand.join();
+    EXPECT_TRUE(opened && refused && keptOpen && closed && reopened && cancelled)
+        << opened << refused << keptOpen << closed << reopened << cancelled;
+    const std::string text = readText(file);
+    EXPECT_NE(text.find("\n7\t(max undos 1..20)\n"), std::string::npos) << text;
+    EXPECT_NE(text.find("\n240\t(buffer size 10..10800)\n"), std::string::npos) << "the other lines as they were";
+    if (configBefore) ::setenv("XDG_CONFIG_HOME", before.c_str(), 1);
+    else ::unsetenv("XDG_CONFIG_HOME");
+}
