@@ -9,6 +9,7 @@
 
 #include "dsp/DT_DSPObject.h"
 #include "dsp/note_tables.h"
+#include "support/engine_run.h"
 #include "support/signals.h"
 #include "voicegen/Voice_Generator.h"
 
@@ -165,14 +166,7 @@ std::vector<float> shifted_vowel(double rate, int semitones, bool formants, doub
     dsp.set_throat_ratio(throat);
     dsp.reset();
     dsp.set_idle(false);
-    std::vector<float> y(x.size());
-    for (size_t pos = 0; pos < x.size(); pos += 512) {
-        const int64_t n = std::min<int64_t>(512, int64_t(x.size() - pos));
-        const float* in[2] = {x.data() + pos, nullptr};
-        float* out[2] = {y.data() + pos, nullptr};
-        dsp.process(in, out, n);
-    }
-    return y;
+    return test_engine::run_blocks(dsp, x);
 }
 
 std::vector<double> envelope_of(int semitones, bool formants, double throat, voicegen::Vowel vowel)

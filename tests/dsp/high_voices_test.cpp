@@ -13,6 +13,7 @@
 #include "dsp/note_tables.h"
 #include "pitchtrack/Pitch_Estimator.h"
 #include "pitchtrack/Pitch_Track.h"
+#include "support/engine_run.h"
 #include "voicegen/Voice_Generator.h"
 
 namespace {
@@ -75,13 +76,7 @@ Judged corrected(const High_Voice& v, bool formants)
     dsp.set_formants(formants);
     dsp.reset();
     dsp.set_idle(false);
-    std::vector<float> y(x.size());
-    for (size_t pos = 0; pos < x.size(); pos += 512) {
-        const int64_t n = std::min<int64_t>(512, int64_t(x.size() - pos));
-        const float* in[2] = {x.data() + pos, nullptr};
-        float* out[2] = {y.data() + pos, nullptr};
-        dsp.process(in, out, n);
-    }
+    const std::vector<float> y = test_engine::run_blocks(dsp, x);
 
     const double from = kOnset + 0.06 + kLatency, to = kOnset + kLength - 0.1 + kLatency;
     const double hz = voicegen::Voice_Generator::note_to_hz(v.note);
