@@ -120,6 +120,7 @@ TEST(CorvaneEffect, MarksAndSettingsSurviveTheState)
     marks.setRowBypassed(3, 0, 2, 1);   // Chromatic
     marks.setRowRemoved(1, 0, 0, 1);    // Major
     marks.setRowRemoved(30, 0, 24, 1);  // Partch
+    source.effect->setMaxUndos(7);      // neither the default nor the preferences'
     auto* stream = new MemoryStream();
     ASSERT_EQ(source.effect->getState(stream), kResultOk);
 
@@ -133,7 +134,7 @@ TEST(CorvaneEffect, MarksAndSettingsSurviveTheState)
     EXPECT_TRUE(read.removedRows[0][1]);
     EXPECT_TRUE(read.removedRows[24][30]);
     EXPECT_FALSE(read.removedRows[24][29]);
-    EXPECT_EQ(target.effect->getMaxUndos(), source.effect->getMaxUndos());
+    EXPECT_EQ(target.effect->getMaxUndos(), 7);
 }
 
 TEST(CorvaneEffect, OldSettingsWithRulesOfTheirOwn)
