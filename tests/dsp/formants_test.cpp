@@ -8,7 +8,6 @@
 #include <vector>
 
 #include "dsp/DT_DSPObject.h"
-#include "dsp/note_tables.h"
 #include "support/engine_run.h"
 #include "support/signals.h"
 #include "voicegen/Voice_Generator.h"
@@ -154,13 +153,7 @@ std::vector<float> shifted_vowel(double rate, int semitones, bool formants, doub
     const double hz = voicegen::Voice_Generator::note_to_hz(note);
     const std::vector<float> x = voice.render_contour(std::vector<double>(size_t(1.0 * rate), hz), vowel, 0.5);
     DT_DSPObject dsp;
-    dsp.set_sample_rate(rate);
-    dsp.set_channels(false, false);
-    dsp.set_retune(0.0, 0.0);
-    Scale_State scale;
-    Note_Table table;
-    table.build(scale, rate);
-    table.apply(dsp);
+    test_engine::set_up_chromatic(dsp, rate);
     dsp.set_transpose(semitones);
     dsp.set_formants(formants);
     dsp.set_throat_ratio(throat);

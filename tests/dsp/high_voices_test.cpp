@@ -10,7 +10,6 @@
 #include <vector>
 
 #include "dsp/DT_DSPObject.h"
-#include "dsp/note_tables.h"
 #include "pitchtrack/Pitch_Estimator.h"
 #include "pitchtrack/Pitch_Track.h"
 #include "support/engine_run.h"
@@ -65,14 +64,8 @@ Judged corrected(const High_Voice& v, bool formants)
     const std::vector<float> x =
         voice.render({{kOnset, kLength, v.note, v.detune, 0.0, 0.0, v.vowel, 0.5}}, kOnset + kLength + 0.2);
     DT_DSPObject dsp;
-    dsp.set_sample_rate(kRate);
-    dsp.set_channels(false, false);
-    dsp.set_retune(0.0, 0.0);
+    test_engine::set_up_chromatic(dsp, kRate);
     dsp.set_tracking(50.0, 0);
-    Scale_State scale;
-    Note_Table table;
-    table.build(scale, kRate);
-    table.apply(dsp);
     dsp.set_formants(formants);
     dsp.reset();
     dsp.set_idle(false);
