@@ -31,6 +31,8 @@ snapshots: build
 	@mkdir -p docs
 	$(SNAPSHOT) docs/panel-auto.png
 	$(SNAPSHOT) --set "Correction Mode=Graph" docs/panel-graph.png
+	$(SNAPSHOT) --open-dialog options docs/dialog-options.png
+	$(SNAPSHOT) --set "Correction Mode=Graph" --open-dialog paste-hint docs/dialog-hint.png
 
 test: build
 	ctest --test-dir $(BUILD_DIR) --output-on-failure -j $(JOBS)

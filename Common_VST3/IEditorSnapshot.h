@@ -9,11 +9,14 @@ class IEditorSnapshot : public Steinberg::FUnknown {
 public:
     // Interface thread, while the view is not attached to a window. Builds
     // the panel at width x height (0 for the current size, limited as the
-    // host's sizes are), draws it, writes the PNG and takes the panel down.
-    // kResultOk, or kResultFalse when the panel cannot be built or the file
-    // cannot be written (no file is left behind then).
+    // host's sizes are), puts up the named dialog over it when `dialog` is
+    // neither null nor empty (the editor's owner knows the names), draws it,
+    // writes the PNG and takes the panel down. kResultOk; kInvalidArgument
+    // for a dialog the owner does not know; kResultFalse when the panel
+    // cannot be built or the file cannot be written (no file is left behind
+    // then).
     virtual Steinberg::tresult PLUGIN_API writeSnapshot(const char* pngPath, Steinberg::int32 width,
-                                                        Steinberg::int32 height) = 0;
+                                                        Steinberg::int32 height, const char* dialog) = 0;
 
     static const Steinberg::FUID iid;
 };

@@ -21,7 +21,8 @@ tresult PLUGIN_API VST3_VST3Editor::onSize(ViewRect* newSize)
     return result;
 }
 
-tresult PLUGIN_API VST3_VST3Editor::writeSnapshot(const char* pngPath, int32 width, int32 height)
+tresult PLUGIN_API VST3_VST3Editor::writeSnapshot(const char* pngPath, int32 width, int32 height,
+                                                  const char* dialog)
 {
     if (pngPath == nullptr || isOpen()) return kResultFalse;
     if (width > 0 && height > 0) {
@@ -30,6 +31,10 @@ tresult PLUGIN_API VST3_VST3Editor::writeSnapshot(const char* pngPath, int32 wid
         onSize(&size);
     }
     if (!open(nullptr)) return kResultFalse;
+    if (dialog && *dialog && !(owner && owner->showDialogForSnapshot(getFrame(), dialog))) {
+        close();
+        return kInvalidArgument;
+    }
     bool written = false;
     if (VSTGUI::CBitmap* picture = getFrame()->createSnapshot()) {
         written = picture->writePNG(pngPath);

@@ -10,6 +10,11 @@ public:
     virtual ~VST3_EditorOwner() = default;
     // Interface thread. The editor's new size in pixels.
     virtual void editorResized(Steinberg::int32 width, Steinberg::int32 height) = 0;
+    // Interface thread, for pictures of the panel only: puts the dialog of
+    // that name, as the user would see it, over the open frame without
+    // waiting for an answer; it goes with the frame. False for a name the
+    // owner does not know.
+    virtual bool showDialogForSnapshot(VSTGUI::CFrame* frame, const char* dialog) = 0;
 };
 
 // The editor of the effect: the SDK's editor that also tells its owner of
@@ -26,7 +31,7 @@ public:
 
     //--- IEditorSnapshot
     Steinberg::tresult PLUGIN_API writeSnapshot(const char* pngPath, Steinberg::int32 width,
-                                                Steinberg::int32 height) SMTG_OVERRIDE;
+                                                Steinberg::int32 height, const char* dialog) SMTG_OVERRIDE;
 
     OBJ_METHODS(VST3_VST3Editor, VSTGUI::VST3Editor)
     DEFINE_INTERFACES

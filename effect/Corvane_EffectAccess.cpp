@@ -52,6 +52,11 @@ void Corvane_SingleComponentEffect::editorResized(int32 width, int32 height)
     editorPresenter.editorResized(width, height);
 }
 
+bool Corvane_SingleComponentEffect::showDialogForSnapshot(VSTGUI::CFrame* frame, const char* dialog)
+{
+    return editorPresenter.showDialogForSnapshot(frame, dialog);
+}
+
 void Corvane_SingleComponentEffect::onTimer()
 {
     VST3_SingleComponentEffect::onTimer();

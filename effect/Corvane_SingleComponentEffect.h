@@ -95,6 +95,7 @@ public:
     int32_t onKeyDown(const VstKeyCode& code, VSTGUI::CFrame* frame) override;
     int32_t onKeyUp(const VstKeyCode& code, VSTGUI::CFrame* frame) override;
     void editorResized(Steinberg::int32 width, Steinberg::int32 height) override;
+    bool showDialogForSnapshot(VSTGUI::CFrame* frame, const char* dialog) override;
     // The base's repeats, then one tick of the presenter.
     void onTimer() override;
     void autoRepeat(Steinberg::int32 tag) override;

@@ -13,6 +13,7 @@
 #include "dsp/Scale_State.h"
 #include "dsp/scale_tables.h"
 #include "graph/views/Corvane_GraphContainerView.h"
+#include "options/Corvane_Hints.h"
 #include "options/Corvane_OptionsDlg.h"
 #include "options/Corvane_PreferencesFile.h"
 #include "panel/Corvane_KeyCommands.h"
@@ -151,6 +152,30 @@ bool Corvane_EditorPresenter::openOptionsDialog()
     if (!editOptions(getDialogs(), &options, preferencesPath())) return false;
     effect.userOptionsChanged();
     std::copy(options.keyBindings(), options.keyBindings() + 10, keyBindings);
+    return true;
+}
+
+bool Corvane_EditorPresenter::showDialogForSnapshot(VSTGUI::CFrame* frame, const char* dialog)
+{
+    if (!frame || !dialog) return false;
+    const std::string name = dialog;
+    const VSTGUI::CRect size = frame->getViewSize();
+    Corvane_Sheet* sheet = nullptr;
+    if (name == "options") {
+        loadOptionsForm(effect.userOptions(), &snapshotForm);
+        VSTGUI::CTextEdit* fields[Corvane_OptionsForm::kTextFieldCount] = {};
+        sheet = makeOptionsSheet(size, snapshotForm, fields);
+    } else if (name == "paste-hint" || name == "ibeam-hint") {
+        const Corvane_HintText& hint = corvane_hints[name == "paste-hint" ? kPasteHint : kIBeamHint];
+        sheet = makeAlertSheet(size, hint.title, hint.text, false, hint.suppressionTitle, false, nullptr);
+    } else if (name == "clear-all") {
+        sheet = makeAlertSheet(size, corvane_clear_all_title, corvane_clear_all_text, false, nullptr, true, nullptr);
+    } else {
+        return false;
+    }
+    // The frame keeps the sheet from here and takes it down with itself.
+    sheet->show(frame, nullptr);
+    sheet->forget();
     return true;
 }
 

@@ -118,6 +118,10 @@ public:
     // The dialogs over the open panel (alerts, questions, folder chooser);
     // while the panel is closed they answer at once as if cancelled.
     Corvane_DialogPlatform& getDialogs();
+    // Puts the dialog of that name over the frame, as a picture shows it:
+    // "options" (the instance's record), "paste-hint", "ibeam-hint",
+    // "clear-all". False for any other name.
+    bool showDialogForSnapshot(VSTGUI::CFrame* frame, const char* dialog);
 
     // The open panel's views by name; every field null while closed.
     Corvane_ViewRegistry& getViewRegistry() { return viewRegistry; }
@@ -157,6 +161,9 @@ private:
     // The editor of the open panel, null while closed.
     VSTGUI::VST3Editor* openEditor = nullptr;
     Corvane_SheetPlatform dialogs;
+    // The form an options sheet put up for a picture shows; it outlives the
+    // sheet.
+    Corvane_OptionsForm snapshotForm;
     // "Options" was pressed: the dialog opens from the next tick, outside
     // the button's own event.
     bool optionsRequested = false;

@@ -158,12 +158,13 @@ Corvane_Sheet* makeOptionsSheet(const CRect& frameSize, F& form, CTextEdit* fiel
     auto radios = std::make_shared<std::vector<Radio>>();
     auto radioRow = [&](const char* label, CCoord top, int group, int current,
                         std::initializer_list<std::pair<const char*, int>> cells) {
-        sheet->addLabel(CRect(20, top, 120, top + rowHeight), label);
-        CCoord left = 120;
+        // Three cells end well before the number keys' column at 330.
+        sheet->addLabel(CRect(20, top, 100, top + rowHeight), label);
+        CCoord left = 100;
         for (const auto& [title, tag] : cells) {
-            radios->push_back({sheet->addCheckBox(CRect(left, top, left + 80, top + rowHeight), title,
+            radios->push_back({sheet->addCheckBox(CRect(left, top, left + 76, top + rowHeight), title,
                                                   tag == current, true), tag, group});
-            left += 80;
+            left += 76;
         }
     };
     radioRow("Scrolling", 132, 0, form.scrollMethodTag, {{"Smooth", 1}, {"Jump", 0}});

@@ -168,3 +168,29 @@ TEST_F(EditorModule, GraphModeFromTheHostOrFromASessionShowsTheGraphPageWhenTheE
 // A snapshot that cannot be written: SnapshotTool.MistakesAreOneLineOnStderrAndLeaveNoFile.
 // The real panel's pages switched by its mode switch: Panel.OnlyNamedControlsReachTheEffectsDispatch,
 // with EditorDescription's check that every control of the panel is named.
+
+TEST_F(EditorModule, PicturesShowEachDialogOverThePanelAndRefuseAnUnknownOne)
+{
+    const Picture panel = draw(plugin, "default");
+    std::vector<Picture> dialogs;
+    for (const char* name : {"options", "paste-hint", "ibeam-hint", "clear-all"}) {
+        const std::string path = folder + "/dialog-" + name + ".png";
+        ASSERT_EQ(plugin.snapshot(path, 0, 0, name), kResultOk) << name;
+        dialogs.push_back(test_panel::readPNG(path));
+        const Picture& shown = dialogs.back();
+        ASSERT_EQ(shown.width, panel.width) << name;
+        // The whole panel is dimmed under a sheet: its corners darken.
+        for (const auto& [x, y] : {std::pair{1, panel.height - 2}, std::pair{panel.width - 2, panel.height - 2}}) {
+            const uint32_t before = panel.at(x, y), after = shown.at(x, y);
+            EXPECT_LT(after & 0xff, (before & 0xff) + 1u) << name;
+            EXPECT_NE(after, before) << name << " dims the panel at " << x << "," << y;
+        }
+    }
+    for (size_t a = 0; a < dialogs.size(); ++a)
+        for (size_t b = a + 1; b < dialogs.size(); ++b)
+            EXPECT_GT(test_panel::differingPixels(dialogs[a], dialogs[b], dialogs[a].whole()), 1000) << a << b;
+
+    const std::string refused = folder + "/dialog-none.png";
+    EXPECT_EQ(plugin.snapshot(refused, 0, 0, "no-such-dialog"), kInvalidArgument);
+    EXPECT_TRUE(test_panel::readPNG(refused).empty()) << "no picture is left for a refused dialog";
+}

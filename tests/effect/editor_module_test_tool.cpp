@@ -49,12 +49,15 @@ TEST(SnapshotTool, WritesWhatTheEditorDrawsForTheSameSettings)
     struct Row {
         const char* name;
         std::vector<std::string> settings;  // title, text
+        const char* dialog = nullptr;
     };
     const Row rows[] = {
         {"default", {}},
         {"retune", {"Retune Speed", "400"}},
         {"graph", {"Correction Mode", "Graph"}},
         {"both", {"Transpose", "12", "Correction Mode", "Graph"}},
+        {"options", {}, "options"},
+        {"hint", {"Correction Mode", "Graph"}, "paste-hint"},
     };
     std::vector<Picture> written;
     for (const Row& row : rows) {
@@ -65,6 +68,10 @@ TEST(SnapshotTool, WritesWhatTheEditorDrawsForTheSameSettings)
             args.push_back("--set");
             args.push_back(row.settings[i] + "=" + row.settings[i + 1]);
             ASSERT_TRUE(plugin.setText(row.settings[i], row.settings[i + 1])) << row.name;
+        }
+        if (row.dialog) {
+            args.push_back("--open-dialog");
+            args.push_back(row.dialog);
         }
         const std::string path = folder + "/" + row.name + ".png";
         args.push_back(path);
@@ -77,7 +84,7 @@ TEST(SnapshotTool, WritesWhatTheEditorDrawsForTheSameSettings)
         ASSERT_EQ(picture.height, layout.templateRect().height) << row.name;
 
         const std::string direct = folder + "/" + row.name + "-direct.png";
-        ASSERT_EQ(plugin.snapshot(direct), Steinberg::kResultOk);
+        ASSERT_EQ(plugin.snapshot(direct, 0, 0, row.dialog), Steinberg::kResultOk);
         EXPECT_EQ(test_panel::differingPixels(picture, test_panel::readPNG(direct), picture.whole()), 0)
             << row.name << ": the tool's picture is the editor's";
         written.push_back(picture);
@@ -87,9 +94,10 @@ TEST(SnapshotTool, WritesWhatTheEditorDrawsForTheSameSettings)
         EXPECT_GT(test_panel::differingPixels(written[0], written[i], written[0].whole()), 0) << rows[i].name;
     EXPECT_GT(test_panel::differingPixels(written[2], written[3], written[0].whole()), 0);
 
-    // The README shows the two pages as the tool draws them today
-    // (`make snapshots` draws them anew).
-    for (const auto& [file, index] : {std::pair<const char*, int>{"panel-auto.png", 0}, {"panel-graph.png", 2}}) {
+    // The README shows the two pages and two dialogs as the tool draws them
+    // today (`make snapshots` draws them anew).
+    for (const auto& [file, index] : {std::pair<const char*, int>{"panel-auto.png", 0}, {"panel-graph.png", 2},
+                                      {"dialog-options.png", 4}, {"dialog-hint.png", 5}}) {
         const Picture shown = test_panel::readPNG(std::string(CORVANE_DOCS_DIR) + "/" + file);
         ASSERT_FALSE(shown.empty()) << file;
         EXPECT_EQ(test_panel::differingPixels(shown, written[size_t(index)], shown.whole()), 0)
@@ -158,6 +166,7 @@ TEST(SnapshotTool, MistakesAreOneLineOnStderrAndLeaveNoFile)
         {{}, "no output file given"},
         {{out, folder + "/second.png"}, "too many files"},
         {{"--colour", out}, "unknown option --colour"},
+        {{"--open-dialog", "about", kept}, "no dialog called \"about\""},
         {{"--help=yes", out}, "--help takes no value"},
         {{folder + "/no-such-folder/panel.png"}, "cannot write " + folder + "/no-such-folder/panel.png"},
         // A failed run over an existing picture leaves it as it was.

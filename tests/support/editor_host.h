@@ -87,15 +87,18 @@ struct PluginInstance {
     }
 
     // A new editor drawn into a PNG file through its snapshot interface.
-    Steinberg::tresult snapshot(const std::string& path, Steinberg::int32 width = 0, Steinberg::int32 height = 0)
+    // A new editor drawn into a PNG file through its snapshot interface,
+    // with the named dialog over it when one is given.
+    Steinberg::tresult snapshot(const std::string& path, Steinberg::int32 width = 0, Steinberg::int32 height = 0,
+                                const char* dialog = nullptr)
     {
         Held<Steinberg::IPlugView> view = createView();
         if (!view) return Steinberg::kNotInitialized;
-        return snapshotOf(view.get(), path.empty() ? nullptr : path.c_str(), width, height);
+        return snapshotOf(view.get(), path.empty() ? nullptr : path.c_str(), width, height, dialog);
     }
 
     static Steinberg::tresult snapshotOf(Steinberg::IPlugView* view, const char* path, Steinberg::int32 width,
-                                         Steinberg::int32 height)
+                                         Steinberg::int32 height, const char* dialog = nullptr)
     {
         IEditorSnapshot* snapshot = nullptr;
         if (view->queryInterface(INLINE_UID_OF(IEditorSnapshot), reinterpret_cast<void**>(&snapshot)) !=
@@ -103,7 +106,7 @@ struct PluginInstance {
             snapshot == nullptr)
             return Steinberg::kNoInterface;
         Held<IEditorSnapshot> held(snapshot);
-        return snapshot->writeSnapshot(path, width, height);
+        return snapshot->writeSnapshot(path, width, height, dialog);
     }
 };
 

@@ -50,6 +50,8 @@ const char* const kUsage =
     "                         or \"Retune Speed=20\"; may be repeated, applied in order\n"
     "  --size WxH             size of the editor in pixels, from 850x630 to\n"
     "                         4000x4000 (default: the size the editor opens at)\n"
+    "  --open-dialog NAME     draw the dialog NAME over the panel, as the user sees\n"
+    "                         it: options, paste-hint, ibeam-hint or clear-all\n"
     "  --help                 show this text and exit\n";
 
 struct Options {
@@ -58,6 +60,7 @@ struct Options {
     // 0 leaves the size to the editor.
     int width = 0;
     int height = 0;
+    std::string dialog;
     bool help = false;
     std::string output;
 };
@@ -75,6 +78,9 @@ Options parse(int argc, char** argv)
             o.plugin = args.value();
         } else if (arg == "--set") {
             o.settings.push_back(args.value());
+        } else if (arg == "--open-dialog") {
+            o.dialog = args.value();
+            if (o.dialog.empty()) fail("--open-dialog takes the name of a dialog (see --help)");
         } else if (arg == "--size") {
             if (!cli::parse_size(args.value(), o.width, o.height, kMinWidth, kMinHeight, kMaxSide))
                 fail("--size takes WIDTHxHEIGHT in pixels, from 850x630 to 4000x4000");
@@ -121,8 +127,12 @@ void write_snapshot(const Options& options, cli::Pending_File& output)
             snapshotPtr == nullptr)
             fail("the plug-in's editor cannot draw itself into a file");
         const auto snapshot = Steinberg::owned(snapshotPtr);
-        if (snapshot->writeSnapshot(output.path().c_str(), options.width, options.height) != Steinberg::kResultOk)
-            fail("the plug-in's editor could not be drawn into " + options.output);
+        const Steinberg::tresult drawn =
+            snapshot->writeSnapshot(output.path().c_str(), options.width, options.height, options.dialog.c_str());
+        if (drawn == Steinberg::kInvalidArgument)
+            fail("the plug-in has no dialog called \"" + options.dialog +
+                 "\" (options, paste-hint, ibeam-hint, clear-all)");
+        if (drawn != Steinberg::kResultOk) fail("the plug-in's editor could not be drawn into " + options.output);
     }
     // The module, its editor and every surface it drew are gone here.
 }
