@@ -152,6 +152,10 @@ bool Corvane_EditorPresenter::openOptionsDialog()
     if (!editOptions(getDialogs(), &options, preferencesPath())) return false;
     effect.userOptionsChanged();
     std::copy(options.keyBindings(), options.keyBindings() + 10, keyBindings);
+    // A new window size is asked of the host now; the host's answer comes
+    // back through editorResized.
+    if (openEditor && (options.windowWidth != windowWidth || options.windowHeight != windowHeight))
+        openEditor->requestResize(VSTGUI::CPoint(options.windowWidth, options.windowHeight));
     return true;
 }
 

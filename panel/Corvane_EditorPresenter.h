@@ -112,7 +112,8 @@ public:
     //--- Dialogs.
     // Runs the options dialog over the open panel on the instance's
     // record; when it is saved the effect and the number keys take the new
-    // record, and the preferences file too when "save as default" is ticked.
+    // record, the host is asked for the new window size, and the preferences
+    // file is written too when "save as default" is ticked.
     // Returns once the user has answered; false when cancelled or closed.
     bool openOptionsDialog();
     // The dialogs over the open panel (alerts, questions, folder chooser);

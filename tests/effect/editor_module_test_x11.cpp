@@ -931,7 +931,8 @@ std::string readText(const std::string& path)
 // "Options" opens the dialog as a sheet over the panel; a value out of range
 // is refused with an alert over it and the dialog stays; a valid one typed
 // and saved reaches the preferences file, which the record is written from
-// ("save as default" is ticked by default); Escape cancels and leaves it.
+// ("save as default" is ticked by default); Escape cancels and leaves it; a
+// new window size saved is asked of the host.
 TEST_F(EditorModuleX11, TheOptionsDialogRefusesBadValuesSavesGoodOnesAndEscapeCancels)
 {
     const char* configBefore = std::getenv("XDG_CONFIG_HOME");
@@ -954,7 +955,8 @@ TEST_F(EditorModuleX11, TheOptionsDialogRefusesBadValuesSavesGoodOnesAndEscapeCa
     const uint32_t sheetGrey = 0xececec;
     const int probeX = sheetLeft + 8, probeY = 300;
     std::atomic<bool> done{false};
-    bool opened = false, refused = false, keptOpen = false, closed = false, reopened = false, cancelled = false;
+    bool opened = false, refused = false, keptOpen = false, closed = false, reopened = false, cancelled = false,
+         widened = false;
     std::thread hand([&] {
         Hand h(server->name, host.frame.window);
         h.click(options->rect.centreX(), options->rect.centreY());
@@ -978,13 +980,21 @@ TEST_F(EditorModuleX11, TheOptionsDialogRefusesBadValuesSavesGoodOnesAndEscapeCa
         h.key(XK_3);
         h.key(XK_Escape);
         cancelled = h.waitFor(probeX, probeY, sheetGrey, false);
+        // "Wide" fills the size fields; saving asks the host for that size.
+        h.click(options->rect.centreX(), options->rect.centreY());
+        widened = h.waitFor(probeX, probeY, sheetGrey);
+        h.click(sheetLeft + 152, 491);
+        h.key(XK_Return);
+        widened = widened && h.waitFor(probeX, probeY, sheetGrey, false);
         done = true;
     });
     const auto end = std::chrono::steady_clock::now() + 6 * kPatience;
     while (!done && std::chrono::steady_clock::now() < end) pump(10);
     hand.join();
-    EXPECT_TRUE(opened && refused && keptOpen && closed && reopened && cancelled)
-        << opened << refused << keptOpen << closed << reopened << cancelled;
+    EXPECT_TRUE(opened && refused && keptOpen && closed && reopened && cancelled && widened)
+        << opened << refused << keptOpen << closed << reopened << cancelled << widened;
+    ASSERT_EQ(host.frame.resizes.size(), 1u) << "only the saved new size was asked of the host";
+    EXPECT_EQ(host.frame.resizes[0], std::make_pair(1600, 630));
     const std::string text = readText(file);
     EXPECT_NE(text.find("\n7\t(max undos 1..20)\n"), std::string::npos) << text;
     EXPECT_NE(text.find("\n240\t(buffer size 10..10800)\n"), std::string::npos) << "the other lines as they were";
