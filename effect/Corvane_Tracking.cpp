@@ -51,10 +51,12 @@ void Corvane_SingleComponentEffect::prepareTrackedData()
         audioStore->setSessionID(AudioDataStore::makeSessionID());
         dspObject.attach_tracked_data(&trackedFrames, audioStore.get());
     }
-    // Frames for the capacity setting at this rate, kept when they hold data.
+    // Frames for the capacity setting at this rate. Frames holding data are
+    // never dropped: the array then only grows, keeping them.
     const double rate = processSetup.sampleRate > 0.0 ? processSetup.sampleRate : 44100.0;
     const int64_t wanted = int64_t(double(capacitySetting) * rate / double(getSamplesPerFrame()));
     if (trackedFrames.trackedEnd() == 0 && wanted != trackedFrames.frameCount()) trackedFrames.allocate(wanted);
+    else trackedFrames.grow(wanted);
     audioStore->start();
 }
 

@@ -23,8 +23,8 @@
 // correction pass owns outputPeriod..throatOffset: each word has one writer.
 //
 // The storage holds one frame beyond `frameCount`, so that a bar or beat mark
-// at index frameCount has a place. Storage is allocated only by `allocate`
-// and `readFrames`, on the interface thread while the audio thread does not
+// at index frameCount has a place. Storage is allocated only by `allocate`,
+// `grow` and `readFrames`, on the interface thread while the audio thread does not
 // use the array (before activation).
 class TrackedFrameArray {
 public:
@@ -40,6 +40,10 @@ public:
     // Storage for `count` frames (plus the one beyond), every frame reset,
     // trackedEnd 0 and nothing dirty.
     void allocate(int64_t count);
+    // Interface thread, while the audio thread does not use the array.
+    // Storage for newCount frames when that is more than frameCount, the
+    // frames and trackedEnd kept; nothing when it is not more.
+    void grow(int64_t newCount);
 
     // Any thread. Capacity in frames.
     int64_t frameCount() const noexcept { return count; }
@@ -88,8 +92,6 @@ private:
         std::atomic<uint32_t> word[wordsPerFrame];
     };
     void resetCell(int64_t index) noexcept;
-    // Owner only. Larger storage keeping the frames and trackedEnd.
-    void grow(int64_t newCount);
 
     std::unique_ptr<Cell[]> cells;
     int64_t count = 0;

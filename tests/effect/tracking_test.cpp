@@ -14,6 +14,7 @@
 #include <tuple>
 #include <vector>
 
+#include "options/Corvane_PreferencesFile.h"
 #include "public.sdk/source/common/memorystream.h"
 #include "voicegen/Voice_Generator.h"
 #include "support/built_module.h"
@@ -372,6 +373,31 @@ TEST_F(Tracking, SavedSessionBringsBackFramesAndAudioAndOpensWithoutItsFiles)
     std::vector<std::vector<float>> out;
     ASSERT_EQ(fourth->process_all({tone(1.0, 220.0)}, out, 512), kResultOk);
     EXPECT_GT(test_signals::rms(out[0], 24000, 12000), 0.1);
+}
+
+// An instance whose preferences give 10 s of frames opens a session saved
+// with 20 s: once the host prepares it, its array holds 20 s, so that a take
+// goes on past 10 s.
+TEST_F(Tracking, ALongerBufferFromASessionTakesEffectWhenTheHostPrepares)
+{
+    Corvane_OptionsDlgData preferences = defaultPreferences;
+    preferences.bufferSeconds = 20;
+    ASSERT_TRUE(writePreferences(preferencesPath(), &preferences));
+    auto first = start(false);
+    ASSERT_TRUE(first);
+    play(*first, tone(1.0, 220.0), 512);
+    std::vector<char> state;
+    ASSERT_TRUE(first->get_state(state));
+
+    preferences.bufferSeconds = 10;
+    ASSERT_TRUE(writePreferences(preferencesPath(), &preferences));
+    auto second = create();
+    ASSERT_TRUE(second && second->set_channels(1, 1) && second->set_state(state) && second->setup(rate, 512) &&
+                second->activate(true));
+    data = test_tracking::startTracking(*second, test_host::scratchFolder("tracking"), false);
+    ASSERT_NE(data, nullptr);
+    play(*second, tone(15.0, 220.0), 512);
+    EXPECT_EQ(data->getTrackedFrameCount(), int64(15.0 * rate) / hop);
 }
 
 TEST_F(Tracking, ThreadedRecordingBesideFrameReadsAndStateSaves)
