@@ -371,18 +371,13 @@ void AudioDataStore::requestRead(int64_t blockStart, int32_t regionIndex) noexce
 int AudioDataStore::readSample(int64_t position, float& left, float* right) noexcept
 {
     if (status.load(std::memory_order_acquire) != 0) return readUnusable;
-    if (currentRegion == nullptr || position < currentRegion->start.load(std::memory_order_relaxed) ||
+    const int32_t used = regionsUsed.load(std::memory_order_acquire);
+    if (currentRegion == nullptr || used != regionsSeen ||
+        position < currentRegion->start.load(std::memory_order_relaxed) ||
         position >= currentRegion->end.load(std::memory_order_acquire)) {
-        currentRegion = nullptr;
-        const int32_t n = regionsUsed.load(std::memory_order_acquire);
-        for (int32_t i = firstRegion.load(std::memory_order_acquire); i < n; ++i) {
-            AudioRegion& r = regions[size_t(i)];
-            if (r.start.load(std::memory_order_relaxed) > position) break;
-            if (position < r.end.load(std::memory_order_acquire)) {
-                currentRegion = &r;
-                break;
-            }
-        }
+        const int32_t i = newestRegionAt(position, used);
+        currentRegion = i < 0 ? nullptr : &regions[size_t(i)];
+        regionsSeen = used;
     }
     if (currentRegion == nullptr) return readNothing;
     DataFile* file = currentRegion->file.load(std::memory_order_acquire);
@@ -426,32 +421,35 @@ int AudioDataStore::readSample(int64_t position, float& left, float* right) noex
     return readOk;
 }
 
+int32_t AudioDataStore::newestRegionAt(int64_t position, int32_t used) const noexcept
+{
+    for (int32_t i = used - 1; i >= firstRegion.load(std::memory_order_acquire); --i) {
+        const AudioRegion& r = regions[size_t(i)];
+        if (r.start.load(std::memory_order_relaxed) <= position && position < r.end.load(std::memory_order_acquire))
+            return i;
+    }
+    return -1;
+}
+
 bool AudioDataStore::findRegion(int64_t position, int64_t* regionStart, int64_t* regionEnd) const noexcept
 {
     const int32_t n = regionsUsed.load(std::memory_order_acquire);
     const int32_t first = firstRegion.load(std::memory_order_acquire);
     auto hasFile = [&](int32_t i) { return regions[size_t(i)].file.load(std::memory_order_acquire) != nullptr; };
-    for (int32_t i = first; i < n; ++i) {
-        const AudioRegion& r = regions[size_t(i)];
-        if (r.start.load(std::memory_order_relaxed) > position) return false;
-        if (position >= r.end.load(std::memory_order_acquire)) continue;
-        if (!hasFile(i)) return false;
-        if (regionStart != nullptr || regionEnd != nullptr) {
-            int32_t lo = i, hi = i;
-            while (lo > first && hasFile(lo - 1) &&
-                   regions[size_t(lo - 1)].end.load(std::memory_order_relaxed) ==
-                       regions[size_t(lo)].start.load(std::memory_order_relaxed))
-                --lo;
-            while (hi + 1 < n && hasFile(hi + 1) &&
-                   regions[size_t(hi + 1)].start.load(std::memory_order_relaxed) ==
-                       regions[size_t(hi)].end.load(std::memory_order_relaxed))
-                ++hi;
-            if (regionStart) *regionStart = regions[size_t(lo)].start.load(std::memory_order_relaxed);
-            if (regionEnd) *regionEnd = regions[size_t(hi)].end.load(std::memory_order_relaxed);
-        }
-        return true;
-    }
-    return false;
+    const int32_t i = newestRegionAt(position, n);
+    if (i < 0 || !hasFile(i)) return false;
+    int32_t lo = i, hi = i;
+    while (lo > first && hasFile(lo - 1) &&
+           regions[size_t(lo - 1)].end.load(std::memory_order_relaxed) ==
+               regions[size_t(lo)].start.load(std::memory_order_relaxed))
+        --lo;
+    while (hi + 1 < n && hasFile(hi + 1) &&
+           regions[size_t(hi + 1)].start.load(std::memory_order_relaxed) ==
+               regions[size_t(hi)].end.load(std::memory_order_relaxed))
+        ++hi;
+    if (regionStart) *regionStart = regions[size_t(lo)].start.load(std::memory_order_relaxed);
+    if (regionEnd) *regionEnd = regions[size_t(hi)].end.load(std::memory_order_relaxed);
+    return true;
 }
 
 //--- Interface thread -------------------------------------------------------

@@ -46,6 +46,11 @@ struct AudioBlock {
 // and one disk thread through CircularFifo, and ".dat" files in a data folder
 // of the session. Positions are downsampled samples (engine samples).
 //
+// Regions are kept in the order they were recorded. When the transport
+// loops or jumps back, a new run covers positions that an older run covers
+// too; the newest region holding a position is the one that counts there,
+// as the tracked frames there show the newest take.
+//
 // Threads: writeSample and readSample run on one audio thread and never
 // allocate, lock or wait, except writeSample in offline mode, which waits for
 // a free block. The disk thread (start/stop, interface thread) is the only
@@ -97,8 +102,9 @@ public:
     // Audio thread (or the one thread that reads the store). One of
     // ReadResult; `right` may be null.
     int readSample(int64_t position, float& left, float* right) noexcept;
-    // Any thread. First run of adjacent regions with files holding
-    // `position`; false if `position` is in a fileless region or none.
+    // Any thread. The newest region holding `position`, widened over the
+    // regions recorded just before and after it that adjoin it and have
+    // files; false if that region is fileless or there is none.
     bool findRegion(int64_t position, int64_t* regionStart, int64_t* regionEnd) const noexcept;
 
     // Audio thread. Forgets every region recorded so far (their files stay
@@ -156,6 +162,9 @@ private:
     AudioBlock* findReadBlock(AudioRegion* r, int64_t position) noexcept;
     void requestRead(int64_t blockStart, int32_t regionIndex) noexcept;
     int32_t regionIndexOf(const AudioRegion* r) const noexcept;
+    // The index of the newest region holding `position` among the first
+    // `used`, or -1.
+    int32_t newestRegionAt(int64_t position, int32_t used) const noexcept;
     void fail() noexcept;
     void addRegionLocked(int64_t start, int64_t end, DataFile* file, int64_t fileOffset);
 
@@ -181,6 +190,8 @@ private:
     AudioBlock* currentWriteBlock = nullptr;
     AudioBlock* currentReadBlock = nullptr;
     AudioRegion* currentRegion = nullptr;
+    // regionsUsed when currentRegion was chosen: a newer region may cover it.
+    int32_t regionsSeen = 0;
     AudioRegion* currentRun = nullptr;
     int64_t writePosition = 0;
     int64_t runStart = 0;

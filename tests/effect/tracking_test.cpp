@@ -52,6 +52,20 @@ std::vector<float> tone(double seconds, double hz)
     return test_signals::sine(size_t(seconds * rate), hz, rate, 0.3, M_PI / 2);
 }
 
+// Reads the store back from position 0 and compares it with `x`; the
+// number of positions that differ by more than one step of 16 bits.
+int64_t exportMismatches(ICorvaneTrackedData& data, const std::vector<float>& x)
+{
+    int64_t bad = 0;
+    for (size_t p = 0; p < x.size(); ++p) {
+        float left = 0.0f;
+        int32 r;
+        while ((r = data.readTrackedSample(int64(p), &left, nullptr)) == 1) std::this_thread::yield();
+        if (r != 0 || std::abs(left - std::max(-1.0f, std::min(1.0f, x[p]))) > 1.0f / 32767.0f) ++bad;
+    }
+    return bad;
+}
+
 class Tracking : public Built_Module_Test {
 protected:
     std::unique_ptr<hostlib::Instance> start(bool withAudio, int32 block = 512)
@@ -180,15 +194,20 @@ TEST_F(Tracking, TransportJumpsLoopsAndStopsMoveTheFrames)
     transport.set_playing(true);
     play(*instance, tone(0.5, 220.0), 480);
     EXPECT_GT(data->getTrackedFrameCount(), end + 100);
-    // A loop back to 0 rewrites the first frames with what now sounds.
+    // A loop back to 0 rewrites the first frames with what now sounds, and
+    // the recorded audio there is the new take's, as the frames show.
     const int64 total = data->getTrackedFrameCount();
     transport.locate(0);
-    play(*instance, tone(0.6, 440.0), 480);
+    const auto again = tone(0.6, 440.0);
+    play(*instance, again, 480);
     EXPECT_EQ(data->getTrackedFrameCount(), total);
     data->getTrackedFrame(100, &f);
     EXPECT_NEAR((f.centsA + f.centsB) / 2, centsOf(440.0), 10.0);
     data->getTrackedFrame(total - 10, &f);
     EXPECT_NEAR((f.centsA + f.centsB) / 2, centsOf(220.0), 10.0);
+    instance->activate(false);
+    data->waitForDisk();
+    EXPECT_EQ(exportMismatches(*data, again), 0);
 }
 
 TEST_F(Tracking, MidiNotesAreHeldInFramesUpToTheLimitOfARun)
@@ -223,20 +242,6 @@ TEST_F(Tracking, MidiNotesAreHeldInFramesUpToTheLimitOfARun)
 }
 
 namespace {
-
-// Reads the store back from position 0 and compares it with `x`; the
-// number of positions that differ by more than one step of 16 bits.
-int64_t exportMismatches(ICorvaneTrackedData& data, const std::vector<float>& x)
-{
-    int64_t bad = 0;
-    for (size_t p = 0; p < x.size(); ++p) {
-        float left = 0.0f;
-        int32 r;
-        while ((r = data.readTrackedSample(int64(p), &left, nullptr)) == 1) std::this_thread::yield();
-        if (r != 0 || std::abs(left - std::max(-1.0f, std::min(1.0f, x[p]))) > 1.0f / 32767.0f) ++bad;
-    }
-    return bad;
-}
 
 // A wideband test signal: two tones and noise, audible from its first sample.
 std::vector<float> wideband(double seconds)

@@ -226,8 +226,9 @@ TEST(AudioDataStore, SamplesReadBackWithTheirClampAndChannelScales)
 
 TEST(AudioDataStore, FindRegionWidensOverAdjacentFilesAndRefusesAFilelessOne)
 {
-    // Regions: [0,100) file, [100,200) file, [200,300) none, [300,400) file,
-    // [500,600) file.
+    // Regions in the order recorded: [0,100) file, [100,200) file, [200,300)
+    // none, [300,400) file, [500,600) file; then, as after loops back,
+    // [50,150) file and [380,420) none, which count where they lie.
     Bytes s;
     s.write_int32(1);
     s.text("/nonexistent");
@@ -240,8 +241,9 @@ TEST(AudioDataStore, FindRegionWidensOverAdjacentFilesAndRefusesAFilelessOne)
     s.write_int32(600);
     s.write_int32(64);
     s.write_int32(1);
-    const int32_t regions[][4] = {{0, 100, 0, 0}, {100, 200, 0, 100}, {200, 300, -1, 0}, {300, 400, 0, 300}, {500, 600, 0, 500}};
-    s.write_int32(5);
+    const int32_t regions[][4] = {{0, 100, 0, 0},     {100, 200, 0, 100}, {200, 300, -1, 0}, {300, 400, 0, 300},
+                                  {500, 600, 0, 500}, {50, 150, 0, 0},    {380, 420, -1, 0}};
+    s.write_int32(7);
     for (const auto& r : regions)
         for (int32_t v : r) s.write_int32(v);
     s.write_int32(0);
@@ -250,8 +252,9 @@ TEST(AudioDataStore, FindRegionWidensOverAdjacentFilesAndRefusesAFilelessOne)
     ASSERT_TRUE(store.readStore(s));
     struct Case { int64_t position; bool found; int64_t start, end; };
     const Case cases[] = {
-        {50, true, 0, 200}, {199, true, 0, 200}, {250, false, 0, 0}, {300, true, 300, 400},
-        {450, false, 0, 0}, {599, true, 500, 600}, {600, false, 0, 0}, {-1, false, 0, 0},
+        {20, true, 0, 200},   {50, true, 50, 150},  {149, true, 50, 150}, {150, true, 0, 200},
+        {250, false, 0, 0},   {300, true, 300, 400}, {390, false, 0, 0},  {420, false, 0, 0},
+        {599, true, 500, 600}, {600, false, 0, 0},   {-1, false, 0, 0},
     };
     for (const Case& c : cases) {
         int64_t a = 0, b = 0;
