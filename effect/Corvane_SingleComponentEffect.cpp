@@ -9,6 +9,10 @@
 #include "options/Corvane_PreferencesFile.h"
 #include "pluginterfaces/vst/ivstprocesscontext.h"
 
+#if defined(__SSE2__)
+#include <xmmintrin.h>
+#endif
+
 using namespace Steinberg;
 using namespace Steinberg::Vst;
 
@@ -262,6 +266,25 @@ void Corvane_SingleComponentEffect::setCorrectionMode(bool graph)
     requestFromInterface();
 }
 
+namespace {
+
+// Sets flush-to-zero and denormals-are-zero for its lifetime and restores the
+// thread's floating-point control word after; audio thread.
+class FlushDenormals {
+public:
+#if defined(__SSE2__)
+    FlushDenormals() noexcept : saved(_mm_getcsr()) { _mm_setcsr(saved | 0x8040u); }
+    ~FlushDenormals() { _mm_setcsr(saved); }
+
+private:
+    unsigned int saved;
+#else
+    FlushDenormals() noexcept {}
+#endif
+};
+
+} // namespace
+
 void Corvane_SingleComponentEffect::processAudio(ProcessData& data) noexcept
 {
     processCalled = true;
@@ -283,6 +306,9 @@ void Corvane_SingleComponentEffect::processAudio(ProcessData& data) noexcept
     float* out[2] = {output.channelBuffers32[0],
                      stereoOut ? output.channelBuffers32[1] : nullptr};
 
+    // The engine runs with denormals flushed to zero, on input and output;
+    // the host's own setting comes back when the block is done.
+    const FlushDenormals flush;
     const int64_t limit = dspObject.get_max_block();
     int64_t remaining = data.numSamples;
     while (remaining > 0) {
