@@ -48,15 +48,6 @@ double DB_ToAmp(double dB)
     return std::pow(10.0, dB / 20.0);
 }
 
-int64_t Round_ToInt(float x)
-{
-    // In double, x + 0.5 is exact for every float x, so the largest float below
-    // one half still rounds to 0; the result goes back through a float.
-    const double v = x;
-    const double rounded = v > 0.0 ? std::floor(v + 0.5) : -std::floor(0.5 - v);
-    return int64_t(float(rounded));
-}
-
 float Exponential_Map(float low, float mid, float high, float position)
 {
     const double r = double(high) - double(low);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <cmath>
 #include <cstdint>
 
 // Conversions between period, cents, notes, decibels and times. Float arguments
@@ -28,8 +29,16 @@ double Amp_ToDB(double amp);
 double DB_ToAmp(double dB);
 
 // Nearest integer, halves away from zero. The argument is a 32-bit float, so a
-// value is exact only up to 2^24; the rounding itself is done in double.
-int64_t Round_ToInt(float x);
+// value is exact only up to 2^24; the rounding itself is done in double. In
+// double, x + 0.5 is exact for every float x, so the largest float below one
+// half still rounds to 0; the result goes back through a float. Inline, as
+// the engine calls it per sample.
+inline int64_t Round_ToInt(float x)
+{
+    const double v = x;
+    const double rounded = v > 0.0 ? std::floor(v + 0.5) : -std::floor(0.5 - v);
+    return int64_t(float(rounded));
+}
 
 // The curve through `low` at position 0, `mid` at 0.5 and `high` at 1:
 //   low + r / (e^k - 1) * (e^(position k) - 1),

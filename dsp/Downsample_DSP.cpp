@@ -75,20 +75,57 @@ Complex response(const Downsample_DSP::Section* sections, int count, double gain
     return h;
 }
 
-// One section over a buffer, from and to may be the same: y = x + b1 x1 + x2
-// - a1 y1 - a2 y2 in doubles, each output rounded to a float.
-void run_section(const Downsample_DSP::Section& k, const float* from, float* to, int64_t frames,
-                 double& x1, double& x2, double& y1, double& y2) noexcept
+// The cascade of `count` sections over a buffer, from and to may be the
+// same: each section y = x + b1 x1 + x2 - a1 y1 - a2 y2 in doubles, its
+// output rounded to a float. The sections run one after the other on each
+// sample rather than each over the whole buffer: the same arithmetic, but
+// the recursions of the sections overlap in the processor instead of waiting
+// for one another. The state is copied in and out so that it stays in
+// registers. N is the count when it is known at compile time, else 0.
+template <int N>
+void run_cascade(const Downsample_DSP::Section* k, int count, const float* from, float* to, int64_t frames,
+                 double* x1_state, double* x2_state, double* y1_state, double* y2_state) noexcept
 {
-    for (int64_t i = 0; i < frames; ++i) {
-        const double x = from[i];
-        const float y = float(x + k.b1 * x1 + x2 - k.a1 * y1 - k.a2 * y2);
-        x2 = x1;
-        x1 = x;
-        y2 = y1;
-        y1 = y;
-        to[i] = y;
+    constexpr int most = Downsample_DSP::max_sections;
+    const int n = N > 0 ? N : count;
+    double b1[most], a1[most], a2[most], x1[most], x2[most], y1[most], y2[most];
+    for (int s = 0; s < n; ++s) {
+        b1[s] = k[s].b1;
+        a1[s] = k[s].a1;
+        a2[s] = k[s].a2;
+        x1[s] = x1_state[s];
+        x2[s] = x2_state[s];
+        y1[s] = y1_state[s];
+        y2[s] = y2_state[s];
     }
+    for (int64_t i = 0; i < frames; ++i) {
+        float v = from[i];
+        for (int s = 0; s < n; ++s) {
+            const double x = v;
+            const float y = float(x + b1[s] * x1[s] + x2[s] - a1[s] * y1[s] - a2[s] * y2[s]);
+            x2[s] = x1[s];
+            x1[s] = x;
+            y2[s] = y1[s];
+            y1[s] = y;
+            v = y;
+        }
+        to[i] = v;
+    }
+    for (int s = 0; s < n; ++s) {
+        x1_state[s] = x1[s];
+        x2_state[s] = x2[s];
+        y1_state[s] = y1[s];
+        y2_state[s] = y2[s];
+    }
+}
+
+void run_cascade(const Downsample_DSP::Section* k, int count, const float* from, float* to, int64_t frames,
+                 double* x1, double* x2, double* y1, double* y2) noexcept
+{
+    if (count == Downsample_DSP::max_sections)
+        run_cascade<Downsample_DSP::max_sections>(k, count, from, to, frames, x1, x2, y1, y2);
+    else
+        run_cascade<0>(k, count, from, to, frames, x1, x2, y1, y2);
 }
 
 } // namespace
@@ -209,13 +246,8 @@ void Downsample_DSP::process(const float* const* in, float* const* out, int64_t 
         float* a = work_a[c];
         const float* source = in[c];
         for (int64_t i = 0; i < frames; ++i) a[i] = float(taken_input(source[i]) + noise.denormal_noise());
-        float* from = a;
-        float* to = work_b[c];
-        for (int s = 0; s < section_count; ++s) {
-            run_section(section_coef[s], from, to, frames, down_x1[c][s], down_x2[c][s],
-                        down_y1[c][s], down_y2[c][s]);
-            std::swap(from, to);
-        }
+        float* from = work_b[c];
+        run_cascade(section_coef, section_count, a, from, frames, down_x1[c], down_x2[c], down_y1[c], down_y2[c]);
         // Keep the samples on phase 0, packed at the head of work_a.
         int64_t p = start_phase;
         count = 0;
@@ -241,10 +273,7 @@ void Downsample_DSP::process(const float* const* in, float* const* out, int64_t 
             stuffed[i] = p == 0 ? float(engine_samples[next++] * double(decimationFactor)) : 0.0f;
             if (++p == decimationFactor) p = 0;
         }
-        for (int s = 0; s < section_count; ++s) {
-            run_section(section_coef[s], stuffed, stuffed, frames, up_x1[c][s], up_x2[c][s],
-                        up_y1[c][s], up_y2[c][s]);
-        }
+        run_cascade(section_coef, section_count, stuffed, stuffed, frames, up_x1[c], up_x2[c], up_y1[c], up_y2[c]);
         float* target = out[c];
         for (int64_t i = 0; i < frames; ++i) target[i] = float(stuffed[i] * section_gain);
     }

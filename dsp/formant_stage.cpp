@@ -4,6 +4,27 @@
 #include <cmath>
 
 #include "Common_VST3/utilities.h"
+#include "dsp/vector_kernels.h"
+
+namespace {
+
+// One order up: a[j] -= k_i * a[i - 1 - j] for j below i, from the old values,
+// then a[i] = k_i. The two ends meet in the middle, so no copy is needed.
+void step_up(int64_t i, double k_i, double* a) noexcept
+{
+    for (int64_t j = 0, m = i - 1; j < m; ++j, --m) {
+        const double low = a[j], high = a[m];
+        a[j] = low - k_i * high;
+        a[m] = high - k_i * low;
+    }
+    if (i % 2 == 1) {
+        const int64_t middle = i / 2;
+        a[middle] = a[middle] - k_i * a[middle];
+    }
+    a[i] = k_i;
+}
+
+} // namespace
 
 int levinson(int64_t n, const double* r, double* a, double* k, double* scratch) noexcept
 {
@@ -11,15 +32,25 @@ int levinson(int64_t n, const double* r, double* a, double* k, double* scratch) 
     if (n < 1) result += 1;
     if (!(r[0] > 0.0)) result += 2;
     if (result != 0) return result;
+    (void)scratch;
+    // r reversed, so that the sum of a[j] * r[i - j] runs forward through
+    // both: reversed[n - i + j] = r[i - j].
+    double reversed[engine::max_taps + 1];
+    const bool forward = n <= engine::max_taps;
+    if (forward)
+        for (int64_t m = 0; m <= n; ++m) reversed[m] = r[n - m];
+    const auto& kernels = vector_kernels::kernels();
     double e = r[0];
     for (int64_t i = 0; i < n; ++i) {
         double acc = 0.0;
-        for (int64_t j = 0; j < i; ++j) acc += a[j] * r[i - j];
+        if (forward) {
+            acc = kernels.dot(a, reversed + n - i, i);
+        } else {
+            for (int64_t j = 0; j < i; ++j) acc += a[j] * r[i - j];
+        }
         k[i] = (r[i + 1] - acc) / e;
         if (int64_t(k[i]) != 0 || !std::isfinite(k[i])) return 4;
-        for (int64_t j = 0; j < i; ++j) scratch[j] = a[j];
-        for (int64_t j = 0; j < i; ++j) a[j] = scratch[j] - k[i] * scratch[i - 1 - j];
-        a[i] = k[i];
+        step_up(i, k[i], a);
         e *= 1.0 - k[i] * k[i];
     }
     return 0;
@@ -43,11 +74,8 @@ void area_to_reflection(int64_t n, double* k, const double* area) noexcept
 
 void reflection_to_predictor(int64_t n, const double* k, double* a, double* scratch) noexcept
 {
-    for (int64_t i = 0; i < n; ++i) {
-        for (int64_t j = 0; j < i; ++j) scratch[j] = a[j];
-        for (int64_t j = 0; j < i; ++j) a[j] = scratch[j] - k[i] * scratch[i - 1 - j];
-        a[i] = k[i];
-    }
+    (void)scratch;
+    for (int64_t i = 0; i < n; ++i) step_up(i, k[i], a);
 }
 
 namespace {
@@ -67,18 +95,25 @@ constexpr double repeat_share = 0.95;
 constexpr int64_t max_divisor = 8;
 constexpr double max_fundamental = 1500.0;
 
+// Stores the predictor a[0 .. n) into a set's row, reversed and right-aligned.
+void store_reversed(int64_t n, const double* a, double* row) noexcept
+{
+    for (int64_t j = 0; j < n; ++j) row[engine::max_taps - 1 - j] = a[j];
+}
+
 } // namespace
 
 formant_stage::formant_stage()
     : corr_smoother(corr_history, engine::max_taps + 1), area_smoother(area_history, engine::max_taps)
 {
-    for (auto& ring : pre_ring) ring = new double[engine::ring_len];
+    for (auto& ring : pre_ring) ring = new double[2 * engine::ring_len];
     analysis_coef = new double[engine::set_count][engine::max_taps];
     synth_coef = new double[engine::set_count][engine::max_taps];
     set_ring = new int32_t[engine::ring_len];
     prev_set_ring = new int32_t[engine::ring_len];
     mix_ring = new double[engine::ring_len];
-    work = new double[size_t(work_len)];
+    // The autocorrelation reads a little past the segment's extension.
+    work = new double[size_t(work_len + vector_kernels::padding)]();
     reset();
 }
 
@@ -107,7 +142,7 @@ void formant_stage::set_rate(double engine_rate) noexcept
 
 void formant_stage::reset() noexcept
 {
-    for (auto* ring : pre_ring) std::fill(ring, ring + engine::ring_len, 0.0);
+    for (auto* ring : pre_ring) std::fill(ring, ring + 2 * engine::ring_len, 0.0);
     de_state[0] = de_state[1] = 0.0;
     for (int s = 0; s < engine::set_count; ++s) {
         std::fill(analysis_coef[s], analysis_coef[s] + engine::max_taps, 0.0);
@@ -117,7 +152,7 @@ void formant_stage::reset() noexcept
     std::fill(set_ring, set_ring + engine::ring_len, 0);
     std::fill(prev_set_ring, prev_set_ring + engine::ring_len, 0);
     std::fill(mix_ring, mix_ring + engine::ring_len, 1.0);
-    for (auto& history : synth_history) std::fill(history, history + engine::max_taps, 0.0);
+    for (auto& history : synth_history) std::fill(history, history + 2 * engine::max_taps, 0.0);
     history_index = 0;
     analysis_count = -engine::analysis_interval;
     set_index = prev_set_index = 0;
@@ -194,18 +229,8 @@ void formant_stage::analyze_formants(const double* period_ring, int64_t index, i
         for (int64_t i = n - 1; i > 0; --i) work[i] -= spectrum_emphasis * work[i - 1];
         work[0] -= spectrum_emphasis * wrap;
 
-        // Two lags per pass over the segment, each summed in the same order
-        // as alone.
         double r[engine::max_taps + 2];
-        for (int64_t l = 0; l <= lpc_order; l += 2) {
-            double sum = 0.0, next = 0.0;
-            for (int64_t i = 0; i < len; ++i) {
-                sum += work[i] * work[i + l];
-                next += work[i] * work[i + l + 1];
-            }
-            r[l] = sum;
-            r[l + 1] = next;
-        }
+        vector_kernels::kernels().autocorrelation(work, len, lpc_order + 1, r);
         // The lag window widens the spectral peaks, so that the fit follows
         // the envelope and not the harmonics. Its width is the spacing of the
         // harmonics: the detector's period, or a whole fraction of it when
@@ -222,6 +247,7 @@ void formant_stage::analyze_formants(const double* period_ring, int64_t index, i
 
         double a[engine::max_taps];
         double k[engine::max_taps];
+        double predictor[engine::max_taps];
         if (levinson(lpc_order, r, a, k, blend_coef) != 0) {
             // An ill-conditioned analysis: the present set stays.
             corr_smoother.reset_smoothing();
@@ -231,11 +257,13 @@ void formant_stage::analyze_formants(const double* period_ring, int64_t index, i
             reflection_to_area(lpc_order, k, area);
             area_smoother.do_smoothing(area, int32_t(lpc_order));
             area_to_reflection(lpc_order, k, area);
-            reflection_to_predictor(lpc_order, k, analysis_coef[set_index], blend_coef);
+            reflection_to_predictor(lpc_order, k, predictor, blend_coef);
+            store_reversed(lpc_order, predictor, analysis_coef[set_index]);
 
             const int64_t m = warp_area(bypass);
             area_to_reflection(m, k, warped_area);
-            reflection_to_predictor(m, k, synth_coef[set_index], blend_coef);
+            reflection_to_predictor(m, k, predictor, blend_coef);
+            store_reversed(m, predictor, synth_coef[set_index]);
             synth_taps[set_index] = m;
         }
     }
@@ -262,10 +290,10 @@ int64_t formant_stage::harmonic_divisor(const double* r, int64_t len, double p) 
         if (lag <= lpc_order) {
             sum = r[lag];
         } else {
-            for (int64_t i = 0, j = lag; i < len; ++i, ++j) {
-                if (j == len) j = 0;
-                sum += work[i] * work[j];
-            }
+            // Circular: the products up to the segment's end, then those
+            // whose partner wraps to its start.
+            const auto& kernels = vector_kernels::kernels();
+            sum = kernels.dot(work, work + lag, len - lag) + kernels.dot(work + len - lag, work, lag);
         }
         if (sum >= repeat_share * r[0]) return m;
     }
@@ -301,20 +329,19 @@ void formant_stage::set_throat_ratio(double ratio) noexcept
 
 double formant_stage::inverse_filter(int64_t index, int channel) noexcept
 {
+    const int64_t first = engine::max_taps - lpc_order;
     const double* coef = analysis_coef[set_index];
     if (set_mix < 1.0) {
         const double* old = analysis_coef[prev_set_index];
-        for (int64_t j = 0; j < lpc_order; ++j) blend_coef[j] = set_mix * coef[j] + (1.0 - set_mix) * old[j];
+        for (int64_t j = first; j < engine::max_taps; ++j)
+            blend_coef[j] = set_mix * coef[j] + (1.0 - set_mix) * old[j];
         coef = blend_coef;
     }
-    const double* x = pre_ring[channel];
-    int64_t i = engine::ring_back(index, engine::residual_delay, engine::ring_len);
-    double y = x[i];
-    for (int64_t j = 0; j < lpc_order; ++j) {
-        i = i == 0 ? engine::ring_len - 1 : i - 1;
-        y -= x[i] * coef[j];
-    }
-    return y;
+    // The sample and the lpc_order before it, oldest first, in one piece of
+    // the mirrored ring.
+    const int64_t i = engine::ring_back(index, engine::residual_delay, engine::ring_len);
+    const double* x = pre_ring[channel] + engine::ring_len + i;
+    return x[0] - vector_kernels::kernels().dot(x - lpc_order, coef + first, lpc_order);
 }
 
 double formant_stage::synthesis_filter(int64_t position, int channel, double x) noexcept
@@ -328,17 +355,16 @@ double formant_stage::synthesis_filter(int64_t position, int channel, double x) 
     const double* coef = synth_coef[c];
     if (w < 1.0 && synth_taps[p] != 0) {
         taps = std::max(taps, synth_taps[p]);
-        for (int64_t t = 0; t < taps; ++t) blend_coef[t] = synth_coef[p][t] * (1.0 - w) + synth_coef[c][t] * w;
+        for (int64_t t = engine::max_taps - taps; t < engine::max_taps; ++t)
+            blend_coef[t] = synth_coef[p][t] * (1.0 - w) + synth_coef[c][t] * w;
         coef = blend_coef;
     }
+    // The taps outputs before this one, oldest first, in one piece of the
+    // mirrored history.
     double* history = synth_history[channel];
-    double y = x;
-    int32_t h = history_index;
-    for (int64_t t = 0; t < taps; ++t) {
-        h = h == 0 ? engine::max_taps - 1 : h - 1;
-        y += history[h] * coef[t];
-    }
-    history[history_index] = y;
+    const double* past = history + history_index + engine::max_taps - taps;
+    const double y = x + vector_kernels::kernels().dot(past, coef + engine::max_taps - taps, taps);
+    history[history_index] = history[history_index + engine::max_taps] = y;
     if (channel == 0) history_index = history_index + 1 == engine::max_taps ? 0 : history_index + 1;
     return y;
 }

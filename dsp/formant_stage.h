@@ -32,6 +32,13 @@ void reflection_to_predictor(int64_t n, const double* k, double* a, double* scra
 // samples later; the set of each ring position is remembered for it, and a
 // new set fades in over 10 samples.
 //
+// The filters run as dot products through the vector kernels: the emphasised
+// ring and the synthesis history are mirrored (entry i + length equal to
+// entry i), so the samples a filter reads lie in one piece, and each set's
+// coefficients are kept reversed and right-aligned (coefficient j of the
+// sample j + 1 back at entry engine::max_taps - 1 - j), so that they run
+// forward beside them.
+//
 // All buffers are allocated by the constructor; afterwards nothing here
 // allocates. An object belongs to its engine's owner thread.
 class formant_stage {
@@ -64,7 +71,7 @@ public:
     void pre_emphasize(const double* ring, int64_t index, int channel) noexcept
     {
         const int64_t previous = engine::ring_back(index, 1, engine::ring_len);
-        pre_ring[channel][index] = ring[index] - emphasis * ring[previous];
+        pre_ring[channel][index] = pre_ring[channel][index + engine::ring_len] = ring[index] - emphasis * ring[previous];
     }
     // Audio thread, per output sample: the inverse of pre_emphasize.
     double de_emphasize(int channel, double x) noexcept
@@ -98,6 +105,7 @@ private:
     void roll_sets() noexcept;
 
     double rate = 0.0;
+    // Mirrored: 2 * engine::ring_len entries.
     double* pre_ring[max_channels];
     double emphasis = default_emphasis;
     // Coefficient of the extra first difference inside the analysis.
@@ -109,15 +117,18 @@ private:
     int32_t set_index = 0;
     int32_t prev_set_index = 0;
     double set_mix = 1.0;
+    // Reversed and right-aligned, as told above.
     double (*analysis_coef)[engine::max_taps];
     double (*synth_coef)[engine::max_taps];
     int64_t synth_taps[engine::set_count] = {};
     int32_t* set_ring;
     int32_t* prev_set_ring;
     double* mix_ring;
-    double synth_history[max_channels][engine::max_taps] = {};
+    // Mirrored: entry h + engine::max_taps equal to entry h.
+    double synth_history[max_channels][2 * engine::max_taps] = {};
     int32_t history_index = 0;
     double* work;
+    // Coefficients mixed during a fade, laid out as the sets.
     double blend_coef[engine::max_taps] = {};
     smooth_functions corr_smoother;
     smooth_functions area_smoother;

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "dsp/ring_index.h"
+#include "dsp/vector_kernels.h"
 
 namespace {
 
@@ -11,29 +12,16 @@ namespace {
 constexpr double lock_floor = 1.65e-5;
 constexpr double hold_floor = 1.5e-5;
 
-// Sum over `lag` products x[n - i] * x[n - i - lag] of the ring, n the newest.
-double direct_corr(const double* x, int64_t newest, int64_t lag) noexcept
+// Sum over `lag` products h[-i] * h[-i - lag], h the newest sample of a
+// mirrored ring; 2 * lag must stay below the ring's length.
+double direct_corr(const double* h, int64_t lag) noexcept
 {
-    double sum = 0.0;
-    int64_t i = newest;
-    int64_t j = engine::ring_back(newest, lag, engine::ring_len);
-    for (int64_t n = 0; n < lag; ++n) {
-        sum += x[i] * x[j];
-        i = i == 0 ? engine::ring_len - 1 : i - 1;
-        j = j == 0 ? engine::ring_len - 1 : j - 1;
-    }
-    return sum;
-}
-
-// The ring `back` samples before the newest.
-double back_of(const double* x, int64_t newest, int64_t back) noexcept
-{
-    return x[engine::ring_back(newest, back, engine::ring_len)];
+    return vector_kernels::kernels().dot(h - lag + 1, h - 2 * lag + 1, lag);
 }
 
 } // namespace
 
-pitch_detector::pitch_detector() noexcept
+pitch_detector::pitch_detector() : history(new double[2 * engine::ring_len])
 {
     reset();
 }
@@ -90,7 +78,8 @@ void pitch_detector::design_filters() noexcept
 void pitch_detector::reset() noexcept
 {
     for (auto& filter : pre_filter) filter.clear();
-    std::fill(coarse_ring, coarse_ring + engine::coarse_len, 0.0);
+    std::fill(history.get(), history.get() + 2 * engine::ring_len, 0.0);
+    std::fill(coarse_ring, coarse_ring + 2 * engine::coarse_len, 0.0);
     std::fill(coarse_energy, coarse_energy + engine::coarse_lags, 0.0);
     std::fill(coarse_corr, coarse_corr + engine::coarse_lags, 0.0);
     std::fill(lag_energy, lag_energy + 2 * engine::max_lag_half, 0.0);
@@ -104,11 +93,11 @@ void pitch_detector::reset() noexcept
     last_period = 0.0;
 }
 
-pitch_detector::outcome pitch_detector::search(double filtered, const double* ring, int64_t newest) noexcept
+pitch_detector::outcome pitch_detector::search(double filtered, int64_t newest) noexcept
 {
     const bool cleared = search_reset;
     const int64_t lag = coarse_update(filtered);
-    if (lag > 0) fine_start(lag, ring, newest);
+    if (lag > 0) fine_start(lag, newest);
     return cleared ? outcome::cleared : outcome::none;
 }
 
@@ -117,20 +106,19 @@ int64_t pitch_detector::coarse_update(double x) noexcept
     constexpr int64_t len = engine::coarse_len;
     if (search_reset) {
         search_reset = false;
-        std::fill(coarse_ring, coarse_ring + len, 0.0);
+        std::fill(coarse_ring, coarse_ring + 2 * len, 0.0);
         std::fill(coarse_energy, coarse_energy + engine::coarse_lags, 0.0);
         std::fill(coarse_corr, coarse_corr + engine::coarse_lags, 0.0);
         coarse_count = 0;
         coarse_index = 0;
     }
 
-    coarse_ring[coarse_index] = x;
-    for (int64_t k = 0; k < engine::coarse_lags; ++k) {
-        const double a = coarse_ring[engine::ring_back(coarse_index, 2 * k, len)];
-        const double b = coarse_ring[engine::ring_back(coarse_index, k, len)];
-        coarse_corr[k] += b * x - b * a;
-        coarse_energy[k] += x * x - a * a;
-    }
+    // Lag k: the energy gains x * x and loses the sample 2k back; the
+    // correlation gains the sample k back times x and loses it times the
+    // sample 2k back.
+    coarse_ring[coarse_index] = coarse_ring[coarse_index + len] = x;
+    const double* newest = coarse_ring + coarse_index + len;
+    vector_kernels::kernels().lag_window_update(coarse_energy, coarse_corr, engine::coarse_lags, x, newest, newest);
     coarse_index = engine::ring_next(coarse_index, len);
 
     const int64_t c = coarse_count++;
@@ -139,9 +127,12 @@ int64_t pitch_detector::coarse_update(double x) noexcept
     // The search reaches further as the signal accumulates.
     const int64_t m = c - 5 <= 499 ? (c - 5) / 2 : 249;
     double d[engine::coarse_lags];
+    // Without a branch, so that the divisions run side by side: a lag
+    // without energy divides by 1.0 and takes 1.0.
     for (int64_t k = 1; k < m; ++k) {
         const double e = coarse_energy[k];
-        d[k] = e > 0.0 ? (0.5 * e - coarse_corr[k]) / e : 1.0;
+        const double q = (0.5 * e - coarse_corr[k]) / (e > 0.0 ? e : 1.0);
+        d[k] = e > 0.0 ? q : 1.0;
     }
 
     // Climb out of the dip around lag zero.
@@ -185,7 +176,7 @@ int64_t pitch_detector::coarse_update(double x) noexcept
     return lag - lag_half;
 }
 
-void pitch_detector::fine_start(int64_t lag, const double* x, int64_t newest) noexcept
+void pitch_detector::fine_start(int64_t lag, int64_t newest) noexcept
 {
     base_lag = lag;
     const int64_t width = 2 * int64_t(lag_half);
@@ -194,41 +185,34 @@ void pitch_detector::fine_start(int64_t lag, const double* x, int64_t newest) no
         lag_energy[0] = 0.0;
         return;
     }
-    double energy = 0.0;
-    for (int64_t n = 0; n < 2 * lag; ++n) {
-        const double v = back_of(x, newest, n);
-        energy += v * v;
-    }
+    const double* h = newest_of(newest);
+    const double energy = vector_kernels::kernels().dot(h - 2 * lag + 1, h - 2 * lag + 1, 2 * lag);
     lag_energy[0] = energy;
     if (energy < lock_floor) return; // too quiet to lock
     for (int64_t k = 1; k < width; ++k) {
         const int64_t l = base_lag + k;
-        const double a = back_of(x, newest, 2 * l - 2);
-        const double b = back_of(x, newest, 2 * l - 1);
+        const double a = h[-(2 * l - 2)];
+        const double b = h[-(2 * l - 1)];
         lag_energy[k] = lag_energy[k - 1] + a * a + b * b;
     }
-    for (int64_t k = 0; k < width; ++k) lag_corr[k] = direct_corr(x, newest, base_lag + k);
+    for (int64_t k = 0; k < width; ++k) lag_corr[k] = direct_corr(h, base_lag + k);
     decide_count = engine::decide_interval - 1; // the next sample decides
     searching = false;
 }
 
-pitch_detector::outcome pitch_detector::fine_update(const double* x, int64_t newest) noexcept
+pitch_detector::outcome pitch_detector::fine_update(int64_t newest) noexcept
 {
-    const double x0 = x[newest];
+    // Lag l gains x0 * x0 and x0 times the sample l back, and loses the
+    // sample 2l back squared and times the sample l back.
+    const double* h = newest_of(newest);
     const int64_t width = 2 * int64_t(lag_half);
-    for (int64_t k = 0; k < width; ++k) {
-        const int64_t l = base_lag + k;
-        const double a = back_of(x, newest, l);
-        const double b = back_of(x, newest, 2 * l);
-        lag_energy[k] += x0 * x0 - b * b;
-        lag_corr[k] += x0 * a - a * b;
-    }
+    vector_kernels::kernels().lag_window_update(lag_energy, lag_corr, width, h[0], h - base_lag, h - 2 * base_lag);
     if (++decide_count != engine::decide_interval) return outcome::none;
     decide_count = 0;
-    return decide(x, newest);
+    return decide(newest);
 }
 
-pitch_detector::outcome pitch_detector::decide(const double* x, int64_t newest) noexcept
+pitch_detector::outcome pitch_detector::decide(int64_t newest) noexcept
 {
     const int64_t width = 2 * int64_t(lag_half);
     if (width < 2) return lose_lock();
@@ -254,10 +238,11 @@ pitch_detector::outcome pitch_detector::decide(const double* x, int64_t newest) 
             lag_energy[j] = lag_energy[j + 1];
             lag_corr[j] = lag_corr[j + 1];
         }
-        const double a = back_of(x, newest, 2 * top - 2);
-        const double b = back_of(x, newest, 2 * top - 1);
+        const double* h = newest_of(newest);
+        const double a = h[-(2 * top - 2)];
+        const double b = h[-(2 * top - 1)];
         lag_energy[width - 1] = lag_energy[width - 2] + a * a + b * b;
-        lag_corr[width - 1] = direct_corr(x, newest, top);
+        lag_corr[width - 1] = direct_corr(h, top);
     } else if (k < lag_half - 1) {
         if (base_lag <= 1) return lose_lock();
         --base_lag;
@@ -267,10 +252,11 @@ pitch_detector::outcome pitch_detector::decide(const double* x, int64_t newest) 
             lag_corr[j] = lag_corr[j - 1];
         }
         const int64_t l = base_lag;
-        const double a = back_of(x, newest, 2 * l);
-        const double b = back_of(x, newest, 2 * l + 1);
+        const double* h = newest_of(newest);
+        const double a = h[-(2 * l)];
+        const double b = h[-(2 * l + 1)];
         lag_energy[0] = lag_energy[1] - a * a - b * b;
-        lag_corr[0] = direct_corr(x, newest, l);
+        lag_corr[0] = direct_corr(h, l);
     }
 
     const double a = f(k - 1), b = f(k), c = f(k + 1);

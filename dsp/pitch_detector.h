@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 
 #include "Common_VST3/biQuad_Filter.h"
 #include "dsp/engine_constants.h"
@@ -19,7 +20,13 @@ enum class input_type : int32_t { soprano, alto_tenor, low_male, instrument, bas
 // f(L) = 0.5 E(L) - H(L): E the energy of the last 2L samples, H the
 // correlation of the last L samples with the L before them.
 //
-// An object belongs to its engine's owner thread; nothing here allocates.
+// The detector keeps its own copy of the input it is fed, at the positions
+// of the engine's input ring and mirrored (entry i + engine::ring_len equal
+// to entry i), so that every window of lags it sums lies in one piece and
+// runs through the vector kernels.
+//
+// The constructor allocates that copy (interface thread); afterwards nothing
+// here allocates. An object belongs to its engine's owner thread.
 class pitch_detector {
 public:
     // What one sample did, for the engine to act on.
@@ -33,7 +40,7 @@ public:
         lost,
     };
 
-    pitch_detector() noexcept;
+    pitch_detector();
 
     // The engine rate in Hz: the width of the fine window and the
     // pre-filters' designs.
@@ -45,14 +52,18 @@ public:
     void reset() noexcept;
 
     // Audio thread. One input sample `x`, already stored as the newest entry
-    // `newest` of `ring` (engine::ring_len long).
+    // `newest` of the engine's input ring `ring` (engine::ring_len long).
+    // The detector reads its own copy of that ring, which holds the same
+    // samples as long as it is fed every sample from the same reset.
     outcome process(double x, const double* ring, int64_t newest) noexcept
     {
+        (void)ring;
+        history[newest] = history[newest + engine::ring_len] = x;
         double filtered = pre_filter[1].process(pre_filter[0].process(x));
         if (third_filter_on) filtered = pre_filter[2].process(filtered);
-        if (!searching) return fine_update(ring, newest);
+        if (!searching) return fine_update(newest);
         if (newest % engine::coarse_step != 0) return outcome::none;
-        return search(filtered, ring, newest);
+        return search(filtered, newest);
     }
 
     // Detected period, 0.0 while unvoiced; the last nonzero one, kept.
@@ -63,13 +74,16 @@ public:
 private:
     // A coarse step while searching, and the fine stage armed if it found a
     // start lag.
-    outcome search(double filtered, const double* ring, int64_t newest) noexcept;
+    outcome search(double filtered, int64_t newest) noexcept;
     // One filtered sample of the coarse stage: a start lag, or 0.
     int64_t coarse_update(double x) noexcept;
     // Arms the fine stage at a start lag, if the signal is loud enough.
-    void fine_start(int64_t lag, const double* ring, int64_t newest) noexcept;
-    outcome fine_update(const double* ring, int64_t newest) noexcept;
-    outcome decide(const double* ring, int64_t newest) noexcept;
+    void fine_start(int64_t lag, int64_t newest) noexcept;
+    outcome fine_update(int64_t newest) noexcept;
+    outcome decide(int64_t newest) noexcept;
+    // The newest input sample in the mirrored copy: the 2 * engine::ring_len
+    // - 1 samples before it are in order at negative offsets.
+    const double* newest_of(int64_t newest) const noexcept { return history.get() + engine::ring_len + newest; }
     outcome lose_lock() noexcept;
     void design_filters() noexcept;
 
@@ -86,8 +100,12 @@ private:
     double rise_threshold = 0.0;
     double dip_threshold = 0.2;
 
-    // Coarse stage, in decimated samples.
-    double coarse_ring[engine::coarse_len];
+    // The input as fed, mirrored: 2 * engine::ring_len entries.
+    std::unique_ptr<double[]> history;
+
+    // Coarse stage, in decimated samples. Its ring is mirrored as well:
+    // 2 * engine::coarse_len entries.
+    double coarse_ring[2 * engine::coarse_len];
     double coarse_energy[engine::coarse_lags];
     double coarse_corr[engine::coarse_lags];
     int64_t coarse_count = 0;

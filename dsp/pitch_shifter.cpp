@@ -12,8 +12,8 @@ double interpolate(const double* ring, double position) noexcept
 {
     int64_t i = Round_ToInt(float(position));
     const double t = position - double(i);
-    i %= engine::ring_len;
-    if (i < 0) i += engine::ring_len;
+    while (i < 0) i += engine::ring_len;
+    while (i >= engine::ring_len) i -= engine::ring_len;
     const double y0 = ring[i];
     const double ym = ring[i == 0 ? engine::ring_len - 1 : i - 1];
     const double yp = ring[engine::ring_next(i, engine::ring_len)];

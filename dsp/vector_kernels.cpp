@@ -1,0 +1,236 @@
+#include "dsp/vector_kernels.h"
+
+#include <cstring>
+#include <initializer_list>
+
+// The vector levels are one body per kernel, written with the compiler's
+// generic vector types for a width of V doubles and instantiated inside
+// functions compiled for each instruction set; the scalar level is the plain
+// loop they are checked against.
+
+namespace vector_kernels {
+namespace {
+
+// ---- scalar level ----------------------------------------------------------
+
+double dot_scalar(const double* a, const double* b, int64_t n) noexcept
+{
+    double sum = 0.0;
+    for (int64_t i = 0; i < n; ++i) sum += a[i] * b[i];
+    return sum;
+}
+
+void autocorrelation_scalar(const double* x, int64_t len, int64_t lags, double* r) noexcept
+{
+    for (int64_t l = 0; l < lags; ++l) {
+        double sum = 0.0;
+        for (int64_t i = 0; i < len; ++i) sum += x[i] * x[i + l];
+        r[l] = sum;
+    }
+}
+
+void lag_window_update_scalar(double* energy, double* corr, int64_t width, double x0, const double* a_top,
+                              const double* b_top) noexcept
+{
+    for (int64_t k = 0; k < width; ++k) {
+        const double a = a_top[-k];
+        const double b = b_top[-2 * k];
+        energy[k] += x0 * x0 - b * b;
+        corr[k] += x0 * a - a * b;
+    }
+}
+
+constexpr table scalar_table = {dot_scalar, autocorrelation_scalar, lag_window_update_scalar};
+
+#if defined(__x86_64__) || defined(__i386__)
+
+// ---- vector bodies ---------------------------------------------------------
+
+template <int V>
+struct lanes;
+template <>
+struct lanes<2> {
+    typedef double vec __attribute__((vector_size(16)));
+    typedef long long mask __attribute__((vector_size(16)));
+    static constexpr mask reverse = {1, 0};
+    static constexpr mask even_reversed = {2, 0};
+};
+template <>
+struct lanes<4> {
+    typedef double vec __attribute__((vector_size(32)));
+    typedef long long mask __attribute__((vector_size(32)));
+    static constexpr mask reverse = {3, 2, 1, 0};
+    static constexpr mask even_reversed = {6, 4, 2, 0};
+};
+
+// Four partial sums of V lanes each keep the adder busy; they are added
+// together at the end, then the remainder one by one.
+template <int V>
+[[gnu::always_inline]] inline double dot_body(const double* a, const double* b, int64_t n) noexcept
+{
+    using vec = typename lanes<V>::vec;
+    vec s0 = {}, s1 = {}, s2 = {}, s3 = {};
+    int64_t i = 0;
+    for (; i + 4 * V <= n; i += 4 * V) {
+        vec a0, a1, a2, a3, b0, b1, b2, b3;
+        std::memcpy(&a0, a + i, sizeof a0);
+        std::memcpy(&a1, a + i + V, sizeof a1);
+        std::memcpy(&a2, a + i + 2 * V, sizeof a2);
+        std::memcpy(&a3, a + i + 3 * V, sizeof a3);
+        std::memcpy(&b0, b + i, sizeof b0);
+        std::memcpy(&b1, b + i + V, sizeof b1);
+        std::memcpy(&b2, b + i + 2 * V, sizeof b2);
+        std::memcpy(&b3, b + i + 3 * V, sizeof b3);
+        s0 += a0 * b0;
+        s1 += a1 * b1;
+        s2 += a2 * b2;
+        s3 += a3 * b3;
+    }
+    for (; i + V <= n; i += V) {
+        vec a0, b0;
+        std::memcpy(&a0, a + i, sizeof a0);
+        std::memcpy(&b0, b + i, sizeof b0);
+        s0 += a0 * b0;
+    }
+    s0 = (s0 + s1) + (s2 + s3);
+    double sum = 0.0;
+    for (int j = 0; j < V; ++j) sum += s0[j];
+    for (; i < n; ++i) sum += a[i] * b[i];
+    return sum;
+}
+
+// Blocks of 4 V lags, each lag a lane that sums over i in order: the same
+// sums as the scalar loop.
+template <int V>
+[[gnu::always_inline]] inline void autocorrelation_body(const double* x, int64_t len, int64_t lags,
+                                                        double* r) noexcept
+{
+    using vec = typename lanes<V>::vec;
+    constexpr int block = 4;
+    for (int64_t l0 = 0; l0 < lags; l0 += block * V) {
+        vec acc[block] = {};
+        for (int64_t i = 0; i < len; ++i) {
+            const vec xi = vec{} + x[i];
+            for (int j = 0; j < block; ++j) {
+                vec y;
+                std::memcpy(&y, x + i + l0 + j * V, sizeof y);
+                acc[j] += xi * y;
+            }
+        }
+        double sums[block * V];
+        std::memcpy(sums, acc, sizeof sums);
+        for (int64_t j = 0; j < block * V && l0 + j < lags; ++j) r[l0 + j] = sums[j];
+    }
+}
+
+// V lags at a time: a runs backward one sample per lag, b two, so a is a
+// reversed load and b the even lanes of two loads, reversed.
+template <int V>
+[[gnu::always_inline]] inline void lag_window_update_body(double* energy, double* corr, int64_t width, double x0,
+                                                          const double* a_top, const double* b_top) noexcept
+{
+    using L = lanes<V>;
+    using vec = typename L::vec;
+    const vec vx = vec{} + x0;
+    const vec vxx = vec{} + x0 * x0;
+    int64_t k = 0;
+    for (; k + V <= width; k += V) {
+        vec a_raw, lo, hi, e, c;
+        std::memcpy(&a_raw, a_top - k - (V - 1), sizeof a_raw);
+        std::memcpy(&lo, b_top - 2 * k - 2 * (V - 1), sizeof lo);
+        std::memcpy(&hi, b_top - 2 * k - 2 * (V - 1) + V, sizeof hi);
+        const vec a = __builtin_shuffle(a_raw, L::reverse);
+        const vec b = __builtin_shuffle(lo, hi, L::even_reversed);
+        std::memcpy(&e, energy + k, sizeof e);
+        std::memcpy(&c, corr + k, sizeof c);
+        e += vxx - b * b;
+        c += vx * a - a * b;
+        std::memcpy(energy + k, &e, sizeof e);
+        std::memcpy(corr + k, &c, sizeof c);
+    }
+    lag_window_update_scalar(energy + k, corr + k, width - k, x0, a_top - k, b_top - 2 * k);
+}
+
+// ---- instantiations --------------------------------------------------------
+
+double dot_sse2(const double* a, const double* b, int64_t n) noexcept
+{
+    return dot_body<2>(a, b, n);
+}
+void autocorrelation_sse2(const double* x, int64_t len, int64_t lags, double* r) noexcept
+{
+    autocorrelation_body<2>(x, len, lags, r);
+}
+void lag_window_update_sse2(double* energy, double* corr, int64_t width, double x0, const double* a_top,
+                            const double* b_top) noexcept
+{
+    lag_window_update_body<2>(energy, corr, width, x0, a_top, b_top);
+}
+
+__attribute__((target("avx2"))) double dot_avx2(const double* a, const double* b, int64_t n) noexcept
+{
+    return dot_body<4>(a, b, n);
+}
+__attribute__((target("avx2"))) void autocorrelation_avx2(const double* x, int64_t len, int64_t lags,
+                                                          double* r) noexcept
+{
+    autocorrelation_body<4>(x, len, lags, r);
+}
+__attribute__((target("avx2"))) void lag_window_update_avx2(double* energy, double* corr, int64_t width, double x0,
+                                                            const double* a_top, const double* b_top) noexcept
+{
+    lag_window_update_body<4>(energy, corr, width, x0, a_top, b_top);
+}
+
+constexpr table sse2_table = {dot_sse2, autocorrelation_sse2, lag_window_update_sse2};
+constexpr table avx2_table = {dot_avx2, autocorrelation_avx2, lag_window_update_avx2};
+
+#endif
+
+const table* choose() noexcept
+{
+    return &kernels_for(chosen_level());
+}
+
+} // namespace
+
+bool supported(level l) noexcept
+{
+#if defined(__x86_64__) || defined(__i386__)
+    __builtin_cpu_init();
+    switch (l) {
+    case level::scalar: return true;
+    case level::sse2: return __builtin_cpu_supports("sse2");
+    case level::avx2: return __builtin_cpu_supports("avx2");
+    }
+    return false;
+#else
+    return l == level::scalar;
+#endif
+}
+
+const table& kernels_for(level l) noexcept
+{
+#if defined(__x86_64__) || defined(__i386__)
+    switch (l) {
+    case level::scalar: return scalar_table;
+    case level::sse2: return sse2_table;
+    case level::avx2: return avx2_table;
+    }
+#endif
+    (void)l;
+    return scalar_table;
+}
+
+level chosen_level() noexcept
+{
+    for (level l : {level::avx2, level::sse2})
+        if (supported(l)) return l;
+    return level::scalar;
+}
+
+namespace detail {
+const table* active = choose();
+} // namespace detail
+
+} // namespace vector_kernels

@@ -1,0 +1,60 @@
+#pragma once
+
+#include <cstdint>
+
+// The engine's inner loops over arrays of doubles, compiled once per
+// instruction-set level and chosen when the module loads from what the
+// processor offers, so that one build runs on any x86-64 machine and uses
+// the widest vectors it has.
+//
+// Every level of lag_window_update and autocorrelation computes each entry
+// by the same operations in the same order as the scalar level, so their
+// results are the same to the last bit. A dot product's vector levels add in
+// several partial sums, so it may differ from the scalar sum in the last
+// bits (a relative difference of the order of n * 2^-53).
+//
+// Nothing here allocates, locks or blocks; every function may run on the
+// audio thread.
+namespace vector_kernels {
+
+// SSE2 is every x86-64 processor's baseline. AVX-512 is left out: on the
+// processors measured its wider shuffles cost more than they saved.
+enum class level : int { scalar, sse2, avx2 };
+constexpr int level_count = 3;
+
+struct table {
+    // sum of a[i] * b[i] for i below n.
+    double (*dot)(const double* a, const double* b, int64_t n) noexcept;
+    // r[l] = sum for i below len of x[i] * x[i + l], for l below lags, each
+    // summed in the order of i. x must be readable up to
+    // x[len + lags + padding).
+    void (*autocorrelation)(const double* x, int64_t len, int64_t lags, double* r) noexcept;
+    // The running sums of a window of lags, one sample on: for k below
+    // width, with a = a_top[-k] and b = b_top[-2 k],
+    //   energy[k] += x0 * x0 - b * b;   corr[k] += x0 * a - a * b.
+    // b_top[1] must be readable.
+    void (*lag_window_update)(double* energy, double* corr, int64_t width, double x0, const double* a_top,
+                              const double* b_top) noexcept;
+};
+
+// Entries autocorrelation may read past x[len + lags).
+constexpr int64_t padding = 16;
+
+// Whether this processor runs a level.
+bool supported(level l) noexcept;
+// The functions of one level; the level must be supported.
+const table& kernels_for(level l) noexcept;
+// The widest supported level, chosen once at load time.
+level chosen_level() noexcept;
+
+namespace detail {
+extern const table* active;
+}
+
+// The chosen level's functions. Audio thread or any other.
+inline const table& kernels() noexcept
+{
+    return *detail::active;
+}
+
+} // namespace vector_kernels

@@ -1,0 +1,120 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdint>
+#include <vector>
+
+#include "dsp/vector_kernels.h"
+
+using vector_kernels::level;
+
+namespace {
+
+// Uniform values in [-1, 1) from a fixed seed.
+std::vector<double> noise(size_t n, uint32_t seed)
+{
+    std::vector<double> x(n);
+    for (auto& v : x) {
+        seed = seed * 1664525u + 1013904223u;
+        v = double(seed >> 8) / double(1u << 23) - 1.0;
+    }
+    return x;
+}
+
+// Every level this processor runs, the scalar one included.
+std::vector<level> levels()
+{
+    std::vector<level> out;
+    for (int l = 0; l < vector_kernels::level_count; ++l)
+        if (vector_kernels::supported(level(l))) out.push_back(level(l));
+    return out;
+}
+
+} // namespace
+
+TEST(VectorKernels, TheChosenLevelRunsHere)
+{
+    EXPECT_TRUE(vector_kernels::supported(vector_kernels::chosen_level()));
+    EXPECT_EQ(&vector_kernels::kernels(), &vector_kernels::kernels_for(vector_kernels::chosen_level()));
+}
+
+// The sum of products in any order is within (n + 1) 2^-52 of the sum of
+// their magnitudes from the exact value; the exact value is approached by a
+// long double sum. Lengths cover the empty sum, the remainders below one
+// vector and below four, and the segment lengths of the engine.
+TEST(VectorKernels, DotProductsAgreeWithAnExactSumAtEveryLevel)
+{
+    const auto a = noise(4000, 1), b = noise(4000, 2);
+    for (level l : levels()) {
+        const auto& k = vector_kernels::kernels_for(l);
+        for (int64_t n : {0, 1, 3, 7, 15, 33, 50, 61, 110, 999, 3488}) {
+            long double exact = 0.0L;
+            double magnitude = 0.0;
+            for (int64_t i = 0; i < n; ++i) {
+                exact += (long double)a[size_t(i)] * b[size_t(i)];
+                magnitude += std::fabs(a[size_t(i)] * b[size_t(i)]);
+            }
+            const double bound = double(n + 1) * std::ldexp(1.0, -52) * magnitude;
+            EXPECT_LE(std::fabs(double(k.dot(a.data(), b.data(), n) - exact)), bound)
+                << "level " << int(l) << ", n " << n;
+        }
+    }
+}
+
+// The per-lag kernels give every level the same sums in the same order as the
+// scalar path: bit for bit the same results, over widths with remainders and
+// over many samples of running sums.
+TEST(VectorKernels, LagSumsAreTheScalarOnesAtEveryLevel)
+{
+    const auto& scalar = vector_kernels::kernels_for(level::scalar);
+    const auto x = noise(8000, 3);
+    for (level l : levels()) {
+        const auto& k = vector_kernels::kernels_for(l);
+        for (int64_t lags : {1, 5, 11, 41, 51, 61}) {
+            const int64_t len = 317;
+            std::vector<double> want(static_cast<size_t>(lags)), got(static_cast<size_t>(lags));
+            scalar.autocorrelation(x.data(), len, lags, want.data());
+            k.autocorrelation(x.data(), len, lags, got.data());
+            EXPECT_EQ(want, got) << "autocorrelation, level " << int(l) << ", lags " << lags;
+        }
+        for (int64_t width : {1, 3, 8, 9, 48, 60, 250}) {
+            std::vector<double> e1(size_t(width), 0.5), c1(size_t(width), -0.25), e2(e1), c2(c1);
+            const int64_t lag = 40;
+            for (int64_t n = 2 * (lag + width); n < 2 * (lag + width) + 500; ++n) {
+                const double* h = x.data() + n;
+                scalar.lag_window_update(e1.data(), c1.data(), width, h[0], h - lag, h - 2 * lag);
+                k.lag_window_update(e2.data(), c2.data(), width, h[0], h - lag, h - 2 * lag);
+            }
+            EXPECT_EQ(e1, e2) << "energy, level " << int(l) << ", width " << width;
+            EXPECT_EQ(c1, c2) << "correlation, level " << int(l) << ", width " << width;
+        }
+    }
+}
+
+// The scalar running sums themselves: after a window's worth of samples,
+// energy and correlation of each lag equal their direct sums.
+TEST(VectorKernels, RunningLagSumsEqualTheirDirectSums)
+{
+    const auto x = noise(2000, 4);
+    const int64_t lag = 20, width = 6, start = 2 * (lag + width);
+    for (level l : levels()) {
+        std::vector<double> energy(size_t(width), 0.0), corr(size_t(width), 0.0);
+        // Sums from silence: the samples before `start` count as zero.
+        std::vector<double> y(x);
+        std::fill(y.begin(), y.begin() + start, 0.0);
+        const int64_t end = 1500;
+        for (int64_t n = start; n < end; ++n) {
+            const double* h = y.data() + n;
+            vector_kernels::kernels_for(l).lag_window_update(energy.data(), corr.data(), width, h[0], h - lag,
+                                                            h - 2 * lag);
+        }
+        for (int64_t k = 0; k < width; ++k) {
+            const int64_t L = lag + k;
+            double e = 0.0, c = 0.0;
+            for (int64_t i = 0; i < 2 * L; ++i) e += y[size_t(end - 1 - i)] * y[size_t(end - 1 - i)];
+            for (int64_t i = 0; i < L; ++i) c += y[size_t(end - 1 - i)] * y[size_t(end - 1 - i - L)];
+            EXPECT_NEAR(energy[size_t(k)], e, 1e-9) << "level " << int(l) << ", lag " << L;
+            EXPECT_NEAR(corr[size_t(k)], c, 1e-9) << "level " << int(l) << ", lag " << L;
+        }
+    }
+}
