@@ -18,6 +18,7 @@ void CV_DSPObject::reset() noexcept
     retune.reset();
     vibrato.reset();
     natural.reset();
+    player.reset();
     for (auto& filter : mix_filter) filter.clear();
     applied_ratio = target_ratio = 1.0;
     started = false;
@@ -119,6 +120,7 @@ void CV_DSPObject::set_position(int64_t host_position) noexcept
     const int64_t frame = int64_t(double(position) / frame_len);
     frame_phase = double(position) - double(frame) * frame_len;
     tracker.set_frame_index(frame);
+    if (correcting()) play_frame();
     publish_status();
 }
 
@@ -274,14 +276,33 @@ void CV_DSPObject::close_frame() noexcept
             natural.frame(0.5 * (frame_min_period + frame_max_period));
     } else {
         tracker.close_frame(frame_min_period, frame_max_period, block_sample);
+        if (correcting()) play_frame();
     }
     frame_min_period = engine::no_min_period;
     frame_max_period = engine::no_max_period;
 }
 
+void CV_DSPObject::play_frame() noexcept
+{
+    player.begin_frame(tracker.get_frame_index(), double(decimationFactor), frame_len);
+    const double now = formants.get_throat_ratio();
+    if (now != throat_applied) throat_base = now;
+    const double offset = player.get_throat_offset();
+    const double wanted = offset == 0.0 ? throat_base : std::clamp(throat_base + offset, 0.5, 1.8);
+    if (wanted != now) formants.set_throat_ratio(wanted);
+    throat_applied = formants.get_throat_ratio();
+    if (player.get_modulation_parameter() != vib_formant) {
+        vib_formant = player.get_modulation_parameter();
+        configure_mix_filters();
+    }
+}
+
 void CV_DSPObject::correct() noexcept
 {
-    if (auto_mode && targets.get_target_count() != 0) {
+    if (correcting()) {
+        const double inverse = player.get_target_inv();
+        if (inverse != 0.0) target_ratio = inverse * detector.get_period();
+    } else if (auto_mode && targets.get_target_count() != 0) {
         const note_targets::found found = targets.search(detector.get_period(), period_scale, natural.get_slow_ratio());
         if (found.restarted) {
             retune.forget_note();
@@ -335,6 +356,20 @@ void CV_DSPObject::output_sample(float* const* out, int64_t i, bool two_channels
         } else {
             y = mix_filter[0].process(y);
             if (two_channels) z = mix_filter[1].process(z);
+        }
+    }
+    // Graph mode: the frame's gain and formant mix; neutral frames leave the
+    // sample as it is.
+    if (correcting() && !bypass) {
+        const double gain = player.next_gain();
+        const double m = player.get_mix();
+        y *= gain;
+        const double f = mix_filter[0].process(y);
+        y = ((m + 1.0) * y + (1.0 - m) * f) * 0.5;
+        if (two_channels) {
+            z *= gain;
+            const double fz = mix_filter[1].process(z);
+            z = ((m + 1.0) * z + (1.0 - m) * fz) * 0.5;
         }
     }
     y = std::clamp(y, -engine::output_limit, engine::output_limit);

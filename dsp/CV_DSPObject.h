@@ -7,6 +7,7 @@
 #include "dsp/Downsample_DSP.h"
 #include "dsp/engine_constants.h"
 #include "dsp/formant_stage.h"
+#include "dsp/frame_player.h"
 #include "dsp/frame_tracker.h"
 #include "dsp/natural_vibrato.h"
 #include "dsp/note_targets.h"
@@ -20,6 +21,11 @@
 // the added and the natural vibrato, the pitch shifter's rings and
 // read-out, and the formant stage around them; then the vibrato's gain and
 // formant mix, and the output clamp. The concrete engine is DT_DSPObject.
+//
+// Graph mode: while tracking, frame_tracker writes a tracked frame per hop;
+// otherwise frame_player reads one per hop, and the correction of each
+// decision aims at that frame's wanted period (none where it is 0.0), with
+// the frame's gain, formant mix and throat offset.
 //
 // Threads. process and process_block run on the audio thread. The settings
 // (every set_ operation and Note_Table::apply) belong to one owner thread at
@@ -109,6 +115,7 @@ public:
     void attach_tracked_data(TrackedFrameArray* frames, AudioDataStore* store) noexcept
     {
         tracker.attach(frames, store);
+        player.attach(frames);
     }
     // Owner thread. Graph mode's tracking into the frames, and recording of
     // the source audio into the store.
@@ -149,6 +156,9 @@ private:
     void output_sample(float* const* out, int64_t i, bool two_channels) noexcept;
     // The correction of a decision with a period.
     void correct() noexcept;
+    // Graph mode, not tracking: the correction of the frame that begins.
+    void play_frame() noexcept;
+    bool correcting() const noexcept { return !auto_mode && !tracker.is_tracking(); }
     // Everything back to unvoiced at once, no glide.
     void lose_lock() noexcept;
     // Frame-rate values derived from the settings.
@@ -159,6 +169,7 @@ private:
 
     pitch_detector detector;
     frame_tracker tracker;
+    frame_player player;
     note_targets targets;
     retune_smoother retune;
     vibrato_generator vibrato;
@@ -182,6 +193,10 @@ private:
     // Turns engine samples into host samples.
     double period_scale = 1.0;
     double vib_formant = 0.0;
+    // The throat ratio without the frames' offset, and the ratio last set
+    // with it: a difference means the parameter moved it meanwhile.
+    double throat_base = 1.0;
+    double throat_applied = -1.0;
 
     // Frames and the output clock, in engine samples; samples_per_frame in
     // host samples.

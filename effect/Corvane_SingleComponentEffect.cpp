@@ -49,6 +49,7 @@ tresult PLUGIN_API Corvane_SingleComponentEffect::initialize(FUnknown* context)
     userOptionsChanged();
     latencySamples = int32(engine::latency * dspObject.get_decimation_factor());
     prepareTrackedData();
+    attachObjects();
     return kResultOk;
 }
 
@@ -75,6 +76,7 @@ tresult PLUGIN_API Corvane_SingleComponentEffect::setupProcessing(ProcessSetup& 
     applyAllParameters();
     latencySamples = int32(engine::latency * dspObject.get_decimation_factor());
     prepareTrackedData();
+    attachObjects();
     return kResultOk;
 }
 
@@ -123,6 +125,8 @@ void Corvane_SingleComponentEffect::putParameter(ParamID id, double plain)
 
 void Corvane_SingleComponentEffect::parameterChanged(Parameter* parameter)
 {
+    if (parameter != nullptr)
+        objectCommand(parameter->getInfo().id, parameter->toPlain(parameter->getNormalized()));
     editorPresenter.parameterChanged(parameter);
 }
 
@@ -156,6 +160,11 @@ void Corvane_SingleComponentEffect::takeInterfaceRequests() noexcept
     if (graph != engineGraphMode) {
         engineGraphMode = graph;
         dspObject.set_auto_mode(!graph);
+        // Graph mode's frames carry the retune speed of their objects: the
+        // engine follows each frame's wanted period at once. Auto mode takes
+        // its own again.
+        if (graph) dspObject.set_retune(0.0, 0.0);
+        retuneStale = !graph;
     }
     // Retune speed and humanize make one smoother; Graph mode takes them
     // from its objects, and Auto mode finds them as last applied.

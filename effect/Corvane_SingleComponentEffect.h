@@ -13,7 +13,9 @@
 #include "effect/Corvane_ITrackedData.h"
 #include "effect/Corvane_Parameters.h"
 #include "graph/model/AudioDataStore.h"
+#include "graph/model/ObjectEditor.h"
 #include "graph/model/TrackedFrameArray.h"
+#include "options/Corvane_FolderDlg.h"
 #include "options/Corvane_OptionsDlgData.h"
 #include "panel/Corvane_EditorPresenter.h"
 #include "panel/Corvane_EffectAccess.h"
@@ -25,6 +27,7 @@ class Corvane_SingleComponentEffect : public VST3_SingleComponentEffect,
                                       public VSTGUI::IKeyboardHook,
                                       public VST3_EditorOwner,
                                       public Corvane_EffectAccess,
+                                      public Corvane_DataFolderStore,
                                       public ICorvaneTrackedData {
 public:
     Corvane_SingleComponentEffect();
@@ -55,9 +58,14 @@ public:
     void applyParameter(VST3_BaseParameter* parameter, ParamID id,
                         Steinberg::int32 sampleOffset, ParamValue value) noexcept override;
     void resolveJoinedSettings() noexcept override;
-    // Interface thread: what a control's change does beyond the engine, the
-    // editor presenter's dispatch.
+    // Interface thread: what a control's change does beyond the engine: the
+    // object commands, then the editor presenter's dispatch.
     void parameterChanged(Steinberg::Vst::Parameter* parameter) override;
+    // Interface thread. The object command or knob of parameter `id` at
+    // `plain` (buttons act on 1.0 only), with the editor open or closed;
+    // true when the objects changed.
+    bool objectCommand(ParamID id, double plain);
+    const ObjectEditor& getObjectEditor() const { return objectEditor; }
     // Audio thread. Notes on and off in the MIDI modes of Auto mode.
     void processEvents(Steinberg::Vst::IEventList* events) noexcept override;
     Steinberg::int32 getMidiScaleMode() const override { return midiScaleMode.load(std::memory_order_relaxed); }
@@ -178,6 +186,22 @@ public:
     // product's.
     static std::string defaultDataFolder();
 
+    //--- Corvane_DataFolderStore: the data folder dialog's actions,
+    // interface thread (Corvane_DataFolder.cpp). From closeFiles on, the
+    // audio thread stays out of the tracked data until the store is taken
+    // up again by openFiles, setUpFolder, dropData or describe.
+    void describe(Corvane_FolderDlgData* record) override;
+    std::string readyDefaultParent() override;
+    void closeFiles() override;
+    bool openFiles(const std::string& parent, const std::string& name) override;
+    bool setUpFolder(const std::string& parent) override;
+    void dropData() override;
+    bool purgeFiles() override;
+    // Corvane_EffectAccess's view of it.
+    Corvane_DataFolderStore& dataFolder() override { return *this; }
+    std::string defaultDataParent() const override { return defaultDataFolder(); }
+    bool dataFilesMissing() const override;
+
 protected:
     // The clock step of a block, before the audio; sets `position` and
     // `positionValid` for the marks.
@@ -229,8 +253,18 @@ protected:
     // marks, by the mode of parameters 36 and 37; true when a mark was
     // written.
     bool midiNoteToScale(int pitch, int velocity) noexcept;
-    // The undo depth the effect keeps, 1 to 20; values below 1 are ignored.
+    // The undo depth the effect and its object history keep, 1 to 20;
+    // values below 1 are ignored.
     void setMaxUndos(Steinberg::int32 count);
+    // Interface thread. What new objects take from the object knobs, and
+    // what Import Auto takes from the Auto-mode settings; `table` is filled
+    // and must live while the settings are used.
+    NewObjectSettings newObjectSettings();
+    AutoImportSettings autoImportSettings(Note_Table& table);
+    // Interface thread. A parameter's plain value as its object holds it.
+    double plainOf(ParamID id);
+    // Interface thread. The object pass follows the frames and their rate.
+    void attachObjects();
 
     DT_DSPObject dspObject;
     int64_t samplesPerFrame = 0;
@@ -277,6 +311,11 @@ protected:
     // it alone; `storeInUse` is the audio thread's answer.
     std::atomic<bool> storeClosed{false};
     std::atomic<bool> storeInUse{false};
+    // Held by the data folder dialog's actions from closing the files to
+    // taking them up again.
+    std::unique_ptr<TrackedDataClosed> dataFolderHold;
+    void holdTrackedData();
+    void releaseTrackedData();
     // The audio thread's copy of storeClosed for the block.
     bool trackedDataSuspended = false;
 
@@ -311,6 +350,11 @@ protected:
     // Set by the audio thread when MIDI notes changed the marks; the timer
     // redraws the scale's views.
     std::atomic<bool> scaleMarksPending{false};
+
+    // The correction objects and their history, edited on the interface
+    // thread; the pass writes the frames' correction words that the engine
+    // plays.
+    ObjectEditor objectEditor;
 
     // The editor's presenter, for the effect's whole life; it reaches the
     // effect only through Corvane_EffectAccess.

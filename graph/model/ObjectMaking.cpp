@@ -40,7 +40,7 @@ std::vector<std::pair<int64_t, int64_t>> voicedRuns(const std::vector<int32_t>& 
     return runs;
 }
 
-int32_t median(std::vector<int32_t> v)
+int32_t median(std::vector<int32_t>& v)
 {
     if (v.empty()) return 0;
     std::nth_element(v.begin(), v.begin() + long(v.size() / 2), v.end());
@@ -84,13 +84,15 @@ ObjectList makeNotes(const TrackedFrameArray& frames, double framesPerSecond, co
     const int64_t shortestNote = std::max<int64_t>(2, int64_t(shortestNoteSeconds * framesPerSecond));
     const int64_t shortestRun = std::max<int64_t>(2, int64_t(shortestObjectSeconds * framesPerSecond));
     const int32_t parts = std::clamp<int32_t>(settings.notesPerNote, 1, 10);
+    const int64_t halfWindow = std::max<int64_t>(1, int64_t(medianSeconds * 0.5 * framesPerSecond));
 
     for (const auto& run : voicedRuns(c, shortestRun)) {
-        // The semitone of each frame, after a median of 9 frames.
+        // The semitone of each frame, after a median over a vibrato's cycle.
         std::vector<int32_t> q;
+        std::vector<int32_t> w;
         for (int64_t i = run.first; i < run.second; ++i) {
-            std::vector<int32_t> w;
-            for (int64_t k = std::max(run.first, i - 4); k <= std::min(run.second - 1, i + 4); ++k)
+            w.clear();
+            for (int64_t k = std::max(run.first, i - halfWindow); k <= std::min(run.second - 1, i + halfWindow); ++k)
                 w.push_back(c[size_t(k)]);
             q.push_back(roundAway(median(w) / 100.0));
         }

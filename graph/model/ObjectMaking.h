@@ -27,6 +27,9 @@ constexpr uint32_t madeCurveStep = 2;
 // that makes a new note, in seconds.
 constexpr double shortestObjectSeconds = 0.05;
 constexpr double shortestNoteSeconds = 0.06;
+// The span of the median that finds a sung note's semitone: a cycle of a
+// slow vibrato, so that its swing does not split the note.
+constexpr double medianSeconds = 0.2;
 
 // A note object per sung note (split in `notesPerNote` equal parts, each at
 // its own pitch); a sung note is a voiced stretch, cut where the pitch moves

@@ -59,8 +59,9 @@ int16_t ObjectPass::adjustPitch(const TrackedFrameArray& frames, int64_t frame, 
     double s = p;
     smoother->do_smoothing(&s, 1);
     const float rate = float(sampleRate);
+    // The singer's deviation from the mean, scaled, around the object's pitch.
     const double moved = double(pitch) + double(Round_ToInt(Period_ToCents(float((p - s) * factor + s), rate))) -
-                         double(Round_ToInt(Period_ToCents(float(p), rate)));
+                         double(Round_ToInt(Period_ToCents(float(s), rate)));
     return int16_t(std::clamp(moved, double(lowestObjectPitch), double(highestObjectPitch)));
 }
 
