@@ -10,11 +10,13 @@
 //   5. the engine: tracked frames (uint32 byte count, then the frames) and
 //      the audio store (uint32 0 for none)
 //   6. the scale object's marks
-//   7. the object history: uint32 step count, int32 current index
+//   7. the object history: uint32 step count; when above 0 the working
+//      list, then per step a byte (1: a list follows, 0: none) and the
+//      list; int32 current index (lists as ObjectRecord_stream.h writes them)
 //   8. the time history: uint32 step count, then per step a uint32 pair
 //      count and float pairs, int32 current index
-// Until the histories exist, sections 7 and 8 are written empty, and read
-// when they are.
+// Until the time history exists, section 8 is written empty, and read when
+// it is.
 
 #include <cstring>
 #include <thread>
@@ -80,53 +82,11 @@ bool readTimeHistory(IBStreamer& streamer)
     return streamer.readInt32(current);
 }
 
-// The current object history; only its empty form exists yet.
-bool readObjectHistory(IBStreamer& streamer)
+bool writeObjectList(Byte_Writer& out, const ObjectList& list) { return objectStream::writeList(out, list); }
+bool readObjectList(Byte_Reader& in, ObjectList& list) { return objectStream::readList(in, list); }
+bool readOlderObjectList(Byte_Reader& in, uint32_t bytes, ObjectList& list)
 {
-    uint32 steps = 0;
-    int32 current = 0;
-    return streamer.readInt32u(steps) && steps == 0 && streamer.readInt32(current);
-}
-
-// One object list of the older encoding: 32-byte records, then a curve for
-// each record of kind 3.
-bool readOldObjectList(IBStreamer& streamer, uint32 bytes)
-{
-    const uint32 records = bytes / 32;
-    uint32 curves = 0;
-    for (uint32 r = 0; r < records; ++r) {
-        unsigned char record[32];
-        if (streamer.readRaw(record, 32) != 32) return false;
-        // The kind is a big-endian int32 at byte 24, cut to 8 bits.
-        if (record[27] == 3) ++curves;
-    }
-    if (!skipBytes(streamer, bytes - records * 32)) return false;
-    for (uint32 c = 0; c < curves; ++c) {
-        uint32 size = 0;
-        if (!streamer.readInt32u(size)) return false;
-        if (size == 0) continue;
-        uint32 stepFrames = 0;
-        uint16 points = 0;
-        if (!streamer.readInt32u(stepFrames) || !streamer.readInt16u(points) ||
-            !skipBytes(streamer, 2))
-            return false;
-        for (uint16 p = 0; p < points; ++p) {
-            if (!skipBytes(streamer, 16)) return false;
-        }
-    }
-    return true;
-}
-
-bool readOldObjectHistory(IBStreamer& streamer)
-{
-    uint32 steps = 0;
-    if (!streamer.readInt32u(steps)) return false;
-    for (uint32 s = 0; s < steps; ++s) {
-        uint32 bytes = 0;
-        if (!streamer.readInt32u(bytes) || !readOldObjectList(streamer, bytes)) return false;
-    }
-    int32 current = 0;
-    return streamer.readInt32(current);
+    return objectStream::readOlderList(in, bytes, list);
 }
 
 } // namespace
@@ -152,9 +112,9 @@ bool Corvane_SingleComponentEffect::writeState(IBStreamer& streamer)
     if (!trackedFrames.writeFrames(writer)) return false;
     if (audioStore ? !audioStore->writeStore(writer) : !streamer.writeInt32u(0)) return false;
     if (!scaleState.write(writer)) return false;
-    // Object history and time history, empty.
-    return streamer.writeInt32u(0) && streamer.writeInt32(-1) && streamer.writeInt32u(0) &&
-           streamer.writeInt32(-1);
+    if (!objectEditor.getHistory().write(writer, writeObjectList)) return false;
+    // The time history, empty.
+    return streamer.writeInt32u(0) && streamer.writeInt32(-1);
 }
 
 bool Corvane_SingleComponentEffect::writeSettings(IBStreamer& streamer)
@@ -251,7 +211,7 @@ void Corvane_SingleComponentEffect::pushScaleFromParameters()
 void Corvane_SingleComponentEffect::setMaxUndos(int32 count)
 {
     if (count < 1) return;
-    maxUndos = count > 20 ? 20 : count;
+    maxUndos = objectEditor.getHistory().setMaxUndos(count > 20 ? 20 : count);
 }
 
 void Corvane_SingleComponentEffect::refreshAfterState()
@@ -261,6 +221,9 @@ void Corvane_SingleComponentEffect::refreshAfterState()
     // some, reach the engine's note table.
     pushScaleFromParameters();
     scaleMarksChanged();
+    // The frames play what the object list in force says, from the next
+    // frame on.
+    objectEditor.applyAll();
     // Views that show restored values; while no editor is open the registry
     // is empty and only the key names' spelling goes out.
     editorPresenter.showRestoredState();
@@ -307,7 +270,8 @@ bool Corvane_SingleComponentEffect::readCurrentStream(IBStreamer& streamer, int3
         !readScaleSection(streamer))
         return false;
     pushScaleFromParameters();
-    return readObjectHistory(streamer) && readTimeHistory(streamer);
+    Streamer_Reader reader(streamer);
+    return objectEditor.getHistory().read(reader, readObjectList) && readTimeHistory(streamer);
 }
 
 bool Corvane_SingleComponentEffect::readOldStream(IBStreamer& streamer)
@@ -323,7 +287,8 @@ bool Corvane_SingleComponentEffect::readOldStream(IBStreamer& streamer)
     applyLegacySettings(words);
     if (!readScaleSection(streamer)) return false;
     pushScaleFromParameters();
-    return readOldObjectHistory(streamer) && readTimeHistory(streamer) &&
+    Streamer_Reader reader(streamer);
+    return objectEditor.getHistory().readOlder(reader, readOlderObjectList) && readTimeHistory(streamer) &&
            readTrackedFrames(streamer, TrackedFrame::olderStreamBytes) && readGraphPlacement(streamer, false) &&
            readTrackedStore(streamer);
 }

@@ -122,8 +122,8 @@ public:
         dropOldest();
         return true;
     }
-    // Reads the older form: u32 step count, then the base list's byte size
-    // and list (0: empty), then per further step a byte size and a list (0:
+    // Reads the older form: u32 step count, then (unless it is 0) the base
+    // list's byte size and list (0: empty), then per further step a byte size and a list (0:
     // a null step), then i32 currentIndex. `readOlder(in, bytes, list)`
     // reads one list of that many bytes of records.
     template <class Reader, class ReadOlder> bool readOlder(Reader& in, ReadOlder readOlderList)
@@ -132,8 +132,10 @@ public:
         int32_t count = 0;
         if (!in.read_int32(count)) return false;
         int32_t bytes = 0;
-        if (!in.read_int32(bytes)) return false;
-        if (bytes != 0 && !readOlderList(in, uint32_t(bytes), workingList)) return false;
+        if (count != 0) {
+            if (!in.read_int32(bytes)) return false;
+            if (bytes != 0 && !readOlderList(in, uint32_t(bytes), workingList)) return false;
+        }
         for (uint32_t s = 1; s < uint32_t(count); ++s) {
             if (!in.read_int32(bytes)) return false;
             std::unique_ptr<List> list;

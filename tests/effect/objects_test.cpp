@@ -212,6 +212,61 @@ TEST_F(Objects, ImportedAutoModePlaysAsAutoMode)
     EXPECT_GE(close, total * 90 / 100) << close << " of " << total;
 }
 
+TEST_F(Objects, HistoryOfSeveralStepsRoundTripsAndEveryCutOfItIsRefused)
+{
+    const auto x = sing(25.0);
+    auto instance = tracked(x);
+    ASSERT_TRUE(instance);
+    std::vector<char> bare;
+    ASSERT_TRUE(instance->get_state(bare));
+    // Notes, all selected, nudged a semitone, curves over them; one undone.
+    setPlain(*instance, corvane::kSnapToNote, 1.0);
+    press(corvane::kMakeNotes);
+    press(corvane::kSelectAll);
+    press(corvane::kNudgeUp);
+    press(corvane::kMakeCurves);
+    press(corvane::kUndo);
+    std::vector<char> saved;
+    ASSERT_TRUE(instance->get_state(saved));
+    auto frames = [](ICorvaneTrackedData& d) {
+        std::vector<float> periods;
+        for (int64 i = 0; i < d.getTrackedFrameCount(); ++i) {
+            TrackedFrame f;
+            d.getTrackedFrame(i, &f);
+            periods.push_back(f.outputPeriod);
+        }
+        return periods;
+    };
+
+    auto fresh = create();
+    ASSERT_TRUE(fresh && fresh->set_channels(1, 1) && fresh->setup(rate, block));
+    ASSERT_TRUE(fresh->set_state(saved));
+    ICorvaneTrackedData* other = test_tracking::trackedData(*fresh);
+    ASSERT_TRUE(other);
+    std::vector<char> again;
+    ASSERT_TRUE(fresh->get_state(again));
+    EXPECT_EQ(again, saved);
+    // The steps come back: redo, then undo three times, as in the source.
+    const auto nudged = frames(*other);
+    EXPECT_EQ(nudged, frames(*data));
+    for (ICorvaneTrackedData* d : {data, other}) {
+        d->clickControl(corvane::kRedo, 1.0);
+        d->clickControl(corvane::kUndo, 1.0);
+        d->clickControl(corvane::kUndo, 1.0);
+    }
+    EXPECT_EQ(frames(*other), frames(*data));
+    EXPECT_NE(frames(*other), nudged);
+
+    // Every cut inside the object history (and the empty time history after
+    // it) is refused without harm.
+    const size_t history = saved.size() - bare.size() + 16;
+    for (size_t cut = saved.size() - history; cut < saved.size(); ++cut) {
+        const std::vector<char> part(saved.begin(), saved.begin() + long(cut));
+        EXPECT_FALSE(fresh->set_state(part)) << cut;
+    }
+    EXPECT_TRUE(fresh->set_state(saved));
+}
+
 // The interface thread makes, undoes, redoes and nudges objects while the
 // audio thread plays the frames: under ThreadSanitizer no race; counted, no
 // allocation, free or lock on the audio thread.
