@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cmath>
+#include <sstream>
 #include <thread>
 #include <vector>
 
@@ -14,6 +15,7 @@
 #include "support/built_module.h"
 #include "support/pitch_estimate.h"
 #include "support/realtime_counter.h"
+#include "support/tool_run.h"
 #include "support/tracked_data.h"
 
 using namespace Steinberg;
@@ -303,4 +305,45 @@ TEST_F(Objects, ThreadedObjectEditsBesidePlaybackNeitherAllocateNorLock)
     EXPECT_EQ(c.allocations, 0);
     EXPECT_EQ(c.frees, 0);
     EXPECT_EQ(c.locks, 0);
+}
+
+// Graph-mode correction without a host, in two commands: track and save the
+// take's state, then load it, make notes and render.
+TEST(ObjectsRender, TrackThenMakeNotesCorrectsATakeInTwoCommands)
+{
+    const std::string folder = test_tool::empty_test_folder(std::string(CORVANE_TEST_TMP) + "/objects-render");
+    const auto track = test_tool::run(CORVANE_RENDER_PATH, folder,
+                                      {"--data-folder", folder + "/data", "--set", "Correction Mode=Graph", "--press",
+                                       "Track Pitch", "--save-state", folder + "/take.state", "--write-input",
+                                       folder + "/take.wav", folder + "/tracked.wav"});
+    ASSERT_EQ(track.status, 0) << track.err;
+    const auto correct = test_tool::run(
+        CORVANE_RENDER_PATH, folder,
+        {"--data-folder", folder + "/data", "--load-state", folder + "/take.state", "--snap", "--object-retune", "0", "--object-vibrato", "-12",
+         "--press", "Make Notes", "--frames-csv", folder + "/frames.csv", folder + "/take.wav", folder + "/out.wav"});
+    ASSERT_EQ(correct.status, 0) << correct.err;
+    // Every voiced frame of a note wants the period of a semitone of A 440
+    // (the notes snap, at once, with none of the singer's vibrato); a few
+    // frames of an onset may lie outside every note.
+    std::istringstream csv(test_tool::slurp(folder + "/frames.csv"));
+    std::string row;
+    std::getline(csv, row);
+    int voiced = 0, onNote = 0;
+    while (std::getline(csv, row)) {
+        std::vector<std::string> cells;
+        std::istringstream fields(row);
+        for (std::string cell; std::getline(fields, cell, ',');) cells.push_back(cell);
+        ASSERT_EQ(cells.size(), 10u);
+        if (cells[3] != "1") continue;
+        ++voiced;
+        const double period = std::stod(cells[9]);
+        const double semitones = 12.0 * std::log2(rate / 440.0 / period);
+        if (period > 0.0 && std::fabs(semitones - std::round(semitones)) < 0.001) ++onNote;
+    }
+    EXPECT_GT(voiced, 1000);
+    EXPECT_GE(onNote, voiced * 95 / 100);
+    // A setting out of range is one line, and nothing is written.
+    const auto refused = test_tool::run(CORVANE_RENDER_PATH, folder, {"--notes", "11", folder + "/x.wav"});
+    EXPECT_NE(refused.status, 0);
+    EXPECT_NE(refused.err.find("out of range"), std::string::npos);
 }

@@ -83,6 +83,13 @@ const char* const kUsage =
     "                         click on the panel does (\"Track Pitch\" and \"Track\n"
     "                         Pitch and Time\" stay pressed: they track through\n"
     "                         the render); may be repeated, taken in order\n"
+    "  --notes N              \"Number of Note Objects\" for \"Make Notes\": note\n"
+    "                         objects per sung note, 1 to 10\n"
+    "  --object-retune MS     \"Object Retune Speed\" of new objects, 0 to 400 ms\n"
+    "  --object-vibrato DB    \"Object Adjust Vibrato\" of new objects, -12 to 12\n"
+    "                         (-12 leaves none of the singer's vibrato, 0 all)\n"
+    "  --object-throat PCT    \"Object Throat Length\" of new objects, -50 to 50\n"
+    "  --snap                 \"Snap To Note\": made notes land on the semitones\n"
     "  --frames-csv FILE      write the tracked frames after the render: one row\n"
     "                         a frame, time in seconds first\n"
     "  --export-tracked-audio FILE.wav\n"
@@ -153,6 +160,17 @@ Options parse(int argc, char** argv)
             o.writeInput = value();
         } else if (arg == "--press") {
             o.presses.push_back(value());
+        } else if (arg == "--notes") {
+            o.settings.push_back("Number of Note Objects=" + value());
+        } else if (arg == "--object-retune") {
+            o.settings.push_back("Object Retune Speed=" + value());
+        } else if (arg == "--object-vibrato") {
+            o.settings.push_back("Object Adjust Vibrato=" + value());
+        } else if (arg == "--object-throat") {
+            o.settings.push_back("Object Throat Length=" + value());
+        } else if (arg == "--snap") {
+            no_value();
+            o.settings.push_back("Snap To Note=1");
         } else if (arg == "--frames-csv") {
             o.framesCsv = value();
         } else if (arg == "--export-tracked-audio") {
@@ -478,6 +496,10 @@ int run(int argc, char** argv)
         instance->process_all(input.channels, rendered.channels, Steinberg::int32(options.block));
     const double wallSeconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     if (result != Steinberg::kResultOk) fail("the plug-in failed to process a block");
+    // The tracking run ends with the input: its button is let go of, so that
+    // a saved state plays its frames when it is loaded again.
+    for (Steinberg::uint32 id : {Steinberg::uint32(corvane::kTrackPitch), Steinberg::uint32(corvane::kTrackPitchAndTime)})
+        if (instance->plain(id) == 1.0) tracked->clickControl(id, 0.0);
     const Steinberg::uint32 latency = instance->latency();
     // Inactive, the effect hands the recording's last block to the disk.
     instance->activate(false);
