@@ -292,6 +292,42 @@ TEST(ObjectRecords, EditsKeepTheListSortedAndWhole)
     }
 }
 
+// Notes from the recorded MIDI sit on the note held (MIDI 60 is 0 cents,
+// moved by the detune); a made curve follows the tracked pitch point by
+// point and ends on it.
+TEST(ObjectRecords, MidiNotesAndCurvesFollowTheTrackedData)
+{
+    TrackedFrameArray frames;
+    std::vector<int> sung(60, 30000);
+    for (int i = 0; i < 40; ++i) sung[size_t(i)] = 1000 + 10 * i;
+    fill(frames, sung);
+    for (int64_t i = 5; i < 50; ++i) {
+        TrackedFrame f = frames.get(i);
+        f.midiNote = int8_t(i < 20 ? 62 : 55);
+        frames.putTracked(i, f);
+    }
+    NewObjectSettings s;
+    s.pitchOffset = 12;
+    const ObjectList midi = makeNotesFromMidi(frames, s);
+    ASSERT_EQ(midi.count(), 4u);
+    const int expected[4][3] = {{5, 212, KindNote}, {19, 212, KindEnd}, {20, -488, KindNote}, {49, -488, KindEnd}};
+    for (size_t i = 0; i < 4; ++i) {
+        EXPECT_EQ(midi.records[i].position, expected[i][0]);
+        EXPECT_EQ(midi.records[i].pitch, expected[i][1]);
+        EXPECT_EQ(midi.records[i].kind, expected[i][2]);
+    }
+    const ObjectList curves = makeCurves(frames, rate / hop, s);
+    ASSERT_EQ(curves.count(), 2u);
+    ASSERT_TRUE(curves.records[0].curve);
+    EXPECT_EQ(curves.records[0].curve->pointCount(), 39 / int(madeCurveStep));
+    for (int64_t frame = 0; frame < 39; frame += madeCurveStep) {
+        int16_t p = 0;
+        ASSERT_TRUE(pitchAt(curves, frame, p));
+        EXPECT_EQ(p, 1000 + 10 * frame) << frame;
+    }
+    EXPECT_EQ(curves.records[1].pitch, 1000 + 10 * int(curves.records[1].position));
+}
+
 TEST(ObjectRecords, CurveBlocksLiveAndDieWithTheirRecords)
 {
     const long before = CurveData::liveCount();
