@@ -3,6 +3,7 @@
 #include <string>
 
 struct Corvane_OptionsForm;
+class Corvane_FolderDlgPage;
 
 // What the dialogs need of the platform: modal alerts, a folder chooser and
 // the options dialog's window. Every call runs on the interface thread and
@@ -27,4 +28,8 @@ public:
     // controls show. focusField, when not negative, is the text field
     // (Corvane_OptionsForm::TextField) that has the keyboard focus first.
     virtual bool runOptionsDialog(Corvane_OptionsForm& form, int focusField) = 0;
+    // Shows the data folder dialog until Done: what page.items() gives,
+    // shown afresh after each button, whose press goes to page.request.
+    // False when it could not be shown.
+    virtual bool runFolderDialog(Corvane_FolderDlgPage& page) = 0;
 };

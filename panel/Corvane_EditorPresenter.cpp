@@ -13,6 +13,7 @@
 #include "dsp/Scale_State.h"
 #include "dsp/scale_tables.h"
 #include "graph/views/Corvane_GraphContainerView.h"
+#include "options/Corvane_FolderDlg.h"
 #include "options/Corvane_Hints.h"
 #include "options/Corvane_OptionsDlg.h"
 #include "options/Corvane_PreferencesFile.h"
@@ -39,6 +40,8 @@ constexpr int32 maxWindowSize = 4000;
 // Timer ticks between two updates of the pitch displays: fast enough to
 // follow a voice, slow enough to be read.
 constexpr int32 pitchDisplayTicks = 4;
+// Ticks between the phases of the data folder button's flash: half a second.
+constexpr int32 folderFlashTicks = 25;
 // Held scale arrows: the first repeat after this many timer ticks, then one
 // every repeatInterval ticks.
 constexpr int32 repeatFirstDelay = 10;
@@ -136,6 +139,7 @@ void Corvane_EditorPresenter::willClose()
     openEditor = nullptr;
     dialogs.setFrame(nullptr);
     optionsRequested = false;
+    dataFolderRequested = false;
 }
 
 //--- Dialogs.
@@ -268,6 +272,11 @@ void Corvane_EditorPresenter::onTimer(int32 tick)
         openOptionsDialog();
         if (!openEditor) return; // the panel closed meanwhile
     }
+    if (dataFolderRequested) {
+        dataFolderRequested = false;
+        launchFolderDlg(getDialogs(), effect.dataFolder(), effect.defaultDataParent());
+        if (!openEditor) return;
+    }
     Scale_State& scaleState = effect.getScaleState();
     // Scale and key automated while the panel is open reach the scale here:
     // the audio side leaves them to the panel then.
@@ -286,7 +295,13 @@ void Corvane_EditorPresenter::onTimer(int32 tick)
     for (auto* button : flashingOnOff) {
         if (button) button->updateFlashing(tick);
     }
-    if (viewRegistry.dataFileMgmtButton) viewRegistry.dataFileMgmtButton->updateFlashing(tick);
+    // The data folder's button flashes while the session's files are missing.
+    if (auto* folderButton = viewRegistry.dataFileMgmtButton) {
+        const bool missing = effect.dataFilesMissing();
+        if (missing && !folderButton->isFlashing()) folderButton->startFlashing(folderFlashTicks);
+        if (!missing && folderButton->isFlashing()) folderButton->stopFlashing();
+        folderButton->updateFlashing(tick);
+    }
 
     // Marks written by MIDI notes on the audio thread.
     if (effect.takeMidiMarksChanged()) showScaleMarks();
@@ -335,6 +350,9 @@ void Corvane_EditorPresenter::parameterChanged(Parameter* parameter)
     switch (id) {
     case corvane::kOptions:
         if (press && openEditor) optionsRequested = true;
+        break;
+    case corvane::kDataFolderSettings:
+        if (press && openEditor) dataFolderRequested = true;
         break;
     case corvane::kCorrectionMode:
         effect.setCorrectionMode(press);

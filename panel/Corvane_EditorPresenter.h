@@ -165,7 +165,8 @@ private:
     // The form an options sheet put up for a picture shows; it outlives the
     // sheet.
     Corvane_OptionsForm snapshotForm;
-    // "Options" was pressed: the dialog opens from the next tick, outside
-    // the button's own event.
+    // "Options" or "Data Folder Settings" was pressed: the dialog opens from
+    // the next tick, outside the button's own event.
     bool optionsRequested = false;
+    bool dataFolderRequested = false;
 };

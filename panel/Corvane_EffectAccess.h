@@ -1,10 +1,13 @@
 #pragma once
 
+#include <string>
+
 #include "panel/Corvane_ParameterIds.h"
 #include "pluginterfaces/vst/vsttypes.h"
 
 class Scale_State;
 struct Corvane_OptionsDlgData;
+class Corvane_DataFolderStore;
 class VST3_BaseParameter;
 
 // What the panel asks of the effect that owns it: the editor presenter and
@@ -73,4 +76,10 @@ public:
     virtual Corvane_OptionsDlgData& userOptions() = 0;
     // The record changed: the effect's settings that follow it take it.
     virtual void userOptionsChanged() = 0;
+
+    // The session's data folder, for its dialog and its flashing button.
+    virtual Corvane_DataFolderStore& dataFolder() = 0;
+    virtual std::string defaultDataParent() const = 0;
+    // True while the session's data files are not where it expects them.
+    virtual bool dataFilesMissing() const = 0;
 };

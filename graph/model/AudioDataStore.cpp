@@ -89,6 +89,21 @@ void AudioDataStore::setSessionID(const std::string& id)
     folderName = sessionID;
 }
 
+bool AudioDataStore::makeFolderPath(const std::string& path) { return makeFolder(path); }
+
+void AudioDataStore::setFolder(const std::string& parentPath, const std::string& name)
+{
+    parentFolderPath = parentPath;
+    folderName = name;
+}
+
+void AudioDataStore::closeFiles()
+{
+    const int32_t n = filesUsed.load(std::memory_order_acquire);
+    for (int32_t i = 0; i < n; ++i)
+        if (dataFiles[size_t(i)]) dataFiles[size_t(i)]->close();
+}
+
 std::string AudioDataStore::makeSessionID()
 {
     const std::time_t now = std::time(nullptr);
@@ -182,6 +197,7 @@ void AudioDataStore::writeBlockToDisk(AudioBlock* block)
             std::snprintf(name, sizeof name, "%s_%d.dat", sessionID.c_str(), int(n));
             std::unique_ptr<DataFile> created(new DataFile(name, 0, channels, DataFile::layoutVersion, blockFrames));
             if (n < maxRegions && makeFolder(sessionFolder()) && created->open(sessionFolder(), true)) {
+                folderSet.store(true, std::memory_order_release);
                 file = created.get();
                 dataFiles[size_t(n)] = std::move(created);
                 filesUsed.store(n + 1, std::memory_order_release);
@@ -493,6 +509,7 @@ void AudioDataStore::clearRecording()
     overrun.store(false, std::memory_order_release);
     diskError.store(false, std::memory_order_release);
     status.store(0, std::memory_order_release);
+    folderSet.store(false, std::memory_order_release);
 }
 
 bool AudioDataStore::purgeFiles()

@@ -79,8 +79,25 @@ public:
     void setSessionID(const std::string& id);
     // A new session ID from the clock: "yyyyMMddHHmmss" and "_%d".
     static std::string makeSessionID();
+    // Any thread. Makes the folder at `path` and those above it that are
+    // missing; true when a folder stands there.
+    static bool makeFolderPath(const std::string& path);
     const std::string& getSessionID() const { return sessionID; }
     std::string sessionFolder() const { return parentFolderPath + "/" + folderName; }
+    const std::string& getParentFolder() const { return parentFolderPath; }
+    const std::string& getFolderName() const { return folderName; }
+    // Interface thread, disk thread stopped. The folder the files are in
+    // from here on; start opens them there.
+    void setFolder(const std::string& parentPath, const std::string& name);
+    // Interface thread, disk thread stopped. Closes every data file; start
+    // opens them again where the folder then is.
+    void closeFiles();
+    // Any thread. The session has a data folder: one was set up, read from
+    // a session, or made for the first recorded block. Cleared when the
+    // recording is cleared or the folder deleted.
+    bool isFolderSet() const noexcept { return folderSet.load(std::memory_order_acquire); }
+    // Interface thread.
+    void setFolderSet(bool set) noexcept { folderSet.store(set, std::memory_order_release); }
 
     // Interface thread. Starts and stops the disk thread; start opens the
     // files of the regions and sets `status` before it returns.
@@ -204,6 +221,7 @@ private:
     std::atomic<bool> overrun{false};
     std::atomic<bool> diskError{false};
     std::atomic<int32_t> status{0};
+    std::atomic<bool> folderSet{false};
     // Blocks handed on and not yet written: raised by the audio thread,
     // lowered by the disk thread.
     std::atomic<int32_t> blocksInFlight{0};

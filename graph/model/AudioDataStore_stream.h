@@ -55,6 +55,7 @@ template <class Reader> bool AudioDataStore::readStore(Reader& in)
         return false;
     parentFolderPath = parent;
     folderName = folder;
+    folderSet.store(true, std::memory_order_release);
     sessionID = id.substr(0, size_t(maxSessionIDLength));
     for (int32_t i = 0; i < nFiles; ++i) {
         int32_t ignored = 0, a = 0, b = 0, c = 0;

@@ -51,14 +51,15 @@ std::vector<std::string> wrapText(CDrawContext& context, const std::string& text
 // Wrapped text, drawn a line at a time.
 class SheetParagraph : public CView {
 public:
-    SheetParagraph(const CRect& r, std::vector<std::string> lines) : CView(r), lines(std::move(lines))
+    SheetParagraph(const CRect& r, std::vector<std::string> lines, const CColor& colour)
+        : CView(r), lines(std::move(lines)), colour(colour)
     {
         setMouseEnabled(false);
     }
     void draw(CDrawContext* context) override
     {
         context->setFont(kNormalFont);
-        context->setFontColor(textColor);
+        context->setFontColor(colour);
         CRect line(size.left, size.top, size.right, size.top + lineHeight);
         for (const std::string& text : lines) {
             context->drawString(text.c_str(), line, kLeftText);
@@ -69,6 +70,7 @@ public:
 
 private:
     std::vector<std::string> lines;
+    CColor colour;
 };
 
 // The sheet's box: its colour and a frame around it.
@@ -117,7 +119,7 @@ CTextLabel* Corvane_Sheet::addLabel(const CRect& r, const std::string& text, boo
     return label;
 }
 
-CCoord Corvane_Sheet::addParagraph(const CRect& r, const std::string& text)
+CCoord Corvane_Sheet::addParagraph(const CRect& r, const std::string& text, bool inRed)
 {
     cairo_surface_t* surface = cairo_image_surface_create(CAIRO_FORMAT_ARGB32, 1, 1);
     std::vector<std::string> lines;
@@ -128,7 +130,8 @@ CCoord Corvane_Sheet::addParagraph(const CRect& r, const std::string& text)
     }
     cairo_surface_destroy(surface);
     const CCoord height = CCoord(lines.size()) * lineHeight;
-    panel->addView(new SheetParagraph(CRect(r.left, r.top, r.right, r.top + height), std::move(lines)));
+    panel->addView(new SheetParagraph(CRect(r.left, r.top, r.right, r.top + height), std::move(lines),
+                                      inRed ? CColor(200, 0, 0) : textColor));
     return height;
 }
 

@@ -29,7 +29,7 @@ public:
                                  VSTGUI::CHoriTxtAlign align = VSTGUI::kLeftText);
     // A block of text wrapped to the rectangle's width, lines apart by
     // lineHeight; blank lines stay. Returns the height it takes.
-    VSTGUI::CCoord addParagraph(const VSTGUI::CRect& r, const std::string& text);
+    VSTGUI::CCoord addParagraph(const VSTGUI::CRect& r, const std::string& text, bool inRed = false);
     VSTGUI::CTextEdit* addField(const VSTGUI::CRect& r, const std::string& text);
     VSTGUI::CCheckBox* addCheckBox(const VSTGUI::CRect& r, const std::string& title, bool checked,
                                    bool radio = false);

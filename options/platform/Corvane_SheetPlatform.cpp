@@ -271,6 +271,50 @@ Corvane_Sheet* makeFolderSheet(const CRect& frameSize, const std::string& startP
     return sheet;
 }
 
+Corvane_Sheet* makeFolderDlgSheet(const CRect& frameSize, const Corvane_FolderDlgItems& items, int* pressed,
+                                  std::string* nameText)
+{
+    using A = Corvane_FolderDlgData;
+    constexpr CCoord width = 620;
+    // The height follows the location's text: build once to measure.
+    auto measureSheet = makeOwned<Corvane_Sheet>(frameSize, width, 10);
+    const CCoord textHeight = measureSheet->addParagraph(CRect(20, 0, width - 20, 0), items.parentText);
+    const CCoord nameTop = 72 + textHeight + 14, rowTop = nameTop + rowHeight + 20;
+    auto* sheet = new Corvane_Sheet(frameSize, width, rowTop + 2 * (rowHeight + 12) + 12);
+    sheet->addLabel(CRect(20, 16, width - 20, 40), "Data Folder Settings", true);
+    sheet->addLabel(CRect(20, 48, width - 20, 48 + rowHeight), "Location of the data folder:");
+    sheet->addParagraph(CRect(20, 72, width - 20, 72), items.parentText, items.parentInRed);
+    sheet->addLabel(CRect(20, nameTop, 120, nameTop + rowHeight), "Folder name:");
+    CTextEdit* name = sheet->addField(CRect(120, nameTop, 440, nameTop + rowHeight), items.nameText);
+    name->setMouseEnabled(items.nameEditable);
+    auto press = [sheet, pressed, nameText, name](int action) {
+        return [sheet, pressed, nameText, name, action] {
+            *pressed = action;
+            *nameText = name->getText();
+            sheet->end(false);
+        };
+    };
+    auto button = [&](const CRect& r, const char* title, int action) {
+        CTextButton* b = sheet->addButton(r, title, -1, press(action));
+        if (!items.enabled[action]) {
+            b->setMouseEnabled(false);
+            b->setAlphaValue(0.4f);
+        }
+    };
+    button(CRect(450, nameTop, width - 20, nameTop + rowHeight), "Rename Folder", A::kRename);
+    const CCoord third = (width - 40 - 20) / 3;
+    button(CRect(20, rowTop, 20 + third, rowTop + rowHeight), "Find Data Folder...", A::kFind);
+    button(CRect(30 + third, rowTop, 30 + 2 * third, rowTop + rowHeight), "Set Up Folder Location...", A::kSetUp);
+    button(CRect(40 + 2 * third, rowTop, width - 20, rowTop + rowHeight), "Move Data Files...", A::kMove);
+    const CCoord lastTop = rowTop + rowHeight + 12;
+    button(CRect(20, lastTop, 20 + third, lastTop + rowHeight), "Delete All Data Files...", A::kDeleteAll);
+    CTextButton* done = sheet->addButton(CRect(width - 20 - buttonWidth, lastTop, width - 20, lastTop + rowHeight),
+                                         "Done", 1, [pressed] { *pressed = -1; });
+    sheet->setDefaultButton(done);
+    sheet->setCancelButton(done);
+    return sheet;
+}
+
 bool Corvane_SheetPlatform::showAlert(const std::string& title, const std::string& text, bool critical,
                                       const char* suppressionTitle)
 {
@@ -309,4 +353,19 @@ bool Corvane_SheetPlatform::runOptionsDialog(F& form, int focusField)
     CTextEdit* fields[F::kTextFieldCount] = {};
     SharedPointer<Corvane_Sheet> sheet(makeOptionsSheet(frame->getViewSize(), form, fields), false);
     return sheet->run(frame, focusField >= 0 && focusField < F::kTextFieldCount ? fields[focusField] : nullptr);
+}
+
+bool Corvane_SheetPlatform::runFolderDialog(Corvane_FolderDlgPage& page)
+{
+    if (!frame || !frame->isOpen()) return false;
+    for (;;) {
+        int pressed = -1;
+        std::string nameText;
+        SharedPointer<Corvane_Sheet> sheet(makeFolderDlgSheet(frame->getViewSize(), page.items(), &pressed, &nameText),
+                                           false);
+        const bool done = sheet->run(frame, nullptr);
+        if (done || pressed < 0 || !frame->isOpen()) return true;
+        page.request(pressed, nameText);
+        if (!frame->isOpen()) return true;
+    }
 }

@@ -3,6 +3,7 @@
 #include <string>
 
 #include "options/Corvane_DialogPlatform.h"
+#include "options/Corvane_FolderDlg.h"
 #include "options/Corvane_OptionsDlg.h"
 #include "options/platform/Corvane_Sheet.h"
 
@@ -25,6 +26,9 @@ public:
     // a chooser of our own: a sheet with the folder's path to edit.
     int chooseFolder(const std::string& startPath, std::string* outPath) override;
     bool runOptionsDialog(Corvane_OptionsForm& form, int focusField) override;
+    // The sheet is built afresh for each button: the button's action runs
+    // with the sheet down, so that its questions and alerts stand alone.
+    bool runFolderDialog(Corvane_FolderDlgPage& page) override;
 
 private:
     VSTGUI::CFrame* frame = nullptr;
@@ -48,3 +52,9 @@ Corvane_Sheet* makeOptionsSheet(const VSTGUI::CRect& frameSize, Corvane_OptionsF
 // names a folder.
 Corvane_Sheet* makeFolderSheet(const VSTGUI::CRect& frameSize, const std::string& startPath,
                                std::string* chosen, VSTGUI::CTextEdit** field);
+
+// The data folder dialog showing `items`: a press of one of its five buttons
+// sets *pressed to the action and *nameText to the name field's text and
+// ends the sheet with false; Done ends it with true.
+Corvane_Sheet* makeFolderDlgSheet(const VSTGUI::CRect& frameSize, const Corvane_FolderDlgItems& items, int* pressed,
+                                  std::string* nameText);

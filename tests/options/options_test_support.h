@@ -61,7 +61,18 @@ struct ScriptedPlatform : Corvane_DialogPlatform {
         alerts.push_back(text);
         return alertAnswer;
     }
-    int chooseFolder(const std::string&, std::string*) override { return -1; }
+    // The folder chooser's answers in turn; an empty one, or none left,
+    // cancels.
+    std::vector<std::string> folders;
+    size_t foldersAsked = 0;
+    int chooseFolder(const std::string&, std::string* path) override {
+        const std::string answer = foldersAsked < folders.size() ? folders[foldersAsked] : "";
+        ++foldersAsked;
+        if (answer.empty()) return -1;
+        *path = answer;
+        return 0;
+    }
+    bool runFolderDialog(Corvane_FolderDlgPage&) override { return false; }
     bool runOptionsDialog(Corvane_OptionsForm& form, int focusField) override {
         shown.push_back(form);
         focus.push_back(focusField);
