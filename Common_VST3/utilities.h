@@ -36,7 +36,14 @@ double DB_ToAmp(double dB);
 inline int64_t Round_ToInt(float x)
 {
     const double v = x;
-    const double rounded = v > 0.0 ? std::floor(v + 0.5) : -std::floor(0.5 - v);
+    // Below 2^52 the floor of a positive value is its truncation, which needs
+    // no rounding mode; beyond, the library's floor.
+    constexpr double exact = 4503599627370496.0;
+    double rounded;
+    if (v > 0.0)
+        rounded = v < exact ? double(int64_t(v + 0.5)) : std::floor(v + 0.5);
+    else
+        rounded = v > -exact ? -double(int64_t(0.5 - v)) : -std::floor(0.5 - v);
     return int64_t(float(rounded));
 }
 

@@ -9,18 +9,10 @@
 namespace {
 
 // One order up: a[j] -= k_i * a[i - 1 - j] for j below i, from the old values,
-// then a[i] = k_i. The two ends meet in the middle, so no copy is needed.
+// then a[i] = k_i.
 void step_up(int64_t i, double k_i, double* a) noexcept
 {
-    for (int64_t j = 0, m = i - 1; j < m; ++j, --m) {
-        const double low = a[j], high = a[m];
-        a[j] = low - k_i * high;
-        a[m] = high - k_i * low;
-    }
-    if (i % 2 == 1) {
-        const int64_t middle = i / 2;
-        a[middle] = a[middle] - k_i * a[middle];
-    }
+    vector_kernels::kernels().step_up(a, i, k_i);
     a[i] = k_i;
 }
 
@@ -220,7 +212,10 @@ void formant_stage::analyze_formants(const double* period_ring, int64_t index, i
                     w -= step;
                 }
             }
-            for (int64_t i = 0; i <= lpc_order; ++i) work[len + i] = work[i % len];
+            for (int64_t i = 0, j = 0; i <= lpc_order; ++i) {
+                work[len + i] = work[j];
+                if (++j == len) j = 0;
+            }
         }
 
         // A further first difference tilts the spectrum the fit sees.
@@ -236,10 +231,18 @@ void formant_stage::analyze_formants(const double* period_ring, int64_t index, i
         // harmonics: the detector's period, or a whole fraction of it when
         // the segment repeats within that period.
         const double w = p != 0.0 ? p / double(harmonic_divisor(r, len, p)) : double(len);
+        // sin(l pi / w) by the recurrence of the sines of a multiple angle,
+        // one sine and one cosine per analysis.
+        const double theta = M_PI / w;
+        const double twice_cos = 2.0 * std::cos(theta);
+        double sine = std::sin(theta), before = 0.0;
         for (int64_t l = 1; l <= lpc_order; ++l) {
             const double a = double(l) * M_PI / w;
-            const double sinc = std::sin(a) / a;
+            const double sinc = sine / a;
             r[l] *= sinc * sinc;
+            const double next = twice_cos * sine - before;
+            before = sine;
+            sine = next;
         }
         corr_smoother.do_smoothing(r, int32_t(lpc_order + 1));
         if (r[0] < 1e-12) r[0] = 1.0;

@@ -217,15 +217,18 @@ pitch_detector::outcome pitch_detector::decide(int64_t newest) noexcept
     const int64_t width = 2 * int64_t(lag_half);
     if (width < 2) return lose_lock();
     auto f = [this](int64_t k) { return 0.5 * lag_energy[k] - lag_corr[k]; };
+    // The smallest value first, in four interleaved runs so that the
+    // comparisons do not wait on one another, then its first lag: the lowest
+    // lag wins a tie. A value that is not a number matches nothing and loses
+    // the lock at k = 0.
+    double values[2 * engine::max_lag_half];
+    for (int64_t j = 0; j < width; ++j) values[j] = f(j);
+    double least[4] = {values[0], values[0], values[0], values[0]};
+    for (int64_t j = 0; j < width; ++j) least[j % 4] = values[j] < least[j % 4] ? values[j] : least[j % 4];
+    const double best = std::min(std::min(least[0], least[1]), std::min(least[2], least[3]));
     int64_t k = 0;
-    double best = f(0);
-    for (int64_t j = 1; j < width; ++j) {
-        const double v = f(j);
-        if (v < best) {
-            best = v;
-            k = j;
-        }
-    }
+    while (k < width && !(values[k] == best)) ++k;
+    if (k == width) k = 0;
     if (k == 0 || k == width - 1 || lag_energy[k] < hold_floor) return lose_lock();
 
     // Keep the minimum in the middle of the window, one lag per decision.

@@ -40,7 +40,19 @@ void lag_window_update_scalar(double* energy, double* corr, int64_t width, doubl
     }
 }
 
-constexpr table scalar_table = {dot_scalar, autocorrelation_scalar, lag_window_update_scalar};
+// Pairs from both ends towards the middle, where an odd n leaves one entry
+// paired with itself.
+void step_up_scalar(double* a, int64_t n, double k) noexcept
+{
+    for (int64_t j = 0, m = n - 1; j < m; ++j, --m) {
+        const double low = a[j], high = a[m];
+        a[j] = low - k * high;
+        a[m] = high - k * low;
+    }
+    if (n % 2 == 1) a[n / 2] = a[n / 2] - k * a[n / 2];
+}
+
+constexpr table scalar_table = {dot_scalar, autocorrelation_scalar, lag_window_update_scalar, step_up_scalar};
 
 #if defined(__x86_64__) || defined(__i386__)
 
@@ -151,6 +163,28 @@ template <int V>
     lag_window_update_scalar(energy + k, corr + k, width - k, x0, a_top - k, b_top - 2 * k);
 }
 
+// V entries from the front and their V partners from the back at a time,
+// while the two blocks do not overlap; the middle as the scalar level does.
+template <int V>
+[[gnu::always_inline]] inline void step_up_body(double* a, int64_t n, double k) noexcept
+{
+    using L = lanes<V>;
+    using vec = typename L::vec;
+    const vec vk = vec{} + k;
+    int64_t j = 0;
+    for (; 2 * (j + V) <= n; j += V) {
+        vec low, high_raw;
+        std::memcpy(&low, a + j, sizeof low);
+        std::memcpy(&high_raw, a + n - j - V, sizeof high_raw);
+        const vec high = __builtin_shuffle(high_raw, L::reverse);
+        const vec new_low = low - vk * high;
+        const vec new_high = __builtin_shuffle(high - vk * low, L::reverse);
+        std::memcpy(a + j, &new_low, sizeof new_low);
+        std::memcpy(a + n - j - V, &new_high, sizeof new_high);
+    }
+    step_up_scalar(a + j, n - 2 * j, k);
+}
+
 // ---- instantiations --------------------------------------------------------
 
 double dot_sse2(const double* a, const double* b, int64_t n) noexcept
@@ -167,6 +201,15 @@ void lag_window_update_sse2(double* energy, double* corr, int64_t width, double 
     lag_window_update_body<2>(energy, corr, width, x0, a_top, b_top);
 }
 
+void step_up_sse2(double* a, int64_t n, double k) noexcept
+{
+    step_up_body<2>(a, n, k);
+}
+
+__attribute__((target("avx2"))) void step_up_avx2(double* a, int64_t n, double k) noexcept
+{
+    step_up_body<4>(a, n, k);
+}
 __attribute__((target("avx2"))) double dot_avx2(const double* a, const double* b, int64_t n) noexcept
 {
     return dot_body<4>(a, b, n);
@@ -182,8 +225,8 @@ __attribute__((target("avx2"))) void lag_window_update_avx2(double* energy, doub
     lag_window_update_body<4>(energy, corr, width, x0, a_top, b_top);
 }
 
-constexpr table sse2_table = {dot_sse2, autocorrelation_sse2, lag_window_update_sse2};
-constexpr table avx2_table = {dot_avx2, autocorrelation_avx2, lag_window_update_avx2};
+constexpr table sse2_table = {dot_sse2, autocorrelation_sse2, lag_window_update_sse2, step_up_sse2};
+constexpr table avx2_table = {dot_avx2, autocorrelation_avx2, lag_window_update_avx2, step_up_avx2};
 
 #endif
 

@@ -7,7 +7,8 @@
 // processor offers, so that one build runs on any x86-64 machine and uses
 // the widest vectors it has.
 //
-// Every level of lag_window_update and autocorrelation computes each entry
+// Every level of lag_window_update, autocorrelation and step_up computes each
+// entry
 // by the same operations in the same order as the scalar level, so their
 // results are the same to the last bit. A dot product's vector levels add in
 // several partial sums, so it may differ from the scalar sum in the last
@@ -35,6 +36,9 @@ struct table {
     // b_top[1] must be readable.
     void (*lag_window_update)(double* energy, double* corr, int64_t width, double x0, const double* a_top,
                               const double* b_top) noexcept;
+    // One order of the step-up of a predictor, in place: for j below n,
+    // a[j] -= k * a[n - 1 - j], every right side taken before any change.
+    void (*step_up)(double* a, int64_t n, double k) noexcept;
 };
 
 // Entries autocorrelation may read past x[len + lags).

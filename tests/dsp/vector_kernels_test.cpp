@@ -61,9 +61,9 @@ TEST(VectorKernels, DotProductsAgreeWithAnExactSumAtEveryLevel)
     }
 }
 
-// The per-lag kernels give every level the same sums in the same order as the
-// scalar path: bit for bit the same results, over widths with remainders and
-// over many samples of running sums.
+// The per-lag kernels and the step-up give every level the same operations in
+// the same order as the scalar path: bit for bit the same results, over
+// widths with remainders and over many samples of running sums.
 TEST(VectorKernels, LagSumsAreTheScalarOnesAtEveryLevel)
 {
     const auto& scalar = vector_kernels::kernels_for(level::scalar);
@@ -88,6 +88,24 @@ TEST(VectorKernels, LagSumsAreTheScalarOnesAtEveryLevel)
             EXPECT_EQ(e1, e2) << "energy, level " << int(l) << ", width " << width;
             EXPECT_EQ(c1, c2) << "correlation, level " << int(l) << ", width " << width;
         }
+        for (int64_t n : {1, 2, 7, 8, 9, 16, 49, 50}) {
+            std::vector<double> want(x.begin(), x.begin() + n), got(want);
+            scalar.step_up(want.data(), n, 0.37);
+            k.step_up(got.data(), n, 0.37);
+            EXPECT_EQ(want, got) << "step-up, level " << int(l) << ", n " << n;
+        }
+    }
+}
+
+// The scalar step-up against its definition, from a copy of the old values.
+TEST(VectorKernels, StepUpTakesEveryPartnerBeforeTheChange)
+{
+    for (int64_t n : {1, 2, 5, 6}) {
+        const auto old = noise(size_t(n), 5);
+        std::vector<double> a(old);
+        vector_kernels::kernels_for(level::scalar).step_up(a.data(), n, -0.6);
+        for (int64_t j = 0; j < n; ++j)
+            EXPECT_EQ(a[size_t(j)], old[size_t(j)] - -0.6 * old[size_t(n - 1 - j)]) << n << " " << j;
     }
 }
 
