@@ -140,6 +140,7 @@ void formant_stage::reset() noexcept
         std::fill(analysis_coef[s], analysis_coef[s] + engine::max_taps, 0.0);
         std::fill(synth_coef[s], synth_coef[s] + engine::max_taps, 0.0);
         synth_taps[s] = 0;
+        analysis_filled[s] = false;
     }
     std::fill(set_ring, set_ring + engine::ring_len, 0);
     std::fill(prev_set_ring, prev_set_ring + engine::ring_len, 0);
@@ -161,6 +162,7 @@ void formant_stage::roll_sets() noexcept
     std::fill(analysis_coef[set_index], analysis_coef[set_index] + engine::max_taps, 0.0);
     std::fill(synth_coef[set_index], synth_coef[set_index] + engine::max_taps, 0.0);
     synth_taps[set_index] = 0;
+    analysis_filled[set_index] = false;
 }
 
 void formant_stage::analyze_formants(const double* period_ring, int64_t index, int channel,
@@ -262,6 +264,7 @@ void formant_stage::analyze_formants(const double* period_ring, int64_t index, i
             area_to_reflection(lpc_order, k, area);
             reflection_to_predictor(lpc_order, k, predictor, blend_coef);
             store_reversed(lpc_order, predictor, analysis_coef[set_index]);
+            analysis_filled[set_index] = true;
 
             const int64_t m = warp_area(bypass);
             area_to_reflection(m, k, warped_area);
@@ -332,6 +335,10 @@ void formant_stage::set_throat_ratio(double ratio) noexcept
 
 double formant_stage::inverse_filter(int64_t index, int channel) noexcept
 {
+    const int64_t i = engine::ring_back(index, engine::residual_delay, engine::ring_len);
+    const double* x = pre_ring[channel] + engine::ring_len + i;
+    // Empty sets (formants off) pass the sample as their zeros would.
+    if (!analysis_filled[set_index] && (set_mix >= 1.0 || !analysis_filled[prev_set_index])) return x[0];
     const int64_t first = engine::max_taps - lpc_order;
     const double* coef = analysis_coef[set_index];
     if (set_mix < 1.0) {
@@ -342,8 +349,6 @@ double formant_stage::inverse_filter(int64_t index, int channel) noexcept
     }
     // The sample and the lpc_order before it, oldest first, in one piece of
     // the mirrored ring.
-    const int64_t i = engine::ring_back(index, engine::residual_delay, engine::ring_len);
-    const double* x = pre_ring[channel] + engine::ring_len + i;
     return x[0] - vector_kernels::kernels().dot(x - lpc_order, coef + first, lpc_order);
 }
 

@@ -121,6 +121,8 @@ private:
     double (*analysis_coef)[engine::max_taps];
     double (*synth_coef)[engine::max_taps];
     int64_t synth_taps[engine::set_count] = {};
+    // Whether a set holds an analysis; an empty one passes the sample.
+    bool analysis_filled[engine::set_count] = {};
     int32_t* set_ring;
     int32_t* prev_set_ring;
     double* mix_ring;

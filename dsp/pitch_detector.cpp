@@ -12,17 +12,13 @@ namespace {
 constexpr double lock_floor = 1.65e-5;
 constexpr double hold_floor = 1.5e-5;
 
-// Sum over `lag` products h[-i] * h[-i - lag], h the newest sample of a
-// mirrored ring; 2 * lag must stay below the ring's length.
-double direct_corr(const double* h, int64_t lag) noexcept
-{
-    return vector_kernels::kernels().dot(h - lag + 1, h - 2 * lag + 1, lag);
-}
 
 } // namespace
 
-pitch_detector::pitch_detector() : history(new double[2 * engine::ring_len])
+pitch_detector::pitch_detector() : past_storage(new double[4 * engine::ring_len])
 {
+    past.attach(past_storage.get(), engine::ring_len);
+    coarse_past.attach(coarse_storage, engine::coarse_len);
     reset();
 }
 
@@ -78,8 +74,8 @@ void pitch_detector::design_filters() noexcept
 void pitch_detector::reset() noexcept
 {
     for (auto& filter : pre_filter) filter.clear();
-    std::fill(history.get(), history.get() + 2 * engine::ring_len, 0.0);
-    std::fill(coarse_ring, coarse_ring + 2 * engine::coarse_len, 0.0);
+    past.clear();
+    coarse_past.clear();
     std::fill(coarse_energy, coarse_energy + engine::coarse_lags, 0.0);
     std::fill(coarse_corr, coarse_corr + engine::coarse_lags, 0.0);
     std::fill(lag_energy, lag_energy + 2 * engine::max_lag_half, 0.0);
@@ -106,7 +102,7 @@ int64_t pitch_detector::coarse_update(double x) noexcept
     constexpr int64_t len = engine::coarse_len;
     if (search_reset) {
         search_reset = false;
-        std::fill(coarse_ring, coarse_ring + 2 * len, 0.0);
+        coarse_past.clear();
         std::fill(coarse_energy, coarse_energy + engine::coarse_lags, 0.0);
         std::fill(coarse_corr, coarse_corr + engine::coarse_lags, 0.0);
         coarse_count = 0;
@@ -116,9 +112,10 @@ int64_t pitch_detector::coarse_update(double x) noexcept
     // Lag k: the energy gains x * x and loses the sample 2k back; the
     // correlation gains the sample k back times x and loses it times the
     // sample 2k back.
-    coarse_ring[coarse_index] = coarse_ring[coarse_index + len] = x;
-    const double* newest = coarse_ring + coarse_index + len;
-    vector_kernels::kernels().lag_window_update(coarse_energy, coarse_corr, engine::coarse_lags, x, newest, newest);
+    coarse_past.store(coarse_index, x);
+    vector_kernels::kernels().lag_window_update(coarse_energy, coarse_corr, engine::coarse_lags, x,
+                                                coarse_past.back(coarse_index),
+                                                coarse_past.every_second_back(coarse_index, 0));
     coarse_index = engine::ring_next(coarse_index, len);
 
     const int64_t c = coarse_count++;
@@ -185,17 +182,17 @@ void pitch_detector::fine_start(int64_t lag, int64_t newest) noexcept
         lag_energy[0] = 0.0;
         return;
     }
-    const double* h = newest_of(newest);
-    const double energy = vector_kernels::kernels().dot(h - 2 * lag + 1, h - 2 * lag + 1, 2 * lag);
+    const double* h = past.back(newest);
+    const double energy = vector_kernels::kernels().dot(h, h, 2 * lag);
     lag_energy[0] = energy;
     if (energy < lock_floor) return; // too quiet to lock
     for (int64_t k = 1; k < width; ++k) {
         const int64_t l = base_lag + k;
-        const double a = h[-(2 * l - 2)];
-        const double b = h[-(2 * l - 1)];
+        const double a = h[2 * l - 2];
+        const double b = h[2 * l - 1];
         lag_energy[k] = lag_energy[k - 1] + a * a + b * b;
     }
-    for (int64_t k = 0; k < width; ++k) lag_corr[k] = direct_corr(h, base_lag + k);
+    for (int64_t k = 0; k < width; ++k) lag_corr[k] = direct_corr(newest, base_lag + k);
     decide_count = engine::decide_interval - 1; // the next sample decides
     searching = false;
 }
@@ -204,9 +201,10 @@ pitch_detector::outcome pitch_detector::fine_update(int64_t newest) noexcept
 {
     // Lag l gains x0 * x0 and x0 times the sample l back, and loses the
     // sample 2l back squared and times the sample l back.
-    const double* h = newest_of(newest);
+    const double* h = past.back(newest);
     const int64_t width = 2 * int64_t(lag_half);
-    vector_kernels::kernels().lag_window_update(lag_energy, lag_corr, width, h[0], h - base_lag, h - 2 * base_lag);
+    vector_kernels::kernels().lag_window_update(lag_energy, lag_corr, width, h[0], h + base_lag,
+                                                past.every_second_back(newest, 2 * base_lag));
     if (++decide_count != engine::decide_interval) return outcome::none;
     decide_count = 0;
     return decide(newest);
@@ -217,17 +215,11 @@ pitch_detector::outcome pitch_detector::decide(int64_t newest) noexcept
     const int64_t width = 2 * int64_t(lag_half);
     if (width < 2) return lose_lock();
     auto f = [this](int64_t k) { return 0.5 * lag_energy[k] - lag_corr[k]; };
-    // The smallest value first, in four interleaved runs so that the
-    // comparisons do not wait on one another, then its first lag: the lowest
-    // lag wins a tie. A value that is not a number matches nothing and loses
-    // the lock at k = 0.
+    // The lowest lag of the smallest value wins. A value that is not a
+    // number matches nothing and loses the lock at k = 0.
     double values[2 * engine::max_lag_half];
     for (int64_t j = 0; j < width; ++j) values[j] = f(j);
-    double least[4] = {values[0], values[0], values[0], values[0]};
-    for (int64_t j = 0; j < width; ++j) least[j % 4] = values[j] < least[j % 4] ? values[j] : least[j % 4];
-    const double best = std::min(std::min(least[0], least[1]), std::min(least[2], least[3]));
-    int64_t k = 0;
-    while (k < width && !(values[k] == best)) ++k;
+    int64_t k = vector_kernels::kernels().first_minimum(values, width);
     if (k == width) k = 0;
     if (k == 0 || k == width - 1 || lag_energy[k] < hold_floor) return lose_lock();
 
@@ -241,11 +233,11 @@ pitch_detector::outcome pitch_detector::decide(int64_t newest) noexcept
             lag_energy[j] = lag_energy[j + 1];
             lag_corr[j] = lag_corr[j + 1];
         }
-        const double* h = newest_of(newest);
-        const double a = h[-(2 * top - 2)];
-        const double b = h[-(2 * top - 1)];
+        const double* h = past.back(newest);
+        const double a = h[2 * top - 2];
+        const double b = h[2 * top - 1];
         lag_energy[width - 1] = lag_energy[width - 2] + a * a + b * b;
-        lag_corr[width - 1] = direct_corr(h, top);
+        lag_corr[width - 1] = direct_corr(newest, top);
     } else if (k < lag_half - 1) {
         if (base_lag <= 1) return lose_lock();
         --base_lag;
@@ -255,11 +247,11 @@ pitch_detector::outcome pitch_detector::decide(int64_t newest) noexcept
             lag_corr[j] = lag_corr[j - 1];
         }
         const int64_t l = base_lag;
-        const double* h = newest_of(newest);
-        const double a = h[-(2 * l)];
-        const double b = h[-(2 * l + 1)];
+        const double* h = past.back(newest);
+        const double a = h[2 * l];
+        const double b = h[2 * l + 1];
         lag_energy[0] = lag_energy[1] - a * a - b * b;
-        lag_corr[0] = direct_corr(h, l);
+        lag_corr[0] = direct_corr(newest, l);
     }
 
     const double a = f(k - 1), b = f(k), c = f(k + 1);
@@ -267,6 +259,12 @@ pitch_detector::outcome pitch_detector::decide(int64_t newest) noexcept
     const double delta = denominator != 0.0 ? 0.5 * (a - c) / denominator : 0.0;
     period = last_period = double(k + base_lag) + delta;
     return outcome::decided;
+}
+
+double pitch_detector::direct_corr(int64_t newest, int64_t lag) const noexcept
+{
+    const double* h = past.back(newest);
+    return vector_kernels::kernels().dot(h, h + lag, lag);
 }
 
 pitch_detector::outcome pitch_detector::lose_lock() noexcept

@@ -5,6 +5,7 @@
 
 #include "Common_VST3/biQuad_Filter.h"
 #include "dsp/engine_constants.h"
+#include "dsp/ring_index.h"
 
 // Kinds of input, in the order of the list of the parameter "Input type".
 // Each sets the detector's pre-filters; a bass instrument may lock on a
@@ -21,9 +22,9 @@ enum class input_type : int32_t { soprano, alto_tenor, low_male, instrument, bas
 // correlation of the last L samples with the L before them.
 //
 // The detector keeps its own copy of the input it is fed, at the positions
-// of the engine's input ring and mirrored (entry i + engine::ring_len equal
-// to entry i), so that every window of lags it sums lies in one piece and
-// runs through the vector kernels.
+// of the engine's input ring, laid out as an engine::past_ring: the samples
+// k and 2k back of each window of lags lie in one piece and run through the
+// vector kernels. The coarse stage's ring is laid out the same way.
 //
 // The constructor allocates that copy (interface thread); afterwards nothing
 // here allocates. An object belongs to its engine's owner thread.
@@ -58,7 +59,7 @@ public:
     outcome process(double x, const double* ring, int64_t newest) noexcept
     {
         (void)ring;
-        history[newest] = history[newest + engine::ring_len] = x;
+        past.store(newest, x);
         double filtered = pre_filter[1].process(pre_filter[0].process(x));
         if (third_filter_on) filtered = pre_filter[2].process(filtered);
         if (!searching) return fine_update(newest);
@@ -81,9 +82,9 @@ private:
     void fine_start(int64_t lag, int64_t newest) noexcept;
     outcome fine_update(int64_t newest) noexcept;
     outcome decide(int64_t newest) noexcept;
-    // The newest input sample in the mirrored copy: the 2 * engine::ring_len
-    // - 1 samples before it are in order at negative offsets.
-    const double* newest_of(int64_t newest) const noexcept { return history.get() + engine::ring_len + newest; }
+    // The sum over `lag` products of the samples i and i + lag back, from
+    // the newest at `newest`; 2 * lag below engine::ring_len.
+    double direct_corr(int64_t newest, int64_t lag) const noexcept;
     outcome lose_lock() noexcept;
     void design_filters() noexcept;
 
@@ -100,12 +101,13 @@ private:
     double rise_threshold = 0.0;
     double dip_threshold = 0.2;
 
-    // The input as fed, mirrored: 2 * engine::ring_len entries.
-    std::unique_ptr<double[]> history;
+    // The input as fed: 4 * engine::ring_len doubles behind `past`.
+    std::unique_ptr<double[]> past_storage;
+    engine::past_ring past;
 
-    // Coarse stage, in decimated samples. Its ring is mirrored as well:
-    // 2 * engine::coarse_len entries.
-    double coarse_ring[2 * engine::coarse_len];
+    // Coarse stage, in decimated samples.
+    double coarse_storage[4 * engine::coarse_len];
+    engine::past_ring coarse_past;
     double coarse_energy[engine::coarse_lags];
     double coarse_corr[engine::coarse_lags];
     int64_t coarse_count = 0;

@@ -29,14 +29,12 @@ void autocorrelation_scalar(const double* x, int64_t len, int64_t lags, double* 
     }
 }
 
-void lag_window_update_scalar(double* energy, double* corr, int64_t width, double x0, const double* a_top,
-                              const double* b_top) noexcept
+void lag_window_update_scalar(double* energy, double* corr, int64_t width, double x0, const double* a,
+                              const double* b) noexcept
 {
     for (int64_t k = 0; k < width; ++k) {
-        const double a = a_top[-k];
-        const double b = b_top[-2 * k];
-        energy[k] += x0 * x0 - b * b;
-        corr[k] += x0 * a - a * b;
+        energy[k] += x0 * x0 - b[k] * b[k];
+        corr[k] += x0 * a[k] - a[k] * b[k];
     }
 }
 
@@ -52,7 +50,26 @@ void step_up_scalar(double* a, int64_t n, double k) noexcept
     if (n % 2 == 1) a[n / 2] = a[n / 2] - k * a[n / 2];
 }
 
-constexpr table scalar_table = {dot_scalar, autocorrelation_scalar, lag_window_update_scalar, step_up_scalar};
+// The first index whose value equals the least: the least is the same
+// whatever the order of comparison, and equality finds its first place
+// (+0.0 and -0.0 count as equal, as they compare).
+int64_t first_equal(const double* v, int64_t n, double least) noexcept
+{
+    int64_t k = 0;
+    while (k < n && !(v[k] == least)) ++k;
+    return k;
+}
+
+int64_t first_minimum_scalar(const double* v, int64_t n) noexcept
+{
+    double least = v[0];
+    for (int64_t j = 1; j < n; ++j)
+        if (v[j] < least) least = v[j];
+    return first_equal(v, n, least);
+}
+
+constexpr table scalar_table = {dot_scalar, autocorrelation_scalar, lag_window_update_scalar, step_up_scalar,
+                                first_minimum_scalar};
 
 #if defined(__x86_64__) || defined(__i386__)
 
@@ -65,14 +82,12 @@ struct lanes<2> {
     typedef double vec __attribute__((vector_size(16)));
     typedef long long mask __attribute__((vector_size(16)));
     static constexpr mask reverse = {1, 0};
-    static constexpr mask even_reversed = {2, 0};
 };
 template <>
 struct lanes<4> {
     typedef double vec __attribute__((vector_size(32)));
     typedef long long mask __attribute__((vector_size(32)));
     static constexpr mask reverse = {3, 2, 1, 0};
-    static constexpr mask even_reversed = {6, 4, 2, 0};
 };
 
 // Four partial sums of V lanes each keep the adder busy; they are added
@@ -135,32 +150,27 @@ template <int V>
     }
 }
 
-// V lags at a time: a runs backward one sample per lag, b two, so a is a
-// reversed load and b the even lanes of two loads, reversed.
+// V lags at a time.
 template <int V>
 [[gnu::always_inline]] inline void lag_window_update_body(double* energy, double* corr, int64_t width, double x0,
-                                                          const double* a_top, const double* b_top) noexcept
+                                                          const double* a, const double* b) noexcept
 {
-    using L = lanes<V>;
-    using vec = typename L::vec;
+    using vec = typename lanes<V>::vec;
     const vec vx = vec{} + x0;
     const vec vxx = vec{} + x0 * x0;
     int64_t k = 0;
     for (; k + V <= width; k += V) {
-        vec a_raw, lo, hi, e, c;
-        std::memcpy(&a_raw, a_top - k - (V - 1), sizeof a_raw);
-        std::memcpy(&lo, b_top - 2 * k - 2 * (V - 1), sizeof lo);
-        std::memcpy(&hi, b_top - 2 * k - 2 * (V - 1) + V, sizeof hi);
-        const vec a = __builtin_shuffle(a_raw, L::reverse);
-        const vec b = __builtin_shuffle(lo, hi, L::even_reversed);
+        vec va, vb, e, c;
+        std::memcpy(&va, a + k, sizeof va);
+        std::memcpy(&vb, b + k, sizeof vb);
         std::memcpy(&e, energy + k, sizeof e);
         std::memcpy(&c, corr + k, sizeof c);
-        e += vxx - b * b;
-        c += vx * a - a * b;
+        e += vxx - vb * vb;
+        c += vx * va - va * vb;
         std::memcpy(energy + k, &e, sizeof e);
         std::memcpy(corr + k, &c, sizeof c);
     }
-    lag_window_update_scalar(energy + k, corr + k, width - k, x0, a_top - k, b_top - 2 * k);
+    lag_window_update_scalar(energy + k, corr + k, width - k, x0, a + k, b + k);
 }
 
 // V entries from the front and their V partners from the back at a time,
@@ -185,6 +195,30 @@ template <int V>
     step_up_scalar(a + j, n - 2 * j, k);
 }
 
+// V running minima side by side, each starting from v[0] as the scalar scan
+// does, so that a value that is not a number never enters them unless it is
+// the first; then across the lanes.
+template <int V>
+[[gnu::always_inline]] inline int64_t first_minimum_body(const double* v, int64_t n) noexcept
+{
+    using vec = typename lanes<V>::vec;
+    double least = v[0];
+    int64_t j = 0;
+    if (n >= V) {
+        vec m = vec{} + v[0];
+        for (; j + V <= n; j += V) {
+            vec x;
+            std::memcpy(&x, v + j, sizeof x);
+            m = x < m ? x : m;
+        }
+        for (int t = 0; t < V; ++t)
+            if (m[t] < least) least = m[t];
+    }
+    for (; j < n; ++j)
+        if (v[j] < least) least = v[j];
+    return first_equal(v, n, least);
+}
+
 // ---- instantiations --------------------------------------------------------
 
 double dot_sse2(const double* a, const double* b, int64_t n) noexcept
@@ -195,15 +229,23 @@ void autocorrelation_sse2(const double* x, int64_t len, int64_t lags, double* r)
 {
     autocorrelation_body<2>(x, len, lags, r);
 }
-void lag_window_update_sse2(double* energy, double* corr, int64_t width, double x0, const double* a_top,
-                            const double* b_top) noexcept
+void lag_window_update_sse2(double* energy, double* corr, int64_t width, double x0, const double* a,
+                            const double* b) noexcept
 {
-    lag_window_update_body<2>(energy, corr, width, x0, a_top, b_top);
+    lag_window_update_body<2>(energy, corr, width, x0, a, b);
 }
 
 void step_up_sse2(double* a, int64_t n, double k) noexcept
 {
     step_up_body<2>(a, n, k);
+}
+int64_t first_minimum_sse2(const double* v, int64_t n) noexcept
+{
+    return first_minimum_body<2>(v, n);
+}
+__attribute__((target("avx2"))) int64_t first_minimum_avx2(const double* v, int64_t n) noexcept
+{
+    return first_minimum_body<4>(v, n);
 }
 
 __attribute__((target("avx2"))) void step_up_avx2(double* a, int64_t n, double k) noexcept
@@ -220,13 +262,15 @@ __attribute__((target("avx2"))) void autocorrelation_avx2(const double* x, int64
     autocorrelation_body<4>(x, len, lags, r);
 }
 __attribute__((target("avx2"))) void lag_window_update_avx2(double* energy, double* corr, int64_t width, double x0,
-                                                            const double* a_top, const double* b_top) noexcept
+                                                            const double* a, const double* b) noexcept
 {
-    lag_window_update_body<4>(energy, corr, width, x0, a_top, b_top);
+    lag_window_update_body<4>(energy, corr, width, x0, a, b);
 }
 
-constexpr table sse2_table = {dot_sse2, autocorrelation_sse2, lag_window_update_sse2, step_up_sse2};
-constexpr table avx2_table = {dot_avx2, autocorrelation_avx2, lag_window_update_avx2, step_up_avx2};
+constexpr table sse2_table = {dot_sse2, autocorrelation_sse2, lag_window_update_sse2, step_up_sse2,
+                              first_minimum_sse2};
+constexpr table avx2_table = {dot_avx2, autocorrelation_avx2, lag_window_update_avx2, step_up_avx2,
+                              first_minimum_avx2};
 
 #endif
 

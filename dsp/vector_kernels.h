@@ -7,8 +7,8 @@
 // processor offers, so that one build runs on any x86-64 machine and uses
 // the widest vectors it has.
 //
-// Every level of lag_window_update, autocorrelation and step_up computes each
-// entry
+// Every level of lag_window_update, autocorrelation, step_up and
+// first_minimum computes each entry
 // by the same operations in the same order as the scalar level, so their
 // results are the same to the last bit. A dot product's vector levels add in
 // several partial sums, so it may differ from the scalar sum in the last
@@ -31,14 +31,17 @@ struct table {
     // x[len + lags + padding).
     void (*autocorrelation)(const double* x, int64_t len, int64_t lags, double* r) noexcept;
     // The running sums of a window of lags, one sample on: for k below
-    // width, with a = a_top[-k] and b = b_top[-2 k],
-    //   energy[k] += x0 * x0 - b * b;   corr[k] += x0 * a - a * b.
-    // b_top[1] must be readable.
-    void (*lag_window_update)(double* energy, double* corr, int64_t width, double x0, const double* a_top,
-                              const double* b_top) noexcept;
+    // width, with x0 the newest sample, a[k] the sample lag k back and b[k]
+    // the one twice as far back,
+    //   energy[k] += x0 * x0 - b[k] * b[k];   corr[k] += x0 * a[k] - a[k] * b[k].
+    void (*lag_window_update)(double* energy, double* corr, int64_t width, double x0, const double* a,
+                              const double* b) noexcept;
     // One order of the step-up of a predictor, in place: for j below n,
     // a[j] -= k * a[n - 1 - j], every right side taken before any change.
     void (*step_up)(double* a, int64_t n, double k) noexcept;
+    // The lowest index whose value is the least of v[0 .. n), n above 0; n
+    // when none equals it (a value that is not a number).
+    int64_t (*first_minimum)(const double* v, int64_t n) noexcept;
 };
 
 // Entries autocorrelation may read past x[len + lags).

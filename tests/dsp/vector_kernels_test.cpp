@@ -21,6 +21,19 @@ std::vector<double> noise(size_t n, uint32_t seed)
     return x;
 }
 
+// The samples lag + k and 2 (lag + k) back from x[n], for k below width, as
+// the lag window kernel takes them.
+struct Lag_Window_Input {
+    std::vector<double> a, b;
+    Lag_Window_Input(const std::vector<double>& x, int64_t n, int64_t lag, int64_t width)
+    {
+        for (int64_t k = 0; k < width; ++k) {
+            a.push_back(x[size_t(n - lag - k)]);
+            b.push_back(x[size_t(n - 2 * (lag + k))]);
+        }
+    }
+};
+
 // Every level this processor runs, the scalar one included.
 std::vector<level> levels()
 {
@@ -81,9 +94,9 @@ TEST(VectorKernels, LagSumsAreTheScalarOnesAtEveryLevel)
             std::vector<double> e1(size_t(width), 0.5), c1(size_t(width), -0.25), e2(e1), c2(c1);
             const int64_t lag = 40;
             for (int64_t n = 2 * (lag + width); n < 2 * (lag + width) + 500; ++n) {
-                const double* h = x.data() + n;
-                scalar.lag_window_update(e1.data(), c1.data(), width, h[0], h - lag, h - 2 * lag);
-                k.lag_window_update(e2.data(), c2.data(), width, h[0], h - lag, h - 2 * lag);
+                const Lag_Window_Input in(x, n, lag, width);
+                scalar.lag_window_update(e1.data(), c1.data(), width, x[size_t(n)], in.a.data(), in.b.data());
+                k.lag_window_update(e2.data(), c2.data(), width, x[size_t(n)], in.a.data(), in.b.data());
             }
             EXPECT_EQ(e1, e2) << "energy, level " << int(l) << ", width " << width;
             EXPECT_EQ(c1, c2) << "correlation, level " << int(l) << ", width " << width;
@@ -93,6 +106,34 @@ TEST(VectorKernels, LagSumsAreTheScalarOnesAtEveryLevel)
             scalar.step_up(want.data(), n, 0.37);
             k.step_up(got.data(), n, 0.37);
             EXPECT_EQ(want, got) << "step-up, level " << int(l) << ", n " << n;
+        }
+    }
+}
+
+// The least value's first place, against a hand-made table: ties go to the
+// lowest index, +0.0 and -0.0 tie, a NaN after the first value is passed
+// over, a NaN first finds nothing, as a scan that keeps the least so far
+// does; lengths below, at and above a vector.
+TEST(VectorKernels, FirstMinimumIsTheLowestIndexOfTheLeastValue)
+{
+    const double nan = std::nan("");
+    const struct {
+        std::vector<double> v;
+        int64_t want;
+    } cases[] = {
+        {{3.0}, 0},
+        {{2.0, 1.0}, 1},
+        {{5.0, 4.0, 3.0, 4.0, 3.0}, 2},
+        {{1.0, 2.0, 3.0, 4.0, 5.0, 6.0, 7.0, 0.5, 0.5}, 7},
+        {{0.0, -0.0, 1.0, 2.0, 3.0}, 0},
+        {{4.0, 3.0, 2.0, 1.0, 2.0, 3.0, 4.0, 5.0, -1.0, 0.0, -1.0}, 8},
+        {{3.0, nan, 4.0, 1.0, 2.0}, 3},
+        {{nan, 2.0, 1.0, 3.0, 4.0}, 5},
+    };
+    for (level l : levels()) {
+        for (const auto& c : cases) {
+            EXPECT_EQ(vector_kernels::kernels_for(l).first_minimum(c.v.data(), int64_t(c.v.size())), c.want)
+                << "level " << int(l) << ", case of " << c.v.size();
         }
     }
 }
@@ -122,9 +163,9 @@ TEST(VectorKernels, RunningLagSumsEqualTheirDirectSums)
         std::fill(y.begin(), y.begin() + start, 0.0);
         const int64_t end = 1500;
         for (int64_t n = start; n < end; ++n) {
-            const double* h = y.data() + n;
-            vector_kernels::kernels_for(l).lag_window_update(energy.data(), corr.data(), width, h[0], h - lag,
-                                                            h - 2 * lag);
+            const Lag_Window_Input in(y, n, lag, width);
+            vector_kernels::kernels_for(l).lag_window_update(energy.data(), corr.data(), width, y[size_t(n)],
+                                                            in.a.data(), in.b.data());
         }
         for (int64_t k = 0; k < width; ++k) {
             const int64_t L = lag + k;
