@@ -36,8 +36,8 @@ void rebuildCurve(ObjectRecord& r, int64_t length, int32_t span)
     fresh->stepFrames = uint32_t(length / n);
     for (int64_t k = 0; k < n; ++k) {
         // The old point at the same share of the length.
-        const size_t at = size_t(std::min<int64_t>(old.pointCount() - 1, (k + 1) * old.pointCount() / n - 1));
-        CurvePoint p = old.points[std::max<size_t>(at, 0)];
+        const int64_t at = std::clamp<int64_t>((k + 1) * old.pointCount() / n - 1, 0, old.pointCount() - 1);
+        CurvePoint p = old.points[size_t(at)];
         const double scaled = oldSpan != 0 ? double(p.pitchDelta) * span / oldSpan : double(span) * (k + 1) / n;
         p.pitchDelta = int16_t(std::clamp(roundAway(scaled), -7700, 7700));
         fresh->points.push_back(p);

@@ -273,6 +273,19 @@ TEST(ObjectRecords, EditsKeepTheListSortedAndWhole)
     EXPECT_EQ(nudged.records[3].pitch, 110);
     EXPECT_EQ(nudged.records[3].kind, KindEnd);
 
+    // Dragging a curve's end stretches the curve: its points cover the new
+    // length and its last point reaches the moved end.
+    ObjectList drag = list({curveRec(0, 100, 2, {10, 20, 30, 40}), rec(KindEnd, 8, 140)});
+    drag.records[1].selected = 1;
+    ObjectList dragged = drag;
+    moveRecords(drag, dragged, 4, 20, false, 0);
+    ASSERT_TRUE(dragged.records[0].curve);
+    const CurveData& stretched = *dragged.records[0].curve;
+    EXPECT_EQ(int64_t(stretched.stepFrames) * stretched.pointCount(), 12);
+    EXPECT_EQ(dragged.records[1].position, 12);
+    EXPECT_EQ(dragged.records[0].pitch + stretched.points.back().pitchDelta, dragged.records[1].pitch);
+    EXPECT_EQ(dragged.records[1].pitch, 160);
+
     // Every made note's end record carries its pitch.
     TrackedFrameArray frames;
     std::vector<int> sung(240, 30000);
