@@ -67,7 +67,7 @@ void area_to_reflection(int64_t n, double* k, const double* area) noexcept
 void reflection_to_predictor(int64_t n, const double* k, double* a, double* scratch) noexcept
 {
     (void)scratch;
-    for (int64_t i = 0; i < n; ++i) step_up(i, k[i], a);
+    vector_kernels::kernels().step_up_all(k, n, a);
 }
 
 namespace {

@@ -50,6 +50,14 @@ void step_up_scalar(double* a, int64_t n, double k) noexcept
     if (n % 2 == 1) a[n / 2] = a[n / 2] - k * a[n / 2];
 }
 
+void step_up_all_scalar(const double* k, int64_t n, double* a) noexcept
+{
+    for (int64_t i = 0; i < n; ++i) {
+        step_up_scalar(a, i, k[i]);
+        a[i] = k[i];
+    }
+}
+
 // The first index whose value equals the least: the least is the same
 // whatever the order of comparison, and equality finds its first place
 // (+0.0 and -0.0 count as equal, as they compare).
@@ -68,8 +76,8 @@ int64_t first_minimum_scalar(const double* v, int64_t n) noexcept
     return first_equal(v, n, least);
 }
 
-constexpr table scalar_table = {dot_scalar, autocorrelation_scalar, lag_window_update_scalar, step_up_scalar,
-                                first_minimum_scalar};
+constexpr table scalar_table = {dot_scalar,     autocorrelation_scalar, lag_window_update_scalar,
+                                step_up_scalar, step_up_all_scalar,     first_minimum_scalar};
 
 #if defined(__x86_64__) || defined(__i386__)
 
@@ -126,28 +134,35 @@ template <int V>
     return sum;
 }
 
-// Blocks of 4 V lags, each lag a lane that sums over i in order: the same
-// sums as the scalar loop.
+// One block of `block` V lags from l0, each lag a lane that sums over i in
+// order: the same sums as the scalar loop.
+template <int V, int block>
+[[gnu::always_inline]] inline void autocorrelation_block(const double* x, int64_t len, int64_t l0, int64_t lags,
+                                                         double* r) noexcept
+{
+    using vec = typename lanes<V>::vec;
+    vec acc[block] = {};
+    for (int64_t i = 0; i < len; ++i) {
+        const vec xi = vec{} + x[i];
+        for (int j = 0; j < block; ++j) {
+            vec y;
+            std::memcpy(&y, x + i + l0 + j * V, sizeof y);
+            acc[j] += xi * y;
+        }
+    }
+    double sums[block * V];
+    std::memcpy(sums, acc, sizeof sums);
+    for (int64_t j = 0; j < block * V && l0 + j < lags; ++j) r[l0 + j] = sums[j];
+}
+
+// Blocks of 4 V lags while they fill, then of V.
 template <int V>
 [[gnu::always_inline]] inline void autocorrelation_body(const double* x, int64_t len, int64_t lags,
                                                         double* r) noexcept
 {
-    using vec = typename lanes<V>::vec;
-    constexpr int block = 4;
-    for (int64_t l0 = 0; l0 < lags; l0 += block * V) {
-        vec acc[block] = {};
-        for (int64_t i = 0; i < len; ++i) {
-            const vec xi = vec{} + x[i];
-            for (int j = 0; j < block; ++j) {
-                vec y;
-                std::memcpy(&y, x + i + l0 + j * V, sizeof y);
-                acc[j] += xi * y;
-            }
-        }
-        double sums[block * V];
-        std::memcpy(sums, acc, sizeof sums);
-        for (int64_t j = 0; j < block * V && l0 + j < lags; ++j) r[l0 + j] = sums[j];
-    }
+    int64_t l0 = 0;
+    for (; l0 + 4 * V <= lags; l0 += 4 * V) autocorrelation_block<V, 4>(x, len, l0, lags, r);
+    for (; l0 < lags; l0 += V) autocorrelation_block<V, 1>(x, len, l0, lags, r);
 }
 
 // V lags at a time.
@@ -195,6 +210,15 @@ template <int V>
     step_up_scalar(a + j, n - 2 * j, k);
 }
 
+template <int V>
+[[gnu::always_inline]] inline void step_up_all_body(const double* k, int64_t n, double* a) noexcept
+{
+    for (int64_t i = 0; i < n; ++i) {
+        step_up_body<V>(a, i, k[i]);
+        a[i] = k[i];
+    }
+}
+
 // V running minima side by side, each starting from v[0] as the scalar scan
 // does, so that a value that is not a number never enters them unless it is
 // the first; then across the lanes.
@@ -239,6 +263,14 @@ void step_up_sse2(double* a, int64_t n, double k) noexcept
 {
     step_up_body<2>(a, n, k);
 }
+void step_up_all_sse2(const double* k, int64_t n, double* a) noexcept
+{
+    step_up_all_body<2>(k, n, a);
+}
+__attribute__((target("avx2"))) void step_up_all_avx2(const double* k, int64_t n, double* a) noexcept
+{
+    step_up_all_body<4>(k, n, a);
+}
 int64_t first_minimum_sse2(const double* v, int64_t n) noexcept
 {
     return first_minimum_body<2>(v, n);
@@ -267,10 +299,10 @@ __attribute__((target("avx2"))) void lag_window_update_avx2(double* energy, doub
     lag_window_update_body<4>(energy, corr, width, x0, a, b);
 }
 
-constexpr table sse2_table = {dot_sse2, autocorrelation_sse2, lag_window_update_sse2, step_up_sse2,
-                              first_minimum_sse2};
-constexpr table avx2_table = {dot_avx2, autocorrelation_avx2, lag_window_update_avx2, step_up_avx2,
-                              first_minimum_avx2};
+constexpr table sse2_table = {dot_sse2,     autocorrelation_sse2, lag_window_update_sse2,
+                              step_up_sse2, step_up_all_sse2,     first_minimum_sse2};
+constexpr table avx2_table = {dot_avx2,     autocorrelation_avx2, lag_window_update_avx2,
+                              step_up_avx2, step_up_all_avx2,     first_minimum_avx2};
 
 #endif
 

@@ -7,8 +7,8 @@
 // processor offers, so that one build runs on any x86-64 machine and uses
 // the widest vectors it has.
 //
-// Every level of lag_window_update, autocorrelation, step_up and
-// first_minimum computes each entry
+// Every level of lag_window_update, autocorrelation, step_up, step_up_all
+// and first_minimum computes each entry
 // by the same operations in the same order as the scalar level, so their
 // results are the same to the last bit. A dot product's vector levels add in
 // several partial sums, so it may differ from the scalar sum in the last
@@ -39,6 +39,9 @@ struct table {
     // One order of the step-up of a predictor, in place: for j below n,
     // a[j] -= k * a[n - 1 - j], every right side taken before any change.
     void (*step_up)(double* a, int64_t n, double k) noexcept;
+    // The predictor a[0 .. n) of the reflection coefficients k[0 .. n):
+    // for each i below n, step_up(a, i, k[i]) and a[i] = k[i].
+    void (*step_up_all)(const double* k, int64_t n, double* a) noexcept;
     // The lowest index whose value is the least of v[0 .. n), n above 0; n
     // when none equals it (a value that is not a number).
     int64_t (*first_minimum)(const double* v, int64_t n) noexcept;

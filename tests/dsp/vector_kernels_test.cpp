@@ -83,7 +83,7 @@ TEST(VectorKernels, LagSumsAreTheScalarOnesAtEveryLevel)
     const auto x = noise(8000, 3);
     for (level l : levels()) {
         const auto& k = vector_kernels::kernels_for(l);
-        for (int64_t lags : {1, 5, 11, 41, 51, 61}) {
+        for (int64_t lags : {1, 5, 11, 16, 17, 41, 51, 61}) {
             const int64_t len = 317;
             std::vector<double> want(static_cast<size_t>(lags)), got(static_cast<size_t>(lags));
             scalar.autocorrelation(x.data(), len, lags, want.data());
@@ -106,6 +106,10 @@ TEST(VectorKernels, LagSumsAreTheScalarOnesAtEveryLevel)
             scalar.step_up(want.data(), n, 0.37);
             k.step_up(got.data(), n, 0.37);
             EXPECT_EQ(want, got) << "step-up, level " << int(l) << ", n " << n;
+            std::vector<double> whole_want(static_cast<size_t>(n)), whole_got(static_cast<size_t>(n));
+            scalar.step_up_all(x.data(), n, whole_want.data());
+            k.step_up_all(x.data(), n, whole_got.data());
+            EXPECT_EQ(whole_want, whole_got) << "whole step-up, level " << int(l) << ", n " << n;
         }
     }
 }
