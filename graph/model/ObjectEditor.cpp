@@ -72,12 +72,14 @@ bool ObjectEditor::commit(ObjectList next)
 {
     const ObjectList before = currentList();
     history.pushStep(std::move(next));
+    knobInStep = -1;
     applyChange(before);
     return true;
 }
 
 void ObjectEditor::applyAll()
 {
+    knobInStep = -1;
     if (frames != nullptr) pass.applyObjects(history.currentList(), *frames);
 }
 
@@ -116,6 +118,7 @@ bool ObjectEditor::importAuto(const AutoImportSettings& settings)
 bool ObjectEditor::undo()
 {
     const ObjectList before = currentList();
+    knobInStep = -1;
     if (!history.undo()) return false;
     applyChange(before);
     return true;
@@ -124,6 +127,7 @@ bool ObjectEditor::undo()
 bool ObjectEditor::redo()
 {
     const ObjectList before = currentList();
+    knobInStep = -1;
     if (!history.redo()) return false;
     applyChange(before);
     return true;
@@ -175,11 +179,21 @@ bool ObjectEditor::setSelected(ObjectSetting setting, float value)
 {
     ObjectList next = currentList();
     if (!::setSelected(next, setting, value)) return false;
-    return commit(std::move(next));
+    if (knobInStep == int(setting) && knobStep == history.getCurrentIndex()) {
+        const ObjectList before = currentList();
+        history.replaceCurrent(std::move(next));
+        applyChange(before);
+        return true;
+    }
+    commit(std::move(next));
+    knobInStep = int(setting);
+    knobStep = history.getCurrentIndex();
+    return true;
 }
 
 void ObjectEditor::clearAll()
 {
     history.clear();
+    knobInStep = -1;
     applyAll();
 }

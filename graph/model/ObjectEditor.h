@@ -44,7 +44,9 @@ public:
     bool paste(int64_t frame);
     // The selected objects moved by frames and cents.
     bool nudge(int32_t deltaFrames, int16_t deltaPitch, bool snap, int16_t pitchOffset);
-    // A knob's value into every selected record.
+    // A knob's value into every selected record. Turns of the same knob
+    // with no other edit between them make one step, so that a drag is
+    // undone at once.
     bool setSelected(ObjectSetting setting, float value);
     // Everything gone, history included; nothing to undo.
     void clearAll();
@@ -60,5 +62,9 @@ private:
 
     ObjectHistory history;
     ObjectPass pass;
+    // The knob whose turns the step in force holds, and that step; -1 when
+    // the last edit was something else.
+    int knobInStep = -1;
+    int32_t knobStep = -1;
     TrackedFrameArray* frames = nullptr;
 };

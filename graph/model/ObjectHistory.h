@@ -38,6 +38,14 @@ public:
         currentIndex = int32_t(steps.size()) - 1;
         dropOldest();
     }
+    // Puts `list` in place of the step in force (a further change of the
+    // same edit); false, changing nothing, while the working list is.
+    bool replaceCurrent(List list)
+    {
+        if (currentIndex < 0 || size_t(currentIndex) >= steps.size()) return false;
+        steps[size_t(currentIndex)] = std::make_unique<List>(std::move(list));
+        return true;
+    }
     bool canUndo() const { return currentIndex >= 0; }
     bool canRedo() const { return currentIndex + 1 < int32_t(steps.size()); }
     bool undo()

@@ -2,6 +2,7 @@
 // operations, the stream forms and the undo history.
 
 #include "dsp/byte_stream.h"
+#include "graph/model/ObjectEditor.h"
 #include "graph/model/ObjectHistory.h"
 #include "graph/model/ObjectMaking.h"
 #include "graph/model/ObjectPass.h"
@@ -502,4 +503,32 @@ TEST(ObjectHistory, StepsUndoRedoAndDepthFollowTheirRules)
     EXPECT_NE(frames.get(5).outputPeriod, 0.0f);
     pass.applyObjects(old.currentList(), frames);
     EXPECT_EQ(frames.get(5).outputPeriod, 0.0f);
+}
+
+// A drag of an object knob is one step; another knob, or any other edit
+// between, starts a new one.
+TEST(ObjectEditor, TurnsOfOneKnobAreOneStep)
+{
+    TrackedFrameArray frames;
+    std::vector<int> sung(100, 30000);
+    for (int i = 10; i < 80; ++i) sung[size_t(i)] = 950;
+    fill(frames, sung);
+    ObjectEditor editor;
+    editor.attach(&frames);
+    editor.setRates(rate, hop);
+    ASSERT_TRUE(editor.makeNotes(NewObjectSettings()));
+    ASSERT_TRUE(editor.selectAll());
+    const size_t steps = editor.getHistory().stepCount();
+    for (float ms : {10.0f, 20.0f, 30.0f}) EXPECT_TRUE(editor.setSelected(ObjectSetting::retuneSpeed, ms));
+    EXPECT_EQ(editor.getHistory().stepCount(), steps + 1);
+    EXPECT_EQ(editor.currentList().records[0].retuneSpeed, 30.0f);
+    EXPECT_TRUE(editor.setSelected(ObjectSetting::throatLength, 0.1f));
+    EXPECT_EQ(editor.getHistory().stepCount(), steps + 2);
+    EXPECT_TRUE(editor.undo());
+    EXPECT_TRUE(editor.setSelected(ObjectSetting::retuneSpeed, 40.0f));
+    EXPECT_EQ(editor.getHistory().stepCount(), steps + 2); // the throat step is gone, a new one is in
+    EXPECT_TRUE(editor.undo());
+    EXPECT_EQ(editor.currentList().records[0].retuneSpeed, 30.0f);
+    EXPECT_TRUE(editor.undo());
+    EXPECT_EQ(editor.currentList().records[0].retuneSpeed, 0.0f);
 }
