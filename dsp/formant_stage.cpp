@@ -233,18 +233,10 @@ void formant_stage::analyze_formants(const double* period_ring, int64_t index, i
         // harmonics: the detector's period, or a whole fraction of it when
         // the segment repeats within that period.
         const double w = p != 0.0 ? p / double(harmonic_divisor(r, len, p)) : double(len);
-        // sin(l pi / w) by the recurrence of the sines of a multiple angle,
-        // one sine and one cosine per analysis.
-        const double theta = M_PI / w;
-        const double twice_cos = 2.0 * std::cos(theta);
-        double sine = std::sin(theta), before = 0.0;
         for (int64_t l = 1; l <= lpc_order; ++l) {
             const double a = double(l) * M_PI / w;
-            const double sinc = sine / a;
+            const double sinc = std::sin(a) / a;
             r[l] *= sinc * sinc;
-            const double next = twice_cos * sine - before;
-            before = sine;
-            sine = next;
         }
         corr_smoother.do_smoothing(r, int32_t(lpc_order + 1));
         if (r[0] < 1e-12) r[0] = 1.0;
