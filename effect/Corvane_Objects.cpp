@@ -64,6 +64,14 @@ AutoImportSettings Corvane_SingleComponentEffect::autoImportSettings(Note_Table&
     s.humanize = double(int64_t(plainOf(corvane::kHumanize)));
     s.naturalVibrato = plainOf(corvane::kNaturalVibrato);
     s.hostRate = rate;
+    s.vibratoShape = int(plainOf(corvane::kVibratoShape));
+    s.vibratoPitch = plainOf(corvane::kVibratoPitch);
+    s.vibratoRate = plainOf(corvane::kVibratoRate);
+    s.onsetDelay = double(int64_t(plainOf(corvane::kOnsetDelay)));
+    s.onsetRate = double(int64_t(plainOf(corvane::kOnsetRate)));
+    s.vibratoAmplitude = double(int64_t(plainOf(corvane::kVibratoAmplitude)));
+    s.vibratoVariation = double(int64_t(plainOf(corvane::kVibratoVariation)));
+    s.vibratoFormant = double(int64_t(plainOf(corvane::kVibratoFormant)));
     s.explicitForm = table.explicit_form;
     s.count = table.count;
     s.periods = table.periods;

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <vector>
 
+#include "Common_VST3/biQuad_Filter.h"
 #include "Common_VST3/utilities.h"
 
 namespace {
@@ -74,6 +75,67 @@ void addNote(ObjectList& out, int64_t begin, int64_t last, int16_t pitch, const 
     out.records.push_back(record(KindNote, begin, pitch, s));
     out.records.push_back(record(KindEnd, last, pitch, s));
 }
+
+// Auto mode's added vibrato, a frame at a time: the pitch factor, the gain
+// deviation and the share of the dry signal in the formant mix. Its time
+// runs from 0 at each voiced stretch; the onset delays and fades it in, and
+// band-passed noise varies its rate.
+class Frame_Vibrato {
+public:
+    Frame_Vibrato(const AutoImportSettings& s, double framesPerSecond)
+        : shape(s.vibratoShape), pitch(s.vibratoPitch), variation(s.vibratoVariation / 100.0),
+          delay(s.onsetDelay * 0.001 * framesPerSecond), onset(s.onsetRate * 0.001 * framesPerSecond),
+          cycle(framesPerSecond / std::max(0.1, s.vibratoRate))
+    {
+        noise.set_sampleRate(framesPerSecond);
+        noise.init_BandPass(2.0, 10.0);
+        noise.clear();
+    }
+    bool on() const { return shape >= 1 && shape <= 3; }
+    void restart()
+    {
+        t = 0.0;
+        noise.clear();
+    }
+    double step(double& value, double& mix)
+    {
+        value = 0.0;
+        mix = 1.0;
+        if (delay >= t) {
+            t += 1.0;
+            return 1.0;
+        }
+        const double envelope = delay + onset > t ? (t - delay) / onset : 1.0;
+        seed = seed * 1664525u + 1013904223u;
+        const double n = noise.process(double(seed >> 8) / double(1u << 24) - 0.5);
+        const double rateStep = std::max(0.1, variation * n * 0.2 + 1.0);
+        // Phase from 0 to 1 within the cycle (in frames, not necessarily whole).
+        const double x = std::fmod(t - delay, cycle) / cycle;
+        t += rateStep;
+        double v = 0.0, q = 0.0;
+        if (shape == 1) {
+            v = std::sin(2.0 * M_PI * x);
+            q = std::cos(2.0 * M_PI * x);
+        } else if (shape == 2) {
+            v = x < 0.5 ? 1.0 : -1.0;
+            q = x < 0.25 || x >= 0.75 ? 1.0 : -1.0;
+        } else if (shape == 3) {
+            v = 2.0 * x - 1.0;
+            q = -2.0 * x + 1.0;
+        }
+        value = envelope * v;
+        mix = (q - 1.0) * envelope + 1.0;
+        return std::pow(2.0, pitch * envelope * v / 1200.0);
+    }
+
+private:
+    int shape;
+    double pitch, variation, delay, onset;
+    double cycle;
+    double t = 0.0;
+    uint32_t seed = 1;
+    biQuad_Filter noise;
+};
 
 } // namespace
 
@@ -211,7 +273,9 @@ ObjectList importAuto(const TrackedFrameArray& frames, double framesPerSecond, c
     double smoothed = 1.0;
     double mean = 0.0;
     std::vector<int16_t> curve;
+    std::vector<CurvePoint> modulation;
     int64_t curveStart = -1;
+    Frame_Vibrato vibrato(s, framesPerSecond);
 
     auto flush = [&]() {
         if (curveStart >= 0 && curve.size() >= 2) {
@@ -222,7 +286,7 @@ ObjectList importAuto(const TrackedFrameArray& frames, double framesPerSecond, c
             head.curve = std::make_unique<CurveData>();
             head.curve->stepFrames = 1;
             for (size_t k = 1; k < curve.size(); ++k) {
-                CurvePoint p;
+                CurvePoint p = modulation[k];
                 p.pitchDelta = int16_t(curve[k] - curve[0]);
                 head.curve->points.push_back(p);
             }
@@ -234,7 +298,9 @@ ObjectList importAuto(const TrackedFrameArray& frames, double framesPerSecond, c
             out.records.push_back(std::move(tail));
         }
         curve.clear();
+        modulation.clear();
         curveStart = -1;
+        vibrato.restart();
     };
 
     for (int64_t i = 0; i < n; ++i) {
@@ -281,7 +347,16 @@ ObjectList importAuto(const TrackedFrameArray& frames, double framesPerSecond, c
         // the deviation from a slow mean of the period.
         mean += (p - mean) * 0.05;
         const double naturalFactor = 1.0 + natural * (1.0 - p / mean);
-        const double out_period = p / (smoothed * naturalFactor);
+        double value = 0.0, mix = 1.0;
+        const double vibratoFactor = vibrato.on() ? vibrato.step(value, mix) : 1.0;
+        CurvePoint point;
+        if (vibrato.on()) {
+            point.modulationOffset = float(value * s.vibratoAmplitude / 100.0);
+            point.modulationGain = float(mix);
+            point.modulationParameter = float(s.vibratoFormant);
+        }
+        modulation.push_back(point);
+        const double out_period = p / (smoothed * naturalFactor * vibratoFactor);
         const double cents = double(Period_ToCents(float(out_period), rate));
         if (curveStart < 0) curveStart = i;
         curve.push_back(int16_t(std::clamp<double>(double(Round_ToInt(float(cents))), lowestObjectPitch,

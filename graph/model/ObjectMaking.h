@@ -49,6 +49,17 @@ struct AutoImportSettings {
     double retuneSpeed = 20.0; // ms
     double humanize = 0.0;     // ms
     double naturalVibrato = 0.0; // dB; 0 leaves the singer's vibrato
+    // Auto mode's added vibrato: shape 1 sine, 2 square, 3 sawtooth, any
+    // other none; peak pitch in cents, rate in hertz, onset delay and fade-in
+    // in ms, gain depth and rate variation in percent, formant mix in dB.
+    int vibratoShape = 0;
+    double vibratoPitch = 0.0;
+    double vibratoRate = 5.5;
+    double onsetDelay = 500.0;
+    double onsetRate = 500.0;
+    double vibratoAmplitude = 0.0;
+    double vibratoVariation = 0.0;
+    double vibratoFormant = 0.0;
     double hostRate = 44100.0;
     bool explicitForm = true;
     int64_t count = 0;
@@ -58,5 +69,6 @@ struct AutoImportSettings {
     double unit = 64.0;
 };
 // A curve per voiced stretch, one point a frame, at the pitch Auto mode's
-// correction would give each frame.
+// correction would give each frame; its points carry the added vibrato's
+// gain, formant mix and formant gain, which the engine plays from the frames.
 ObjectList importAuto(const TrackedFrameArray& frames, double framesPerSecond, const AutoImportSettings& settings);
