@@ -338,10 +338,11 @@ void CV_DSPObject::output_sample(float* const* out, int64_t i, bool two_channels
     for (int c = 0; c < channels; ++c)
         sample[c] = formants.de_emphasize(c, formants.synthesis_filter(synth_pos, c, sample[c]));
 
-    // Last stages: the vibrato's gain and formant mix.
+    // Last stages: the vibrato's gain and formant mix, Auto mode's alone:
+    // Graph mode takes them from its frames.
     double y = sample[0];
     double z = sample[1];
-    if (vibrato.is_vibrato_on()) {
+    if (auto_mode && vibrato.is_vibrato_on()) {
         if (shifter.voiced_at_output() && !bypass) {
             const double gain = vibrato.next_gain();
             const double m = vibrato.mix();
