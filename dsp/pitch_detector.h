@@ -42,6 +42,9 @@ public:
     };
 
     pitch_detector();
+    // The copy's layout points into the object itself.
+    pitch_detector(const pitch_detector&) = delete;
+    pitch_detector& operator=(const pitch_detector&) = delete;
 
     // The engine rate in Hz: the width of the fine window and the
     // pre-filters' designs.

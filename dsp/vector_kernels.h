@@ -8,9 +8,8 @@
 // the widest vectors it has.
 //
 // Every level of lag_window_update, autocorrelation, step_up, step_up_all
-// and first_minimum computes each entry
-// by the same operations in the same order as the scalar level, so their
-// results are the same to the last bit. A dot product's vector levels add in
+// and first_minimum computes each entry by the same operations in the same
+// order as the scalar level, so their results are the same to the last bit. A dot product's vector levels add in
 // several partial sums, so it may differ from the scalar sum in the last
 // bits (a relative difference of the order of n * 2^-53).
 //
@@ -19,7 +18,7 @@
 namespace vector_kernels {
 
 // SSE2 is every x86-64 processor's baseline. AVX-512 is left out: on the
-// processors measured its wider shuffles cost more than they saved.
+// processor measured it ran slower than AVX2.
 enum class level : int { scalar, sse2, avx2 };
 constexpr int level_count = 3;
 
