@@ -275,11 +275,9 @@ Corvane_Sheet* makeFolderDlgSheet(const CRect& frameSize, const Corvane_FolderDl
                                   std::string* nameText)
 {
     using A = Corvane_FolderDlgData;
-    constexpr CCoord width = 620;
-    // The height follows the location's text: build once to measure.
-    auto measureSheet = makeOwned<Corvane_Sheet>(frameSize, width, 10);
-    const CCoord textHeight = measureSheet->addParagraph(CRect(20, 0, width - 20, 0), items.parentText);
-    const CCoord nameTop = 72 + textHeight + 14, rowTop = nameTop + rowHeight + 20;
+    // One layout for every state, so that the buttons stay where they are
+    // from one action to the next: the location takes up to three lines.
+    constexpr CCoord width = 620, nameTop = 72 + 3 * 16 + 14, rowTop = nameTop + rowHeight + 20;
     auto* sheet = new Corvane_Sheet(frameSize, width, rowTop + 2 * (rowHeight + 12) + 12);
     sheet->addLabel(CRect(20, 16, width - 20, 40), "Data Folder Settings", true);
     sheet->addLabel(CRect(20, 48, width - 20, 48 + rowHeight), "Location of the data folder:");

@@ -30,12 +30,14 @@
 #include "support/pitch_estimate.h"
 #include "support/recording_handler.h"
 #include "support/signals.h"
+#include "support/tracked_data.h"
 #include "support/ui_layout.h"
 #include "support/virtual_display.h"
 
 // Xlib's macros (None, Bool, ...) come after every other header.
 #include <X11/Xlib.h>
 #include <X11/Xutil.h>
+#include <X11/XKBlib.h>
 #include <X11/extensions/XTest.h>
 
 using namespace Steinberg;
@@ -895,6 +897,21 @@ struct Hand {
         }
         XFlush(display);
     }
+    // Types ASCII text, with Shift where the keyboard needs it.
+    void type(const std::string& text)
+    {
+        const KeyCode shift = XKeysymToKeycode(display, XK_Shift_L);
+        for (char c : text) {
+            const KeySym sym = KeySym(static_cast<unsigned char>(c));
+            const KeyCode code = XKeysymToKeycode(display, sym);
+            const bool shifted = XkbKeycodeToKeysym(display, code, 0, 0) != sym;
+            if (shifted) XTestFakeKeyEvent(display, shift, True, 0);
+            XTestFakeKeyEvent(display, code, True, 0);
+            XTestFakeKeyEvent(display, code, False, 0);
+            if (shifted) XTestFakeKeyEvent(display, shift, False, 0);
+        }
+        XFlush(display);
+    }
     uint32_t colourAt(int x, int y)
     {
         XImage* image = XGetImage(display, window, x, y, 1, 1, AllPlanes, ZPixmap);
@@ -1000,4 +1017,92 @@ TEST_F(EditorModuleX11, TheOptionsDialogRefusesBadValuesSavesGoodOnesAndEscapeCa
     EXPECT_NE(text.find("\n240\t(buffer size 10..10800)\n"), std::string::npos) << "the other lines as they were";
     if (configBefore) ::setenv("XDG_CONFIG_HOME", before.c_str(), 1);
     else ::unsetenv("XDG_CONFIG_HOME");
+}
+
+// A session whose data folder was renamed opens with the data folder button
+// flashing; "Find Data Folder..." with the folder's new place chosen brings
+// the recorded take back, and the button stops.
+TEST_F(EditorModuleX11, AMissingDataFolderFlashesItsButtonUntilFindBringsTheTakeBack)
+{
+    const std::vector<float> x = test_signals::sine(48000, 220.0, 48000.0, 0.3, kPi / 2);
+    std::vector<char> state;
+    std::string folder;
+    {
+        PluginInstance recorder;
+        auto& instance = *recorder.instance;
+        ASSERT_TRUE(instance.set_channels(1, 1) && instance.setup(48000.0, 512, true) && instance.activate(true));
+        ICorvaneTrackedData* data = test_tracking::startTracking(instance, this->folder + "/saved", true);
+        ASSERT_NE(data, nullptr);
+        std::vector<std::vector<float>> out;
+        ASSERT_EQ(instance.process_all({x}, out, 512), kResultOk);
+        instance.activate(false);
+        data->waitForDisk();
+        ASSERT_TRUE(instance.get_state(state));
+        char path[1024];
+        data->getSessionFolder(path, sizeof path);
+        folder = path;
+    }
+    // A path the hand can type on any keyboard layout: lower case and digits.
+    const std::string moved = "/tmp/corvanemoved" + std::to_string(::getpid());
+    std::system(("rm -rf '" + moved + "'").c_str());
+    ASSERT_EQ(std::rename(folder.c_str(), moved.c_str()), 0);
+
+    EmbeddedEditor host;
+    ASSERT_TRUE(host.plugin.ok()) << host.plugin.error;
+    ASSERT_TRUE(host.plugin.instance->set_state(state));
+    ICorvaneTrackedData* data = test_tracking::trackedData(*host.plugin.instance);
+    ASSERT_EQ(data->getStoreStatus(nullptr, nullptr), 1);
+    ASSERT_TRUE(host.attach(display, 0, 0));
+    pump(100);
+    const UiView* button = controlOf(host.plugin.idOf("Data Folder Settings"), "VSTGUI4_FlashingPushButton");
+    ASSERT_NE(button, nullptr);
+
+    // The folder sheet is 620 wide, centred on the 850 pixel window;
+    // "Find Data Folder..." lies at (20..206, 176..198) in it.
+    const int sheetLeft = (850 - 620) / 2;
+    const uint32_t sheetGrey = 0xececec;
+    std::atomic<bool> done{false};
+    bool flashed = false, opened = false, chooser = false, found = false, closed = false;
+    std::thread hand([&] {
+        Hand h(server->name, host.frame.window);
+        const int bx = button->rect.centreX(), by = button->rect.centreY();
+        flashed = h.waitFor(bx, by, h.colourAt(bx, by), false);
+        h.click(bx, by);
+        opened = h.waitFor(sheetLeft + 8, 230, sheetGrey);
+        h.click(sheetLeft + 113, 187);
+        // The chooser, our own sheet 520 wide with the path to edit; then the
+        // alert "Data files found", 460 wide; then the folder sheet again,
+        // closed by Escape.
+        chooser = h.waitFor(sheetLeft + 8, 60, sheetGrey, false) && h.waitFor((850 - 520) / 2 + 4, 60, sheetGrey);
+        h.key(XK_End);
+        h.key(XK_BackSpace, 300);
+        h.type(moved);
+        h.key(XK_Return);
+        found = h.waitFor((850 - 520) / 2 + 4, 60, sheetGrey, false) && h.waitFor((850 - 460) / 2 + 4, 60, sheetGrey);
+        h.key(XK_Return);
+        found = found && h.waitFor(sheetLeft + 8, 230, sheetGrey);
+        h.key(XK_Escape);
+        closed = h.waitFor(sheetLeft + 8, 230, sheetGrey, false);
+        // After a step that failed, whatever is still open is answered, so
+        // that the interface thread comes back.
+        for (int i = 0; i < 4 && !closed; ++i) {
+            h.key(XK_Escape);
+            std::this_thread::sleep_for(std::chrono::milliseconds(300));
+        }
+        done = true;
+    });
+    const auto end = std::chrono::steady_clock::now() + 6 * kPatience;
+    while (!done && std::chrono::steady_clock::now() < end) pump(10);
+    hand.join();
+    EXPECT_TRUE(flashed && opened && chooser && found && closed) << flashed << opened << chooser << found << closed;
+    EXPECT_EQ(data->getStoreStatus(nullptr, nullptr), 0);
+    int64 bad = 0;
+    for (int64 p = 0; p < int64(x.size()); p += 101) {
+        float left = 0.0f;
+        int32 r;
+        while ((r = data->readTrackedSample(p, &left, nullptr)) == 1) std::this_thread::yield();
+        if (r != 0 || std::abs(left - x[size_t(p)]) > 1.0f / 32767.0f) ++bad;
+    }
+    EXPECT_EQ(bad, 0);
+    std::system(("rm -rf '" + moved + "'").c_str());
 }
