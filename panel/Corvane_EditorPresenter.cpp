@@ -178,6 +178,11 @@ bool Corvane_EditorPresenter::showDialogForSnapshot(VSTGUI::CFrame* frame, const
         sheet = makeAlertSheet(size, hint.title, hint.text, false, hint.suppressionTitle, false, nullptr);
     } else if (name == "clear-all") {
         sheet = makeAlertSheet(size, corvane_clear_all_title, corvane_clear_all_text, false, nullptr, true, nullptr);
+    } else if (name == "data-folder") {
+        Corvane_FolderDlgData record;
+        effect.dataFolder().describe(&record);
+        sheet = makeFolderDlgSheet(size, prepareFolderDlgItems(record, effect.defaultDataParent()),
+                                   &snapshotFolderButton, &snapshotFolderName);
     } else {
         return false;
     }

@@ -121,7 +121,8 @@ public:
     Corvane_DialogPlatform& getDialogs();
     // Puts the dialog of that name over the frame, as a picture shows it:
     // "options" (the instance's record), "paste-hint", "ibeam-hint",
-    // "clear-all". False for any other name.
+    // "clear-all", "data-folder" (the session's folder). False for any other
+    // name.
     bool showDialogForSnapshot(VSTGUI::CFrame* frame, const char* dialog);
 
     // The open panel's views by name; every field null while closed.
@@ -165,6 +166,9 @@ private:
     // The form an options sheet put up for a picture shows; it outlives the
     // sheet.
     Corvane_OptionsForm snapshotForm;
+    // What a data folder sheet put up for a picture would write to.
+    int snapshotFolderButton = -1;
+    std::string snapshotFolderName;
     // "Options" or "Data Folder Settings" was pressed: the dialog opens from
     // the next tick, outside the button's own event.
     bool optionsRequested = false;

@@ -173,7 +173,7 @@ TEST_F(EditorModule, PicturesShowEachDialogOverThePanelAndRefuseAnUnknownOne)
 {
     const Picture panel = draw(plugin, "default");
     std::vector<Picture> dialogs;
-    for (const char* name : {"options", "paste-hint", "ibeam-hint", "clear-all"}) {
+    for (const char* name : {"options", "paste-hint", "ibeam-hint", "clear-all", "data-folder"}) {
         const std::string path = folder + "/dialog-" + name + ".png";
         ASSERT_EQ(plugin.snapshot(path, 0, 0, name), kResultOk) << name;
         dialogs.push_back(test_panel::readPNG(path));

@@ -51,7 +51,8 @@ const char* const kUsage =
     "  --size WxH             size of the editor in pixels, from 850x630 to\n"
     "                         4000x4000 (default: the size the editor opens at)\n"
     "  --open-dialog NAME     draw the dialog NAME over the panel, as the user sees\n"
-    "                         it: options, paste-hint, ibeam-hint or clear-all\n"
+    "                         it: options, paste-hint, ibeam-hint, clear-all or\n"
+    "                         data-folder\n"
     "  --help                 show this text and exit\n";
 
 struct Options {
@@ -131,7 +132,7 @@ void write_snapshot(const Options& options, cli::Pending_File& output)
             snapshot->writeSnapshot(output.path().c_str(), options.width, options.height, options.dialog.c_str());
         if (drawn == Steinberg::kInvalidArgument)
             fail("the plug-in has no dialog called \"" + options.dialog +
-                 "\" (options, paste-hint, ibeam-hint, clear-all)");
+                 "\" (options, paste-hint, ibeam-hint, clear-all, data-folder)");
         if (drawn != Steinberg::kResultOk) fail("the plug-in's editor could not be drawn into " + options.output);
     }
     // The module, its editor and every surface it drew are gone here.
