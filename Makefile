@@ -8,7 +8,7 @@ RENDER = $(BUILD_DIR)/tools/render/corvane-render
 SNAPSHOT = $(BUILD_DIR)/tools/snapshot/corvane-snapshot
 BUNDLE = $(BUILD_DIR)/Corvane+Time_VST.vst3
 
-.PHONY: all deps configure build demo snapshots test test-sanitize test-tsan fuzz bench install clean
+.PHONY: all deps configure build demo snapshots test test-sanitize test-tsan fuzz bench install host-check clean
 
 all: build
 
@@ -62,6 +62,12 @@ fuzz:
 
 bench: build
 	$(BUILD_DIR)/bench/corvane-bench
+
+# The plug-in in Debian's headless Ardour 7: a session saved, reopened and
+# saved again keeps the plug-in's state byte for byte. Needs ardour7-lua;
+# HOST_CHECK_INSTALL=1 installs Debian's ardour first. Not part of `test`.
+host-check: build
+	sh scripts/host-check.sh "$(BUNDLE)"
 
 install: build
 	@mkdir -p $(HOME)/.vst3
