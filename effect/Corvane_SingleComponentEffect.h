@@ -120,6 +120,7 @@ public:
     void setMidiScaleMode(Steinberg::int32 mode) override;
     void getPitchStatus(double& ratio, double& period) const override;
     double getSampleRate() const override { return processSetup.sampleRate; }
+    TrackedFrameArray* graphFrames() override { return &trackedFrames; }
     // The base's held-button repeats.
     void startAutoRepeat(Steinberg::int32 tag, Steinberg::int32 firstDelay, Steinberg::int32 interval) override
     {

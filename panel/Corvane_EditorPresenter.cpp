@@ -12,7 +12,10 @@
 #include "Common_VST3/utilities.h"
 #include "dsp/Scale_State.h"
 #include "dsp/scale_tables.h"
+#include "Common_VST3/VSTGUI4_Scrollbars.h"
+#include "graph/views/Corvane_Cursors.h"
 #include "graph/views/Corvane_GraphContainerView.h"
+#include "graph/views/Corvane_GraphView.h"
 #include "options/Corvane_FolderDlg.h"
 #include "options/Corvane_Hints.h"
 #include "options/Corvane_OptionsDlg.h"
@@ -62,6 +65,59 @@ void showView(VSTGUI::CView* view, bool shown)
     view->setMouseEnabled(shown);
 }
 
+// The pitch graph's canvas as the panel opens: its scrollbars, the tracked
+// frames, the tool, the ruler, the cursors and the user's way of scrolling;
+// pitches around A 440 in sight.
+void showGraphCanvas(Corvane_ViewRegistry& views, Corvane_EffectAccess& effect)
+{
+    Corvane_GraphView* canvas = views.graphCanvas;
+    if (canvas == nullptr) return;
+    // The cursor pictures are read once, from the bundle's resources.
+    static const Corvane_CursorSet cursors;
+    const Corvane_OptionsDlgData& options = effect.userOptions();
+    canvas->setCursors(&cursors, options.useCursors);
+    canvas->setScrollByCopy(options.scrollMethod);
+    if (auto* tool = effect.panelParameter(corvane::kGraphTools))
+        canvas->setTool(int32(tool->toPlain(tool->getNormalized())));
+    if (auto* display = effect.panelParameter(corvane::kTimeDisplay))
+        canvas->setShowingBarsAndBeats(display->toPlain(display->getNormalized()) == 1.0);
+    canvas->setZoom({1.0, 4.0});
+    canvas->setScrollOffset({0.0, double(Corvane_GraphView::topCents - 900) - canvas->getHeight() * 2.0});
+    canvas->setScrollbars(views.horizontalScrollbar, views.verticalScrollbar);
+    canvas->setFrames(effect.graphFrames(), effect.getSamplesPerFrame(), effect.getSampleRate());
+}
+
+// One step of a graph arrow: scroll by the canvas's line step.
+void stepGraphCanvas(Corvane_GraphView* canvas, Steinberg::Vst::ParamID id)
+{
+    if (canvas == nullptr) return;
+    switch (id) {
+    case corvane::kGraphScrollUp: canvas->scrollUp(0); break;
+    case corvane::kGraphScrollDown: canvas->scrollDown(0); break;
+    case corvane::kGraphScrollLeft: canvas->scrollLeft(0); break;
+    case corvane::kGraphScrollRight: canvas->scrollRight(0); break;
+    default: break;
+    }
+}
+
+// The zoom buttons: halve or double the units per pixel about the middle.
+void zoomGraphCanvas(Corvane_GraphView* canvas, Steinberg::Vst::ParamID id)
+{
+    if (canvas == nullptr) return;
+    int32_t visible = 0;
+    bool zoomed = false;
+    switch (id) {
+    case corvane::kHZoomIn: zoomed = canvas->zoomInHorizontal(visible); break;
+    case corvane::kHZoomOut: zoomed = canvas->zoomOutHorizontal(visible); break;
+    case corvane::kVZoomIn: zoomed = canvas->zoomInVertical(visible); break;
+    case corvane::kVZoomOut: zoomed = canvas->zoomOutVertical(visible); break;
+    default: break;
+    }
+    if (!zoomed) return;
+    canvas->refresh(true, false, false);
+    canvas->updateThumbs();
+}
+
 int64_t floorDiv(int64_t a, int64_t b)
 {
     const int64_t q = a / b;
@@ -85,6 +141,8 @@ IPlugView* Corvane_EditorPresenter::createView(FIDString name, EditController* c
     if (name == nullptr || std::strcmp(name, ViewType::kEditor) != 0) return nullptr;
     VSTGUI4_registerControls();
     Corvane_GraphContainerView_register();
+    VSTGUI4_registerScrolling();
+    Corvane_GraphView_register();
     Corvane_KeyboardView_register();
     Corvane_ScalesListView_register();
     Corvane_MeterView_register();
@@ -129,6 +187,7 @@ void Corvane_EditorPresenter::didOpen()
     clearPitchDisplay(1);
     clearPitchDisplay(2);
     showPitchChange(0.0);
+    showGraphCanvas(viewRegistry, effect);
 }
 
 void Corvane_EditorPresenter::willClose()
@@ -311,6 +370,13 @@ void Corvane_EditorPresenter::onTimer(int32 tick)
     // Marks written by MIDI notes on the audio thread.
     if (effect.takeMidiMarksChanged()) showScaleMarks();
 
+    // The graph draws the frames the tracker wrote, and a drag held outside
+    // it scrolls on.
+    if (auto* canvas = viewRegistry.graphCanvas) {
+        canvas->takeChangedFrames();
+        canvas->continueDrag();
+    }
+
     if (tick % pitchDisplayTicks == 0) {
         double ratio = 1.0;
         double period = 0.0;
@@ -336,6 +402,10 @@ void Corvane_EditorPresenter::autoRepeat(int32 tag)
 {
     if ((tag == corvane::kScaleUp || tag == corvane::kScaleDown) && viewRegistry.scalesList) {
         stepScalesList(ParamID(tag));
+        return;
+    }
+    if (tag >= corvane::kGraphScrollUp && tag <= corvane::kGraphScrollRight && viewRegistry.graphCanvas) {
+        stepGraphCanvas(viewRegistry.graphCanvas, ParamID(tag));
         return;
     }
     effect.stopAutoRepeat();
@@ -436,12 +506,32 @@ void Corvane_EditorPresenter::parameterChanged(Parameter* parameter)
     case corvane::kKeyboardMode:
         if (viewRegistry.keyboard) viewRegistry.keyboard->setKeyboardMode(press);
         break;
-    case corvane::kNudgeUp:
-    case corvane::kNudgeDown:
     case corvane::kGraphScrollUp:
     case corvane::kGraphScrollDown:
     case corvane::kGraphScrollLeft:
     case corvane::kGraphScrollRight:
+        // Held arrows scroll a step and repeat from the timer.
+        if (!press || viewRegistry.graphCanvas == nullptr) {
+            effect.stopAutoRepeat();
+        } else if (effect.getRepeatingTag() != int32(id)) {
+            stepGraphCanvas(viewRegistry.graphCanvas, id);
+            effect.startAutoRepeat(int32(id), repeatFirstDelay, repeatInterval);
+        }
+        break;
+    case corvane::kHZoomIn:
+    case corvane::kHZoomOut:
+    case corvane::kVZoomIn:
+    case corvane::kVZoomOut:
+        if (press) zoomGraphCanvas(viewRegistry.graphCanvas, id);
+        break;
+    case corvane::kGraphTools:
+        if (viewRegistry.graphCanvas) viewRegistry.graphCanvas->setTool(int32(plain));
+        break;
+    case corvane::kTimeDisplay:
+        if (viewRegistry.graphCanvas) viewRegistry.graphCanvas->setShowingBarsAndBeats(press);
+        break;
+    case corvane::kNudgeUp:
+    case corvane::kNudgeDown:
         // Held buttons repeat while their view is open; the views of these
         // buttons come with the editor, so without one a press stops the
         // repeat.

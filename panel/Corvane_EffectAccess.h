@@ -2,6 +2,8 @@
 
 #include <string>
 
+#include <cstdint>
+
 #include "panel/Corvane_ParameterIds.h"
 #include "pluginterfaces/vst/vsttypes.h"
 
@@ -9,6 +11,7 @@ class Scale_State;
 struct Corvane_OptionsDlgData;
 class Corvane_DataFolderStore;
 class VST3_BaseParameter;
+class TrackedFrameArray;
 
 // What the panel asks of the effect that owns it: the editor presenter and
 // the sub-controller reach the effect through this alone. Every operation:
@@ -61,6 +64,12 @@ public:
     virtual void getPitchStatus(double& ratio, double& period) const = 0;
     // The host's sample rate in hertz; 0 before the first set-up.
     virtual double getSampleRate() const = 0;
+
+    //--- Graph mode's data, for the graph views.
+    // The tracked frames, which the audio thread writes while it tracks
+    // (null while the effect shows none), and host samples per frame.
+    virtual TrackedFrameArray* graphFrames() { return nullptr; }
+    virtual int64_t getSamplesPerFrame() const { return 200; }
 
     //--- Held buttons. The action of `tag` repeats from the effect's timer
     // through the presenter's autoRepeat, first after firstDelay ticks, then

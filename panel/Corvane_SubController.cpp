@@ -7,7 +7,9 @@
 #include "Common_VST3/VSTGUI4_PushButton.h"
 #include "Common_VST3/VSTGUI4_ViewWithMinimumSize.h"
 #include "Common_VST3/VST3_BaseParameter.h"
+#include "Common_VST3/VSTGUI4_Scrollbars.h"
 #include "graph/views/Corvane_GraphContainerView.h"
+#include "graph/views/Corvane_GraphView.h"
 #include "panel/Corvane_EditorPresenter.h"
 #include "panel/Corvane_KeyboardView.h"
 #include "panel/Corvane_ScalesListView.h"
@@ -121,12 +123,12 @@ const RegistryRow registryRows[] = {
     {"CutButton", bindAs<VSTGUI4_PushButton, &R::cutButton>},
     {"CopyButton", bindAs<VSTGUI4_PushButton, &R::copyButton>},
     {"PasteButton", bindAs<VSTGUI4_PushButton, &R::pasteButton>},
-    {"Corvane_MainGraphView", nullptr},
+    {"Corvane_MainGraphView", bindAs<Corvane_GraphView, &R::graphCanvas>},
     {"Corvane_EnvelopeGraphView", nullptr},
     {"Corvane_KeyboardGraphView", nullptr},
-    {"VerticalScrollbar", nullptr},
+    {"VerticalScrollbar", bindAs<VSTGUI4_VerticalScrollbar, &R::verticalScrollbar>},
     {"VerticalThumb", bindAs<VSTGUI4_ViewWithMinimumSize, &R::verticalThumb>},
-    {"HorizontalScrollbar", nullptr},
+    {"HorizontalScrollbar", bindAs<VSTGUI4_HorizontalScrollbar, &R::horizontalScrollbar>},
     {"HorizontalThumb", bindAs<VSTGUI4_ViewWithMinimumSize, &R::horizontalThumb>},
     {"ObjectPitchDisplay", bindAs<CTextLabel, &R::objectPitchDisplay>},
     {"TrackPitchButton", bindAs<VSTGUI4_FlashingOnOffButton, &R::trackPitchButton>},

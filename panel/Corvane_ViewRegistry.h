@@ -28,6 +28,7 @@ class Corvane_GraphContainerView;
 class Corvane_MainGraphView;
 class Corvane_EnvelopeGraphView;
 class Corvane_KeyboardGraphView;
+class Corvane_GraphView;
 
 struct Corvane_ViewRegistry {
     VSTGUI::CViewContainer* commonArea = nullptr;
@@ -55,6 +56,8 @@ struct Corvane_ViewRegistry {
     VSTGUI4_PushButton* copyButton = nullptr;
     VSTGUI4_PushButton* pasteButton = nullptr;
     Corvane_MainGraphView* mainGraphView = nullptr;
+    // The pitch graph's canvas, under the name "Corvane_MainGraphView".
+    Corvane_GraphView* graphCanvas = nullptr;
     Corvane_EnvelopeGraphView* envelopeGraphView = nullptr;
     Corvane_KeyboardGraphView* keyboardGraphView = nullptr;
     VSTGUI4_VerticalScrollbar* verticalScrollbar = nullptr;

@@ -1,5 +1,6 @@
 #include "panelart/Panel_Pictures.h"
 
+#include "panelart/Cursor_Pictures.h"
 #include "panelart/Keyboard_Pictures.h"
 #include "panelart/List_Pictures.h"
 #include "panelart/Panel_Painter.h"
@@ -334,6 +335,7 @@ bool for_each_picture(const Visitor& visit)
     }
     if (!for_each_list_picture(visit)) return false;
     if (!for_each_keyboard_picture(visit)) return false;
+    if (!for_each_cursor_picture(visit)) return false;
     return true;
 }
 

@@ -23,10 +23,10 @@ CBitmap::CBitmap(const CResourceDescription& desc) : resourceDesc(desc)
     surface = s;
 }
 
-CBitmap::CBitmap(CCoord width, CCoord height)
+CBitmap::CBitmap(CCoord width, CCoord height, double scale) : scaleFactor(scale > 0 ? scale : 1.0)
 {
-    const int w = int(std::ceil(width));
-    const int h = int(std::ceil(height));
+    const int w = int(std::ceil(width * scaleFactor - 1e-9));
+    const int h = int(std::ceil(height * scaleFactor - 1e-9));
     if (w <= 0 || h <= 0) return;
     cairo_surface_t* s = cairo_image_surface_create(CAIRO_FORMAT_ARGB32, w, h);
     if (cairo_surface_status(s) != CAIRO_STATUS_SUCCESS) {
@@ -53,12 +53,12 @@ void CBitmap::draw(CDrawContext* context, const CRect& rect, const CPoint& offse
 
 CCoord CBitmap::getWidth() const
 {
-    return surface ? cairo_image_surface_get_width(surface) : 0;
+    return surface ? cairo_image_surface_get_width(surface) / scaleFactor : 0;
 }
 
 CCoord CBitmap::getHeight() const
 {
-    return surface ? cairo_image_surface_get_height(surface) : 0;
+    return surface ? cairo_image_surface_get_height(surface) / scaleFactor : 0;
 }
 
 bool CBitmap::writePNG(UTF8StringPtr path) const

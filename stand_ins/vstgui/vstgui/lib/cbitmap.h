@@ -19,8 +19,10 @@ public:
     // Loads the PNG file the description names. A file that is missing or
     // not a PNG gives a bitmap that is not loaded, of size 0 x 0.
     explicit CBitmap(const CResourceDescription& desc);
-    // A transparent picture of the size, in whole pixels.
-    CBitmap(CCoord width, CCoord height);
+    // A transparent picture of the size, in whole units, held at
+    // `scaleFactor` pixels per unit (the frame's content scale) so that it
+    // stays sharp on a scaled window.
+    CBitmap(CCoord width, CCoord height, double scaleFactor = 1.0);
     // Takes a reference to an image surface.
     explicit CBitmap(cairo_surface_t* surface);
     ~CBitmap() override;
@@ -32,8 +34,11 @@ public:
     virtual void draw(CDrawContext* context, const CRect& rect, const CPoint& offset = CPoint(0, 0),
                       float alpha = 1.f);
 
+    // Size in units: pixels divided by the scale factor.
     CCoord getWidth() const;
     CCoord getHeight() const;
+    // Pixels per unit, 1 for pictures loaded from files.
+    double getScaleFactor() const { return scaleFactor; }
     CPoint getSize() const { return CPoint(getWidth(), getHeight()); }
     bool isLoaded() const { return surface != nullptr; }
     const CResourceDescription& getResourceDescription() const { return resourceDesc; }
@@ -50,6 +55,7 @@ public:
 private:
     cairo_surface_t* surface = nullptr;
     CResourceDescription resourceDesc;
+    double scaleFactor = 1.0;
 };
 
 // Reads and writes single pixels of a bitmap as straight (unpremultiplied)

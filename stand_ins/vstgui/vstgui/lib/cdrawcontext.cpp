@@ -63,10 +63,11 @@ private:
     cairo_t* cr;
 };
 
-CDrawContext::CDrawContext(cairo_surface_t* s, const CRect& rect)
-    : surface(cairo_surface_reference(s)), cr(cairo_create(s)), surfaceRect(rect)
+CDrawContext::CDrawContext(cairo_surface_t* s, const CRect& rect, double scale)
+    : surface(cairo_surface_reference(s)), cr(cairo_create(s)), surfaceRect(rect), scaleFactor(scale > 0 ? scale : 1.0)
 {
     state.clipRect = surfaceRect;
+    state.transform.scale(scaleFactor, scaleFactor);
     state.font = kSystemFont;
 }
 
@@ -359,7 +360,18 @@ void CDrawContext::paintBitmap(CBitmap* bitmap, const CRect& dest, const CPoint&
         cairo_rectangle(cr, limit.left, limit.top, limit.getWidth(), limit.getHeight());
         cairo_clip(cr);
         cairo_set_source_surface(cr, source, dest.left - offset.x, dest.top - offset.y);
-        cairo_pattern_set_filter(cairo_get_source(cr), CAIRO_FILTER_NEAREST);
+        // The picture's pixels per unit: a picture of the context's own
+        // factor lands pixel for pixel.
+        const double b = bitmap->getScaleFactor();
+        if (b != 1.0) {
+            cairo_matrix_t m;
+            cairo_matrix_init_scale(&m, b, b);
+            cairo_matrix_translate(&m, -(dest.left - offset.x), -(dest.top - offset.y));
+            cairo_pattern_set_matrix(cairo_get_source(cr), &m);
+        }
+        const double ratio = scaleFactor / b;
+        cairo_pattern_set_filter(cairo_get_source(cr),
+                                 ratio == std::floor(ratio) ? CAIRO_FILTER_NEAREST : CAIRO_FILTER_GOOD);
         cairo_set_operator(cr, cairo_operator_t(cairoOperator));
         const double a = double(alpha) * state.globalAlpha;
         if (a >= 1.0)

@@ -29,8 +29,10 @@ public:
     using PointList = std::vector<CPoint>;
 
     // Draws on the surface, which is kept referenced; surfaceRect is its
-    // extent in surface coordinates (normally 0, 0, width, height).
-    CDrawContext(cairo_surface_t* surface, const CRect& surfaceRect);
+    // extent in surface pixels (normally 0, 0, width, height). With a scale
+    // factor s, one unit of the coordinates is s pixels: the whole drawing
+    // is scaled, and pictures of the same factor copy pixel for pixel.
+    CDrawContext(cairo_surface_t* surface, const CRect& surfaceRect, double scaleFactor = 1.0);
     ~CDrawContext() override;
     CDrawContext(const CDrawContext&) = delete;
     CDrawContext& operator=(const CDrawContext&) = delete;
@@ -126,6 +128,7 @@ public:
 
     //--- Surface.
     const CRect& getSurfaceRect() const { return surfaceRect; }
+    double getScaleFactor() const { return scaleFactor; }
     cairo_t* getCairo() const { return cr; }
     cairo_surface_t* getSurface() const { return surface; }
     virtual void beginDraw() {}
@@ -160,6 +163,7 @@ private:
     cairo_surface_t* surface;
     cairo_t* cr;
     CRect surfaceRect;
+    double scaleFactor = 1.0;
     State state;
     std::vector<State> stateStack;
     std::vector<CGraphicsTransform> transformStack;

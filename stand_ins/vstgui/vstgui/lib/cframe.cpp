@@ -75,8 +75,19 @@ void CFrame::setViewSize(const CRect& rect, bool invalidate)
     if (r == size) return;
     CViewContainer::setViewSize(r, false);
     mouseableArea = size;
-    if (platform) platform->setSize(int(size.getWidth()), int(size.getHeight()));
+    if (platform) platform->setSize(size.getWidth(), size.getHeight());
     if (invalidate) invalid();
+}
+
+bool CFrame::setZoom(double factor)
+{
+    if (!(factor >= 0.25 && factor <= 8.0)) return false;
+    if (factor == zoom) return true;
+    zoom = factor;
+    if (platform) platform->setZoom(zoom);
+    // Pictures the views keep at the old scale are made anew.
+    invalid();
+    return true;
 }
 
 void CFrame::platformOnSize(CCoord width, CCoord height)
@@ -134,7 +145,7 @@ void CFrame::updateNow()
 
 CBitmap* CFrame::createSnapshot()
 {
-    auto* bitmap = new CBitmap(getWidth(), getHeight());
+    auto* bitmap = new CBitmap(getWidth(), getHeight(), zoom);
     if (!bitmap->isLoaded()) return bitmap;
     COffscreenContext context(bitmap);
     context.beginDraw();

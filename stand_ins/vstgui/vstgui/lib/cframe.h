@@ -95,8 +95,15 @@ public:
     // when the frame has no window.
     bool runEvents(int waitMilliseconds);
 
-    //--- Size of the frame and its window.
+    //--- Size of the frame and its window. Sizes and points are in units;
+    // the window has `zoom` pixels per unit.
     bool setSize(CCoord width, CCoord height);
+    // Interface thread. The content scale of a host or a screen (1, 1.5,
+    // 2, ...): the window grows to the scaled size and everything is drawn
+    // at that many pixels per unit, pictures of the views included. False,
+    // and no change, for a factor outside 0.25..8.
+    bool setZoom(double factor);
+    double getZoom() const { return zoom; }
     void setViewSize(const CRect& rect, bool invalid = true) override;
 
     //--- Redraw. Invalid rectangles (frame coordinates) are collected until
@@ -108,8 +115,8 @@ public:
     // Draws what is invalid now, in an open frame; with no window nothing is
     // drawn and the rectangles stay.
     void updateNow();
-    // The whole frame drawn into a new picture of its size, with one
-    // reference for the caller; works without a window.
+    // The whole frame drawn into a new picture of its size at the frame's
+    // zoom, with one reference for the caller; works without a window.
     CBitmap* createSnapshot();
 
     //--- Focus, keys, modal view.
@@ -186,6 +193,7 @@ private:
     std::vector<IViewAddedRemovedObserver*> viewObservers;
     std::vector<IMouseObserver*> mouseObservers;
     std::vector<CView*> mouseViews;
+    double zoom = 1.0;
     CCursorType cursorType = kCursorDefault;
     SharedPointer<CBitmap> customCursor;
     CPoint customCursorHotSpot;

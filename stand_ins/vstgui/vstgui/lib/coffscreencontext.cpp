@@ -4,15 +4,19 @@
 
 namespace VSTGUI {
 
-COffscreenContext* COffscreenContext::create(CFrame*, CCoord width, CCoord height)
+COffscreenContext* COffscreenContext::create(CFrame*, CCoord width, CCoord height, double scaleFactor)
 {
-    auto bitmap = owned(new CBitmap(width, height));
+    auto bitmap = owned(new CBitmap(width, height, scaleFactor));
     if (!bitmap->isLoaded()) return nullptr;
     return new COffscreenContext(bitmap);
 }
 
 COffscreenContext::COffscreenContext(CBitmap* b)
-    : CDrawContext(b->getCairoSurface(), CRect(0, 0, b->getWidth(), b->getHeight())), bitmap(b)
+    : CDrawContext(b->getCairoSurface(),
+                   CRect(0, 0, b->getCairoSurface() ? cairo_image_surface_get_width(b->getCairoSurface()) : 0,
+                         b->getCairoSurface() ? cairo_image_surface_get_height(b->getCairoSurface()) : 0),
+                   b->getScaleFactor()),
+      bitmap(b)
 {
 }
 

@@ -15,7 +15,10 @@ public:
     virtual void invalidated() = 0;
     // Draws the frame's invalid rectangles into the window at once.
     virtual void updateNow() = 0;
-    virtual void setSize(int width, int height) = 0;
+    // The frame's size in units; the window takes it times the zoom.
+    virtual void setSize(CCoord width, CCoord height) = 0;
+    // Pixels per unit changed: the window and its picture follow.
+    virtual void setZoom(double zoom) = 0;
     virtual void setCursor(CCursorType type) = 0;
     virtual void setCustomCursor(CBitmap* bitmap, const CPoint& hotSpot) = 0;
     virtual unsigned long getWindow() const = 0;

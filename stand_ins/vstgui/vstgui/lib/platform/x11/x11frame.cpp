@@ -20,6 +20,7 @@
 #include <X11/keysym.h>
 #include <cairo.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cmath>
 #include <cstdlib>
@@ -151,6 +152,13 @@ private:
 
 class X11Frame;
 
+// Whole pixels of a length in units at a zoom; a hair below a whole number
+// counts as that number.
+int pixels(double units, double zoom)
+{
+    return int(std::ceil(units * zoom - 1e-6));
+}
+
 // The object the run loop holds: it forwards to the window while that
 // exists, and may outlive it if the run loop keeps a reference.
 class RunLoopHandler : public Linux::IEventHandler, public Linux::ITimerHandler {
@@ -185,8 +193,8 @@ private:
 
 class X11Frame : public CFrame::Platform {
 public:
-    X11Frame(CFrame* frame, Display* display, ::Window window, int width, int height)
-        : frame(frame), display(display), window(window), width(width), height(height)
+    X11Frame(CFrame* frame, Display* display, ::Window window, int width, int height, double zoom)
+        : frame(frame), display(display), window(window), width(width), height(height), zoom(zoom)
     {
         gc = XCreateGC(display, window, 0, nullptr);
         backBuffer = cairo_image_surface_create(CAIRO_FORMAT_ARGB32, width, height);
@@ -230,8 +238,9 @@ public:
             XCloseDisplay(display);
             return nullptr;
         }
-        const int width = int(frame->getWidth()) > 0 ? int(frame->getWidth()) : 1;
-        const int height = int(frame->getHeight()) > 0 ? int(frame->getHeight()) : 1;
+        const double zoom = frame->getZoom();
+        const int width = std::max(1, pixels(frame->getWidth(), zoom));
+        const int height = std::max(1, pixels(frame->getHeight(), zoom));
         ::Window parent = parentWindow ? ::Window(parentWindow) : RootWindow(display, screen);
         XSetWindowAttributes attributes{};
         attributes.event_mask = ExposureMask | ButtonPressMask | ButtonReleaseMask | PointerMotionMask |
@@ -255,7 +264,7 @@ public:
                         reinterpret_cast<const unsigned char*>(info), 2);
         XMapWindow(display, window);
         XFlush(display);
-        return std::unique_ptr<CFrame::Platform>(new X11Frame(frame, display, window, width, height));
+        return std::unique_ptr<CFrame::Platform>(new X11Frame(frame, display, window, width, height, zoom));
     }
 
     //--- CFrame::Platform
@@ -267,7 +276,7 @@ public:
         std::vector<CRect> rects = frame->takeDirtyRects();
         if (rects.empty()) return;
         {
-            CDrawContext context(backBuffer, CRect(0, 0, width, height));
+            CDrawContext context(backBuffer, CRect(0, 0, width, height), zoom);
             for (const CRect& r : rects) {
                 context.resetClipRect();
                 context.setClipRect(r);
@@ -284,7 +293,8 @@ public:
                                      cairo_image_surface_get_stride(backBuffer));
         if (image) {
             for (const CRect& r : rects) {
-                CRect b(std::floor(r.left), std::floor(r.top), std::ceil(r.right), std::ceil(r.bottom));
+                CRect b(std::floor(r.left * zoom), std::floor(r.top * zoom), std::ceil(r.right * zoom),
+                        std::ceil(r.bottom * zoom));
                 b.bound(CRect(0, 0, width, height));
                 if (b.isEmpty()) continue;
                 XPutImage(display, window, gc, image, int(b.left), int(b.top), int(b.left), int(b.top),
@@ -296,12 +306,20 @@ public:
         XFlush(display);
     }
 
-    void setSize(int w, int h) override
+    void setSize(CCoord unitsWide, CCoord unitsHigh) override
     {
+        const int w = pixels(unitsWide, zoom);
+        const int h = pixels(unitsHigh, zoom);
         if (w <= 0 || h <= 0) return;
         if (w != width || h != height) resizeBuffers(w, h);
         XResizeWindow(display, window, unsigned(w), unsigned(h));
         XFlush(display);
+    }
+
+    void setZoom(double z) override
+    {
+        zoom = z;
+        setSize(frame->getWidth(), frame->getHeight());
     }
 
     void setCursor(CCursorType type) override
@@ -317,20 +335,38 @@ public:
 
     void setCustomCursor(CBitmap* bitmap, const CPoint& hotSpot) override
     {
-        cairo_surface_t* s = bitmap->getCairoSurface();
+        // The picture at the window's scale: whole factors by repeating
+        // pixels, so that the cursor stays sharp.
+        const double scale = zoom / bitmap->getScaleFactor();
+        const int w = std::max(1, pixels(bitmap->getWidth(), zoom));
+        const int h = std::max(1, pixels(bitmap->getHeight(), zoom));
+        cairo_surface_t* s = cairo_image_surface_create(CAIRO_FORMAT_ARGB32, w, h);
+        {
+            cairo_t* c = cairo_create(s);
+            cairo_scale(c, scale, scale);
+            cairo_set_source_surface(c, bitmap->getCairoSurface(), 0, 0);
+            cairo_pattern_set_filter(cairo_get_source(c),
+                                     scale == std::floor(scale) ? CAIRO_FILTER_NEAREST : CAIRO_FILTER_GOOD);
+            cairo_set_operator(c, CAIRO_OPERATOR_SOURCE);
+            cairo_paint(c);
+            cairo_destroy(c);
+        }
         cairo_surface_flush(s);
-        const int w = cairo_image_surface_get_width(s);
-        const int h = cairo_image_surface_get_height(s);
         XcursorImage* image = XcursorImageCreate(w, h);
-        if (!image) return;
-        image->xhot = XcursorDim(hotSpot.x < 0 ? 0 : (hotSpot.x >= w ? w - 1 : hotSpot.x));
-        image->yhot = XcursorDim(hotSpot.y < 0 ? 0 : (hotSpot.y >= h ? h - 1 : hotSpot.y));
+        if (!image) {
+            cairo_surface_destroy(s);
+            return;
+        }
+        const int hx = int(hotSpot.x * zoom), hy = int(hotSpot.y * zoom);
+        image->xhot = XcursorDim(hx < 0 ? 0 : (hx >= w ? w - 1 : hx));
+        image->yhot = XcursorDim(hy < 0 ? 0 : (hy >= h ? h - 1 : hy));
         const unsigned char* data = cairo_image_surface_get_data(s);
         const int stride = cairo_image_surface_get_stride(s);
         for (int y = 0; y < h; ++y) {
             const auto* row = reinterpret_cast<const uint32_t*>(data + y * stride);
             for (int x = 0; x < w; ++x) image->pixels[y * w + x] = row[x];
         }
+        cairo_surface_destroy(s);
         Cursor cursor = XcursorImageLoadCursor(display, image);
         XcursorImageDestroy(image);
         if (!cursor) return;
@@ -348,7 +384,7 @@ public:
         int rootX, rootY, x, y;
         unsigned int mask;
         if (!XQueryPointer(display, window, &root, &child, &rootX, &rootY, &x, &y, &mask)) return false;
-        where = CPoint(x, y);
+        where = CPoint(x / zoom, y / zoom);
         return x >= 0 && y >= 0 && x < width && y < height;
     }
 
@@ -405,14 +441,15 @@ private:
     {
         switch (e.type) {
             case Expose:
-                frame->invalidRect(CRect(e.xexpose.x, e.xexpose.y, e.xexpose.x + e.xexpose.width,
-                                         e.xexpose.y + e.xexpose.height));
+                frame->invalidRect(CRect(e.xexpose.x / zoom, e.xexpose.y / zoom,
+                                         (e.xexpose.x + e.xexpose.width) / zoom,
+                                         (e.xexpose.y + e.xexpose.height) / zoom));
                 break;
             case ConfigureNotify:
                 if (e.xconfigure.window == window &&
                     (e.xconfigure.width != width || e.xconfigure.height != height)) {
                     resizeBuffers(e.xconfigure.width, e.xconfigure.height);
-                    frame->platformOnSize(e.xconfigure.width, e.xconfigure.height);
+                    frame->platformOnSize(e.xconfigure.width / zoom, e.xconfigure.height / zoom);
                 }
                 break;
             case ButtonPress: onButtonPress(e.xbutton); break;
@@ -421,19 +458,19 @@ private:
                 // Only the latest of a run of moves matters.
                 while (XCheckTypedWindowEvent(display, window, MotionNotify, &e)) {
                 }
-                CPoint where(e.xmotion.x, e.xmotion.y);
+                CPoint where(e.xmotion.x / zoom, e.xmotion.y / zoom);
                 frame->platformOnMouseMoved(where, heldButtons(e.xmotion.state) | modifierButtons(e.xmotion.state));
                 break;
             }
             case EnterNotify: {
-                CPoint where(e.xcrossing.x, e.xcrossing.y);
+                CPoint where(e.xcrossing.x / zoom, e.xcrossing.y / zoom);
                 frame->platformOnMouseMoved(where,
                                             heldButtons(e.xcrossing.state) | modifierButtons(e.xcrossing.state));
                 break;
             }
             case LeaveNotify:
                 if (e.xcrossing.mode == NotifyNormal) {
-                    CPoint where(e.xcrossing.x, e.xcrossing.y);
+                    CPoint where(e.xcrossing.x / zoom, e.xcrossing.y / zoom);
                     frame->platformOnMouseExited(where, modifierButtons(e.xcrossing.state));
                 }
                 break;
@@ -446,7 +483,7 @@ private:
 
     void onButtonPress(XButtonEvent& b)
     {
-        CPoint where(b.x, b.y);
+        CPoint where(b.x / zoom, b.y / zoom);
         const int32_t modifiers = modifierButtons(b.state);
         if (b.button >= 4 && b.button <= 7) {
             const bool horizontal = b.button >= 6;
@@ -476,7 +513,7 @@ private:
     {
         const int32_t button = buttonOf(b.button);
         if (!button) return;
-        CPoint where(b.x, b.y);
+        CPoint where(b.x / zoom, b.y / zoom);
         frame->platformOnMouseUp(where, button | modifierButtons(b.state));
     }
 
@@ -509,8 +546,9 @@ private:
     CFrame* frame;
     Display* display;
     ::Window window;
-    int width;
+    int width;  // of the window and its picture, in pixels
     int height;
+    double zoom;  // pixels per unit of the frame
     GC gc = nullptr;
     cairo_surface_t* backBuffer = nullptr;
     Linux::IRunLoop* runLoop = nullptr;

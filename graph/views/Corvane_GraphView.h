@@ -1,0 +1,164 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "Common_VST3/VSTGUI4_ScrollableView.h"
+
+class TrackedFrameArray;
+class Corvane_CursorSet;
+
+// The base of the time-based graph views: a scrolling view of the tracked
+// frames. Document X counts frames, document Y counts 3600 - cents, so that
+// 0 is the top of the range (3600 cents) and the lowest pitch, -4100 cents,
+// lies at 7700. The picture lives in the inherited offscreen copy and is
+// drawn only by repaint (whole, or the columns of frames that changed);
+// `draw` copies it and lays the overlay on top. A drag that only shows
+// something (a zoom band) draws over a still snapshot of the picture,
+// `overlayOffscreen`, and never touches the frames.
+//
+// The frames are written by the audio thread while it tracks; the view
+// reads them without a lock (TrackedFrameArray keeps each word whole) and
+// learns of changed frames from the array's dirty range on each tick.
+//
+// Every operation: interface thread.
+class Corvane_GraphView : public VSTGUI4_ScrollableView {
+public:
+    // Highest and lowest pitch of the document, cents.
+    static constexpr int32_t topCents = 3600;
+    static constexpr int32_t bottomCents = -4100;
+    static constexpr int64_t documentHeight = topCents - bottomCents;
+    // Height of the time labels' band at the top of the view, pixels.
+    static constexpr int32_t rulerLabelBand = 12;
+
+    // The tools of the graph, as the "Tool" switch numbers them.
+    enum Tool : int32_t {
+        toolDrawLines = 0,
+        toolDrawCurves,
+        toolDrawNotes,
+        toolArrow,
+        toolScissors,
+        toolZoom,
+        toolIBeam,
+        toolHandScroll,
+        toolMovePoint,
+        toolMoveRegion,
+        toolCount
+    };
+    // Cursor kinds: the library's CCursorType values, and this for a custom
+    // cursor of Corvane_Cursors.h.
+    static constexpr uint32_t customCursorKind = 10;
+
+    explicit Corvane_GraphView(const VSTGUI::CRect& size);
+    ~Corvane_GraphView() override;
+
+    //--- What the view shows. Null frames give an empty document.
+    // `framesPerSecond` is the host's rate over samplesPerFrame; 0 leaves
+    // the ruler empty. The document's width becomes the array's capacity.
+    void setFrames(TrackedFrameArray* frames, int64_t samplesPerFrame, double sampleRate);
+    TrackedFrameArray* getFrames() const { return frameArray; }
+    double getFramesPerSecond() const;
+    // The tool that chooses the cursor and what a drag does.
+    void setTool(int32_t value);
+    int32_t getTool() const { return tool; }
+    // The ruler counts bars and beats instead of clock time.
+    void setShowingBarsAndBeats(bool state);
+    // The cursor pictures (may be null) and the user's choice of custom
+    // cursors; without them the frame keeps the system's cursors.
+    void setCursors(const Corvane_CursorSet* set, bool useCustom);
+    bool getUseCustomCursors() const { return useCustomCursors; }
+
+    //--- The editor's timer.
+    // Frames that changed since the last call (the array's dirty range) are
+    // drawn again where they are in sight; answers whether any were.
+    bool takeChangedFrames();
+    // The play position in frames: with `autoScroll` on and the position
+    // leaving the view, the view scrolls to keep it in sight.
+    void followPlayhead(int64_t frame, bool playing, bool autoScroll);
+    int64_t getPlayheadFrame() const { return playheadFrame; }
+    // A drag held outside the view scrolls on, a step per autoScrollInterval,
+    // even while the pointer stands still.
+    void continueDrag();
+
+    //--- Virtual operations for the views built on this one.
+    virtual bool isTimeControlOn() { return false; }
+    virtual bool isShowingBarsAndBeats() { return barsAndBeats; }
+    // Width and height of the view, pixels.
+    virtual VSTGUI::CPoint getGraphSize() { return VSTGUI::CPoint(int32_t(getWidth()), int32_t(getHeight())); }
+    virtual bool isPlaying() { return playing; }
+    // Scratch entries of the bars-and-beats ruler: bar, beat and pixel X.
+    struct Tick {
+        int32_t bar;
+        int32_t beat;
+        int32_t x;
+    };
+    std::vector<Tick>* getTickBuffer() { return &tickBuffer; }
+    // The cursor for the pointer at `where` (parent coordinates): `kind` a
+    // CCursorType or customCursorKind with `id`. Here by the tool alone.
+    virtual void getCursorAt(VSTGUI::CPoint where, VSTGUI::CButtonState buttons, uint32_t& kind, uint32_t& id);
+    // Drawn over the picture on every draw: the playhead here.
+    virtual void drawOverlay(VSTGUI::CDrawContext* context);
+    // The time ruler between columns left..right: ticks the height of the
+    // view and labels along the top, in clock time or in bars and beats.
+    virtual void drawRuler(VSTGUI::CDrawContext* context, bool drawTicks, bool drawLabels, int32_t left,
+                           int32_t right);
+    // Chooses the cursor for the pointer; unchanged choices are not sent
+    // again unless `force`.
+    void setCursor(VSTGUI::CPoint where, VSTGUI::CButtonState buttons, bool force);
+    uint32_t getLastCursorKind() const { return lastCursorKind; }
+    uint32_t getLastCursorId() const { return lastCursorId; }
+
+    //--- VSTGUI4_ScrollableView
+    void releaseOffscreens() override;
+    // Background, octave lines, the tracked input pitch and the ruler.
+    void drawContent(VSTGUI::CDrawContext* context, int32_t left, int32_t right) override;
+    // Vertical scrolls move the picture but not the ruler's labels, which
+    // stay along the top: their band is drawn again.
+    int32_t scrollUp(int32_t count = 0) override;
+    int32_t scrollDown(int32_t count = 0) override;
+    int32_t horizontalStep() override { return int32_t(getWidth() * 0.025 + 0.5); }
+    // Seven eighths of the width: a page keeps a strip of what was in sight.
+    int32_t horizontalPage() override { return int32_t(getWidth() * 7 / 8); }
+
+    //--- CView
+    void draw(VSTGUI::CDrawContext* context) override;
+    void drawRect(VSTGUI::CDrawContext* context, const VSTGUI::CRect& updateRect) override;
+    VSTGUI::CMouseEventResult onMouseDown(VSTGUI::CPoint& where, const VSTGUI::CButtonState& buttons) override;
+    VSTGUI::CMouseEventResult onMouseMoved(VSTGUI::CPoint& where, const VSTGUI::CButtonState& buttons) override;
+    VSTGUI::CMouseEventResult onMouseUp(VSTGUI::CPoint& where, const VSTGUI::CButtonState& buttons) override;
+    VSTGUI::CMouseEventResult onMouseEntered(VSTGUI::CPoint& where, const VSTGUI::CButtonState& buttons) override;
+    VSTGUI::CMouseEventResult onMouseExited(VSTGUI::CPoint& where, const VSTGUI::CButtonState& buttons) override;
+
+    CLASS_METHODS(Corvane_GraphView, VSTGUI4_ScrollableView)
+
+protected:
+    // One step of a rubber band: scrolls when the pointer left the view,
+    // puts the snapshot back over the picture and draws the band from
+    // mouseDownPoint to `where` on it. False when no band can be drawn.
+    bool dragBand(const VSTGUI::CPoint& where, const VSTGUI::CColor& colour);
+    // Draws the ruler's label band at the top of the picture again.
+    void repaintLabelBand();
+    // The picture made anew when the frame's content scale changed.
+    void followFrameScale();
+
+    TrackedFrameArray* frameArray = nullptr;
+    const Corvane_CursorSet* cursorBitmaps = nullptr;
+    VSTGUI::SharedPointer<VSTGUI::COffscreenContext> overlayOffscreen;
+    uint32_t lastCursorKind = 0;
+    uint32_t lastCursorId = 0;
+    VSTGUI::CButtonState lastButtons;
+    int64_t anchorFrame = 0;
+    std::vector<Tick> tickBuffer;
+    int64_t samplesPerFrame = 200;
+    double sampleRate = 0.0;
+    int32_t tool = toolDrawLines;
+    bool barsAndBeats = false;
+    bool useCustomCursors = true;
+    bool playing = false;
+    int64_t playheadFrame = 0;
+    bool cursorSent = false;
+};
+
+// Registers the creator of "Corvane_GraphView" (base
+// "VSTGUI4_ScrollableView") with the view factory; once per process.
+void Corvane_GraphView_register();
