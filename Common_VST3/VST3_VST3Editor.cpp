@@ -17,8 +17,25 @@ VST3_VST3Editor::~VST3_VST3Editor() = default;
 tresult PLUGIN_API VST3_VST3Editor::onSize(ViewRect* newSize)
 {
     const tresult result = VST3Editor::onSize(newSize);
-    if (result == kResultTrue && owner) owner->editorResized(newSize->getWidth(), newSize->getHeight());
+    if (result == kResultTrue && owner)
+        owner->editorResized(int32(newSize->getWidth() / contentScale + 0.5),
+                             int32(newSize->getHeight() / contentScale + 0.5));
     return result;
+}
+
+tresult PLUGIN_API VST3_VST3Editor::setContentScaleFactor(ScaleFactor factor)
+{
+    if (!(factor >= 0.25f && factor <= 8.f)) return kResultFalse;
+    if (double(factor) == contentScale) return kResultOk;
+    // The window keeps its size in units: its pixels follow the factor.
+    const double change = double(factor) / contentScale;
+    contentScale = double(factor);
+    ViewRect size(0, 0, int32(rect.getWidth() * change + 0.5), int32(rect.getHeight() * change + 0.5));
+    constrain(size);
+    if (plugFrame && isOpen() && plugFrame->resizeView(this, &size) == kResultTrue) return kResultOk;
+    rect = size;
+    fitFrame();
+    return kResultOk;
 }
 
 tresult PLUGIN_API VST3_VST3Editor::writeSnapshot(const char* pngPath, int32 width, int32 height,

@@ -228,7 +228,23 @@ VST3Editor::VST3Editor(Vst::EditController* controller, UTF8StringPtr templateNa
     maxSize = size;
     attributes->getPointAttribute("minSize", minSize);
     attributes->getPointAttribute("maxSize", maxSize);
+    naturalSize = size;
     rect = ViewRect(0, 0, int32(size.x), int32(size.y));
+}
+
+double VST3Editor::zoomFor(const ViewRect& r) const
+{
+    if (naturalSize.x <= 0 || naturalSize.y <= 0 || r.getWidth() <= 0 || r.getHeight() <= 0) return 1.0;
+    const double z = std::min(r.getWidth() / naturalSize.x, r.getHeight() / naturalSize.y);
+    return std::min(8.0, std::max(0.25, z));
+}
+
+void VST3Editor::fitFrame()
+{
+    if (!frame) return;
+    const double z = zoomFor(rect);
+    frame->setZoom(z);
+    frame->setSize(rect.getWidth() / z, rect.getHeight() / z);
 }
 
 VST3Editor::~VST3Editor()
@@ -239,7 +255,9 @@ VST3Editor::~VST3Editor()
 bool VST3Editor::open(void* parent, const PlatformType& type)
 {
     if (frame || !lastError.empty()) return false;
-    frame = new CFrame(CRect(0, 0, rect.getWidth(), rect.getHeight()), this);
+    const double zoom = zoomFor(rect);
+    frame = new CFrame(CRect(0, 0, rect.getWidth() / zoom, rect.getHeight() / zoom), this);
+    frame->setZoom(zoom);
     frame->registerViewAddedRemovedObserver(this);
     frame->registerMouseObserver(this);
     CView* view = description->createView(templateName.c_str(), this);
@@ -298,7 +316,7 @@ bool VST3Editor::exchangeView(UTF8StringPtr name)
     templateName = name;
     CPoint size;
     attributes->getPointAttribute("size", size);
-    minSize = maxSize = size;
+    minSize = maxSize = naturalSize = size;
     attributes->getPointAttribute("minSize", minSize);
     attributes->getPointAttribute("maxSize", maxSize);
     frame->removeAll(true);
@@ -313,10 +331,11 @@ void VST3Editor::constrain(ViewRect& r) const
 {
     int32 w = r.getWidth();
     int32 h = r.getHeight();
-    if (minSize.x > 0) w = std::max(w, int32(minSize.x));
-    if (minSize.y > 0) h = std::max(h, int32(minSize.y));
-    if (maxSize.x > 0) w = std::min(w, int32(maxSize.x));
-    if (maxSize.y > 0) h = std::min(h, int32(maxSize.y));
+    const double s = contentScale;
+    if (minSize.x > 0) w = std::max(w, int32(std::ceil(minSize.x * s - 1e-6)));
+    if (minSize.y > 0) h = std::max(h, int32(std::ceil(minSize.y * s - 1e-6)));
+    if (maxSize.x > 0) w = std::min(w, int32(maxSize.x * s));
+    if (maxSize.y > 0) h = std::min(h, int32(maxSize.y * s));
     r.right = r.left + w;
     r.bottom = r.top + h;
 }
@@ -373,7 +392,7 @@ tresult PLUGIN_API VST3Editor::onSize(ViewRect* newSize)
 {
     if (!newSize) return kInvalidArgument;
     rect = *newSize;
-    if (frame) frame->setSize(newSize->getWidth(), newSize->getHeight());
+    fitFrame();
     return kResultTrue;
 }
 

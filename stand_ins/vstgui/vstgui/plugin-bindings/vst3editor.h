@@ -147,8 +147,16 @@ public:
 protected:
     ~VST3Editor() override;
 
-    // The size of the template, limited by its minSize and maxSize.
+    // The size of the template, limited by its minSize and maxSize, both
+    // times the content scale.
     void constrain(Steinberg::ViewRect& rect) const;
+    // The frame's zoom for the window's size in pixels: the template's own
+    // size scaled as large as the window holds it, so that the panel fills
+    // the window the host gives (all but a band along one side when the
+    // proportions differ).
+    double zoomFor(const Steinberg::ViewRect& rect) const;
+    // The frame takes the window's size: the zoom, then the size in units.
+    void fitFrame();
     ParameterChangeListener* listenerOf(int32_t tag) const;
     void bindControl(CControl* control);
     void unbindControl(CControl* control);
@@ -161,6 +169,11 @@ protected:
     std::string lastError;
     CPoint minSize;
     CPoint maxSize;
+    // The template's own size, in units.
+    CPoint naturalSize;
+    // Pixels per unit the host asks for (IPlugViewContentScaleSupport);
+    // the window's limits and the size the editor asks for follow it.
+    double contentScale = 1.0;
     std::map<int32_t, ParameterChangeListener*> listeners;
     Steinberg::Timer* timer = nullptr;
     COptionMenu* contextMenu = nullptr;

@@ -277,7 +277,11 @@ public:
         if (rects.empty()) return;
         {
             CDrawContext context(backBuffer, CRect(0, 0, width, height), zoom);
-            for (const CRect& r : rects) {
+            for (CRect& r : rects) {
+                // Whole pixels, so that a part drawn alone matches the
+                // same part of a drawing of the whole window.
+                r = CRect(std::floor(r.left * zoom) / zoom, std::floor(r.top * zoom) / zoom,
+                          std::ceil(r.right * zoom) / zoom, std::ceil(r.bottom * zoom) / zoom);
                 context.resetClipRect();
                 context.setClipRect(r);
                 context.clearRect(r);
@@ -293,8 +297,8 @@ public:
                                      cairo_image_surface_get_stride(backBuffer));
         if (image) {
             for (const CRect& r : rects) {
-                CRect b(std::floor(r.left * zoom), std::floor(r.top * zoom), std::ceil(r.right * zoom),
-                        std::ceil(r.bottom * zoom));
+                CRect b(std::round(r.left * zoom), std::round(r.top * zoom), std::round(r.right * zoom),
+                        std::round(r.bottom * zoom));
                 b.bound(CRect(0, 0, width, height));
                 if (b.isEmpty()) continue;
                 XPutImage(display, window, gc, image, int(b.left), int(b.top), int(b.left), int(b.top),
