@@ -39,6 +39,7 @@
 #include <X11/Xutil.h>
 #include <X11/XKBlib.h>
 #include <X11/extensions/XTest.h>
+#include <X11/extensions/Xfixes.h>
 
 using namespace Steinberg;
 using Vst::ParamID;
@@ -1105,4 +1106,137 @@ TEST_F(EditorModuleX11, AMissingDataFolderFlashesItsButtonUntilFindBringsTheTake
     }
     EXPECT_EQ(bad, 0);
     std::system(("rm -rf '" + moved + "'").c_str());
+}
+
+namespace {
+
+// What the screen shows along a row or down a column of the graph: the
+// offsets at which a colour stands.
+std::vector<int> offsetsOf(const Picture& strip, uint32_t colour)
+{
+    std::vector<int> found;
+    for (int i = 0; i < strip.width * strip.height; ++i)
+        if ((strip.pixels[size_t(i)] & 0xffffff) == colour) found.push_back(i);
+    return found;
+}
+
+constexpr uint32_t tickColour = 0x808080;    // the ruler's lines
+constexpr uint32_t octaveColour = 0xd0d0d8;  // a line at every C
+
+} // namespace
+
+TEST_F(EditorModuleX11, TheThumbTheWheelAndTheZoomButtonsMoveWhatTheGraphShows)
+{
+    EmbeddedEditor host;
+    ASSERT_TRUE(host.plugin.ok()) << host.plugin.error;
+    ASSERT_TRUE(host.plugin.setText("Correction Mode", "Graph"));
+    ASSERT_TRUE(host.attach(display, 0, 0));
+    const UiView* graph = layout().find("Corvane_MainGraphView");
+    const UiView* bar = layout().find("HorizontalScrollbar");
+    const UiView* zoomOut = layout().find("VZoomOutButton");
+    ASSERT_TRUE(graph && bar && zoomOut);
+    const Rect g = graph->rect;
+    // Ticks along the bottom row; C lines down a column left of every tick.
+    auto ticks = [&] { return offsetsOf(grab(host.frame.window, Rect{g.x, g.y + g.height - 1, g.width, 1}), tickColour); };
+    auto cLines = [&] { return offsetsOf(grab(host.frame.window, Rect{g.x + 3, g.y, 1, g.height}), octaveColour); };
+    // The thumb's left edge: the first pixel of the track unlike its end.
+    auto thumbLeft = [&] {
+        const Picture row = grab(host.frame.window, Rect{bar->rect.x, bar->rect.y + bar->rect.height / 2, bar->rect.width, 1});
+        for (int x = 0; x < row.width; ++x)
+            if (row.at(x, 0) != row.at(row.width - 1, 0)) return x;
+        return -1;
+    };
+    // The graph opens with 900 cents at its middle and 4 cents a pixel:
+    // the C of 1200 cents lies (1200 - 900) / 4 pixels above the middle.
+    ASSERT_TRUE(pumpUntil([&] { return !cLines().empty(); }));
+    EXPECT_EQ(cLines(), std::vector<int>{g.height / 2 - 75});
+    const std::vector<int> before = ticks();
+    ASSERT_GE(before.size(), 2u);
+
+    // Wheel to the right (button 7): a step of 2.5 % of the width, 19 pixels.
+    moveTo(g.x + g.width / 2, g.y + g.height / 2);
+    pump(50);
+    XTestFakeButtonEvent(display, 7, True, 0);
+    XTestFakeButtonEvent(display, 7, False, 0);
+    XFlush(display);
+    std::vector<int> shifted;
+    for (int x : before)
+        if (x - 19 >= 0) shifted.push_back(x - 19);
+    EXPECT_TRUE(pumpUntil([&] { return ticks() == shifted; })) << "ticks first at " << ticks().front();
+
+    // Wheel down (button 5): one pixel, 4 cents; the line rises a pixel.
+    XTestFakeButtonEvent(display, 5, True, 0);
+    XTestFakeButtonEvent(display, 5, False, 0);
+    XFlush(display);
+    EXPECT_TRUE(pumpUntil([&] { return cLines() == std::vector<int>{g.height / 2 - 75 - 1}; }));
+
+    // V.Zoom Out: 8 cents a pixel about the middle, where 904 cents + 4
+    // stood: the C lines of 1200 and 0 cents at 600 / 8 and 1800 / 8.
+    moveTo(zoomOut->rect.x + zoomOut->rect.width / 2, zoomOut->rect.y + zoomOut->rect.height / 2);
+    pump(50);
+    button(true);
+    button(false);
+    EXPECT_TRUE(pumpUntil([&] { return cLines() == (std::vector<int>{75, 225}); })) << cLines().size();
+
+    // A drag on the thumb by 100 pixels moves it and the ruler with it.
+    const int left = thumbLeft();
+    ASSERT_GE(left, 0);
+    const std::vector<int> ruler = ticks();
+    moveTo(bar->rect.x + left + 5, bar->rect.y + bar->rect.height / 2);
+    pump(50);
+    button(true);
+    pump(30);
+    moveTo(bar->rect.x + left + 55, bar->rect.y + bar->rect.height / 2);
+    pump(30);
+    moveTo(bar->rect.x + left + 105, bar->rect.y + bar->rect.height / 2);
+    pump(50);
+    button(false);
+    EXPECT_TRUE(pumpUntil([&] { return std::abs(thumbLeft() - (left + 100)) <= 1; })) << thumbLeft();
+    EXPECT_NE(ticks(), ruler);
+}
+
+TEST_F(EditorModuleX11, TheCursorOverTheGraphIsTheTools)
+{
+    EmbeddedEditor host;
+    ASSERT_TRUE(host.plugin.ok()) << host.plugin.error;
+    ASSERT_TRUE(host.plugin.setText("Correction Mode", "Graph"));
+    ASSERT_TRUE(host.attach(display, 0, 0));
+    const UiView* graph = layout().find("Corvane_MainGraphView");
+    const UiView* tools = layout().find("GraphToolsSwitch");
+    ASSERT_TRUE(graph && tools);
+    int eventBase = 0, errorBase = 0;
+    ASSERT_TRUE(XFixesQueryExtension(display, &eventBase, &errorBase));
+    // Picks a tool on the switch (ten segments), then rests over the graph.
+    auto cursorOf = [&](int tool) {
+        const int segment = tools->rect.width / 10;
+        moveTo(tools->rect.x + segment * tool + segment / 2, tools->rect.y + tools->rect.height / 2);
+        pump(50);
+        button(true);
+        button(false);
+        pump(50);
+        moveTo(graph->rect.x + 200, graph->rect.y + 100);
+        pump(100);
+        std::vector<unsigned long> image;
+        if (XFixesCursorImage* c = XFixesGetCursorImage(display)) {
+            image.assign(c->pixels, c->pixels + size_t(c->width) * size_t(c->height));
+            image.push_back(c->width);
+            image.push_back(c->xhot);
+            XFree(c);
+        }
+        return image;
+    };
+    // The I-beam's own picture, 24 pixels square with its hot spot at the
+    // middle, as the bundle holds it.
+    const Picture ibeam = test_panel::readPNG(std::string(CORVANE_BUNDLE_PATH) + "/Contents/Resources/bmp09010.png");
+    ASSERT_EQ(ibeam.width, 24);
+    const std::vector<unsigned long> shown = cursorOf(6);
+    ASSERT_EQ(shown.size(), 24u * 24u + 2u);
+    EXPECT_EQ(shown[24 * 24], 24u);
+    EXPECT_EQ(shown[24 * 24 + 1], 12u);
+    long alike = 0;
+    for (int i = 0; i < 24 * 24; ++i) alike += (uint32_t(shown[size_t(i)]) == ibeam.pixels[size_t(i)]);
+    EXPECT_EQ(alike, 24 * 24) << "the I-beam tool shows its own picture";
+    // The hand scroll tool shows the system's hand instead.
+    EXPECT_NE(cursorOf(7), shown);
+    EXPECT_EQ(cursorOf(6), shown);
 }
