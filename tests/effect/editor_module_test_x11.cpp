@@ -22,6 +22,7 @@
 #include "panel/Corvane_KeyboardGeometry.h"
 #include "panel/Corvane_ScalesListLayout.h"
 #include "pluginterfaces/gui/iplugview.h"
+#include "pluginterfaces/gui/iplugviewcontentscalesupport.h"
 #include "pluginterfaces/vst/ivsteditcontroller.h"
 #include "support/editor_host.h"
 #include "support/host_run_loop.h"
@@ -1239,4 +1240,74 @@ TEST_F(EditorModuleX11, TheCursorOverTheGraphIsTheTools)
     // The hand scroll tool shows the system's hand instead.
     EXPECT_NE(cursorOf(7), shown);
     EXPECT_EQ(cursorOf(6), shown);
+}
+
+TEST_F(EditorModuleX11, AtTheHostsContentScaleThePanelFillsItsWindowAndShowsWhatItDrawsOffscreen)
+{
+    // At scale 1 the template's own picture; at 1.5 and 2 the window is
+    // that much larger and every flat part of the panel (a pixel whose
+    // neighbours share its colour) shows there at its scaled place.
+    PluginInstance plain;
+    ASSERT_TRUE(plain.ok()) << plain.error;
+    ASSERT_EQ(plain.snapshot(folder + "/scale-1.png"), kResultOk);
+    const Picture one = test_panel::readPNG(folder + "/scale-1.png");
+    const Rect panel = layout().templateRect();
+    ASSERT_EQ(one.width, panel.width);
+    for (double scale : {1.0, 1.5, 2.0}) {
+        EmbeddedEditor host;
+        ASSERT_TRUE(host.plugin.ok()) << host.plugin.error;
+        host.view = host.plugin.createView();
+        ASSERT_TRUE(host.view);
+        IPlugViewContentScaleSupport* support = nullptr;
+        ASSERT_EQ(host.view->queryInterface(INLINE_UID_OF(IPlugViewContentScaleSupport), reinterpret_cast<void**>(&support)),
+                  kResultOk);
+        EXPECT_EQ(support->setContentScaleFactor(float(scale)), kResultOk);
+        support->release();
+        ViewRect size;
+        host.view->getSize(&size);
+        const int width = int(panel.width * scale + 0.5), height = int(panel.height * scale + 0.5);
+        EXPECT_EQ(size.getWidth(), width) << scale;
+        EXPECT_EQ(size.getHeight(), height) << scale;
+
+        const std::string path = folder + "/scaled.png";
+        ASSERT_EQ(PluginInstance::snapshotOf(host.view.get(), path.c_str(), 0, 0, nullptr), kResultOk);
+        const Picture scaled = test_panel::readPNG(path);
+        ASSERT_EQ(scaled.width, width);
+        ASSERT_EQ(scaled.height, height);
+        long flat = 0, unlike = 0;
+        for (int y = 1; y + 1 < one.height; y += 7) {
+            for (int x = 1; x + 1 < one.width; x += 7) {
+                const uint32_t c = one.at(x, y);
+                bool same = true;
+                for (int dy = -1; dy <= 1; ++dy)
+                    for (int dx = -1; dx <= 1; ++dx) same = same && one.at(x + dx, y + dy) == c;
+                if (!same) continue;
+                ++flat;
+                const uint32_t d = scaled.at(int((x + 0.5) * scale), int((y + 0.5) * scale));
+                auto near = [](uint32_t a, uint32_t b, int shift) {
+                    return std::abs(int((a >> shift) & 255) - int((b >> shift) & 255)) <= 12;
+                };
+                if (!(near(c, d, 0) && near(c, d, 8) && near(c, d, 16))) ++unlike;
+            }
+        }
+        EXPECT_GT(flat, 1000);
+        EXPECT_LT(unlike, flat / 100) << "at scale " << scale << " of " << flat;
+
+        // In a host window of the scaled size, the screen shows the picture.
+        if (scale == 1.0) continue;
+        host.frame.display = display;
+        host.frame.window = XCreateSimpleWindow(display, DefaultRootWindow(display), 0, 0, unsigned(width),
+                                                unsigned(height), 0, 0, 0);
+        XMapWindow(display, host.frame.window);
+        XSync(display, False);
+        ASSERT_EQ(host.view->setFrame(&host.frame), kResultOk);
+        ASSERT_EQ(host.view->attached(reinterpret_cast<void*>(host.frame.window), kPlatformTypeX11EmbedWindowID),
+                  kResultTrue);
+        Picture screen;
+        pumpUntil([&] {
+            screen = grab(host.frame.window, scaled.whole());
+            return test_panel::differingPixels(screen, scaled, scaled.whole()) == 0;
+        });
+        EXPECT_EQ(test_panel::differingPixels(screen, scaled, scaled.whole()), 0) << "at scale " << scale;
+    }
 }
