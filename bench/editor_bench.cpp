@@ -5,9 +5,13 @@
 
 #include <benchmark/benchmark.h>
 
+#include <cmath>
+#include <memory>
 #include <string>
 
 #include "effect/Corvane_SingleComponentEffect.h"
+#include "graph/model/TrackedFrameArray.h"
+#include "graph/views/Corvane_GraphView.h"
 #include "vstgui/lib/cbitmap.h"
 #include "vstgui/lib/cframe.h"
 #include "vstgui/lib/coffscreencontext.h"
@@ -90,7 +94,123 @@ void editor_full_redraw(benchmark::State& state)
     }
 }
 
+// A three-hour take at 44.1 kHz, 200 samples a frame: a voice gliding and
+// wobbling, with a pause of 0.2 s every 2 s and a beat every half second.
+constexpr double takeRate = 44100.0;
+constexpr int64_t takeFrameSamples = 200;
+
+TrackedFrameArray& threeHourTake()
+{
+    static TrackedFrameArray* frames = [] {
+        auto* f = new TrackedFrameArray();
+        const int64_t count = int64_t(3 * 3600 * takeRate / takeFrameSamples);
+        f->allocate(count);
+        for (int64_t i = 0; i < count; ++i) {
+            TrackedFrame frame;
+            frame.minSample = -0.4f;
+            frame.maxSample = 0.4f;
+            if (i % 441 >= 44) {
+                const int32_t cents = int32_t(900 + 400 * std::sin(double(i) / 300.0) + 30 * std::sin(double(i) / 7.0));
+                frame.centsA = cents;
+                frame.centsB = cents + 2;
+            }
+            f->putAll(i, frame);
+            if (i % 110 == 0) f->putBarBeat(i, int32_t(i / 440) + 1, uint8_t(i % 440 / 110 + 1));
+        }
+        f->extendTracked(count);
+        return f;
+    }();
+    return *frames;
+}
+
+// A graph of the size over the take, its picture drawn; zoom 0 shows the
+// whole take across the width.
+std::unique_ptr<Corvane_GraphView> graphOverTake(int width, int height, int zoom, bool byCopy)
+{
+    auto view = std::make_unique<Corvane_GraphView>(VSTGUI::CRect(0, 0, width, height));
+    TrackedFrameArray& take = threeHourTake();
+    const double zoomX = zoom > 0 ? zoom : std::ceil(double(take.frameCount()) / width);
+    view->setZoom({zoomX, 4.0});
+    view->setFrames(&take, takeFrameSamples, takeRate);
+    view->setScrollOffset({0.0, 2700.0 - height * 2.0});
+    view->setScrollByCopy(byCopy);
+    view->refresh(false, false, false);
+    return view;
+}
+
+void graph_full_redraw(benchmark::State& state)
+{
+    auto view = graphOverTake(int(state.range(0)), int(state.range(1)), int(state.range(2)), true);
+    for (auto _ : state) {
+        view->refresh(false, false, false);
+        benchmark::ClobberMemory();
+    }
+}
+
+// Scrolls by a pixel (moving the picture, drawing one column) or by a
+// page (drawing it all), turning back at the ends of the take.
+void graph_scroll(benchmark::State& state)
+{
+    const bool page = state.range(2) != 0;
+    auto view = graphOverTake(int(state.range(0)), int(state.range(1)), 1, true);
+    bool right = true;
+    for (auto _ : state) {
+        int32_t moved = page ? (right ? view->pageRight() : view->pageLeft())
+                             : (right ? view->scrollRight(1) : view->scrollLeft(1));
+        if (moved == 0) right = !right;
+        benchmark::ClobberMemory();
+    }
+}
+
+// One tick of the panel's timer in Graph mode while the graph follows the
+// play position a pixel a tick, with the part of the window it changed
+// drawn, as the window's update does.
+void editor_timer_tick_scrolling(benchmark::State& state)
+{
+    OpenEditor open;
+    Corvane_GraphView* canvas =
+        open.editor ? open.effect->getEditorPresenter().getViewRegistry().graphCanvas : nullptr;
+    if (canvas == nullptr) {
+        state.SkipWithError("the editor or its graph cannot be opened: is the bundle built?");
+        return;
+    }
+    canvas->setFrames(&threeHourTake(), takeFrameSamples, takeRate);
+    canvas->setScrollByCopy(true);
+    VSTGUI::CFrame* frame = open.editor->getFrame();
+    auto picture = VSTGUI::owned(new VSTGUI::CBitmap(frame->getWidth(), frame->getHeight()));
+    VSTGUI::COffscreenContext context(picture.get());
+    VSTGUI::CRect area = canvas->getViewSize();
+    VSTGUI::CPoint corner = area.getTopLeft();
+    canvas->localToFrame(corner);
+    area.moveTo(corner);
+    int64_t playhead = int64_t(canvas->getWidth() * 0.9);
+    for (auto _ : state) {
+        canvas->followPlayhead(playhead++, true, false);
+        canvas->scrollRight(1);
+        open.effect->onTimer();
+        context.beginDraw();
+        frame->drawRect(&context, area);
+        context.endDraw();
+        benchmark::ClobberMemory();
+    }
+}
+
 } // namespace
 
+BENCHMARK(graph_full_redraw)
+    ->ArgNames({"width", "height", "zoom"})
+    ->Args({850, 630, 1})
+    ->Args({1920, 1080, 1})
+    ->Args({850, 630, 0})
+    ->Args({1920, 1080, 0})
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK(graph_scroll)
+    ->ArgNames({"width", "height", "page"})
+    ->Args({850, 630, 0})
+    ->Args({1920, 1080, 0})
+    ->Args({850, 630, 1})
+    ->Args({1920, 1080, 1})
+    ->Unit(benchmark::kMicrosecond);
+BENCHMARK(editor_timer_tick_scrolling)->Unit(benchmark::kMicrosecond);
 BENCHMARK(editor_timer_tick_idle)->Unit(benchmark::kMicrosecond);
 BENCHMARK(editor_full_redraw)->ArgNames({"width", "height"})->Args({850, 630})->Unit(benchmark::kMillisecond);
