@@ -179,3 +179,39 @@ TEST(VstguiDrawing, OffscreenPicturesHaveTheAskedSizeAndPixelAccessWritesStraigh
     EXPECT_EQ(pixel(bitmap, 3, 3), CColor(200, 100, 50, 255));
     EXPECT_EQ(CBitmapPixelAccess::create(nullptr), nullptr);
 }
+
+TEST(VstguiDrawing, AtAScaleFactorUnitsAreThatManyPixelsAndPicturesOfOneScaleCopyPixelForPixel)
+{
+    // 20 x 10 units at 2 pixels a unit: 40 x 20 pixels.
+    auto a = owned(COffscreenContext::create(nullptr, 20, 10, 2.0));
+    auto b = owned(COffscreenContext::create(nullptr, 20, 10, 2.0));
+    ASSERT_TRUE(a && b);
+    EXPECT_EQ(a->getBitmap()->getSize(), CPoint(20, 10));
+    auto* access = CBitmapPixelAccess::create(a->getBitmap());
+    ASSERT_NE(access, nullptr);
+    EXPECT_EQ(access->getBitmapWidth(), 40u);
+    access->forget();
+    a->beginDraw();
+    a->setFillColor(kWhiteCColor);
+    a->drawRect(CRect(0, 0, 20, 10), kDrawFilled);
+    a->setDrawMode(kAliasing);
+    // A one-unit line along row 3 covers pixel rows 6 and 7; like every
+    // line of an odd width it lies half a unit on, here from 2.5 to 5.5
+    // units: pixel columns 5..10.
+    a->setFrameColor(kBlackCColor);
+    a->drawLine(CPoint(2, 3), CPoint(5, 3));
+    a->endDraw();
+    for (int y : {5, 6, 7, 8}) {
+        std::string row;
+        for (int x = 2; x < 12; ++x) row += pixel(a, x, y) == kWhiteCColor ? '.' : '#';
+        EXPECT_EQ(row, (y == 6 || y == 7) ? "...######." : "..........") << "pixel row " << y;
+    }
+    // Moved by 1.5 units: 3 pixels, with nothing smeared.
+    b->beginDraw();
+    a->copyFrom(b, CRect(1.5, 0, 20, 10));
+    b->endDraw();
+    EXPECT_EQ(pixel(b, 7, 6), kWhiteCColor);
+    EXPECT_EQ(pixel(b, 8, 6), kBlackCColor);
+    EXPECT_EQ(pixel(b, 13, 7), kBlackCColor);
+    EXPECT_EQ(pixel(b, 14, 7), kWhiteCColor);
+}
