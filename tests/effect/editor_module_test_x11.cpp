@@ -954,11 +954,9 @@ std::string readText(const std::string& path)
 // new window size saved is asked of the host.
 TEST_F(EditorModuleX11, TheOptionsDialogRefusesBadValuesSavesGoodOnesAndEscapeCancels)
 {
-    const char* configBefore = std::getenv("XDG_CONFIG_HOME");
-    const std::string before = configBefore ? configBefore : "";
-    const std::string config = folder + "/config";
-    ::setenv("XDG_CONFIG_HOME", config.c_str(), 1);
-    const std::string file = config + "/Halvorne Audio Technologies/Corvane+Time VST.txt";
+    // The test process's own preferences folder.
+    const std::string file =
+        std::string(std::getenv("XDG_CONFIG_HOME")) + "/Halvorne Audio Technologies/Corvane+Time VST.txt";
     std::remove(file.c_str());
     EmbeddedEditor host;
     ASSERT_TRUE(host.plugin.ok()) << host.plugin.error;
@@ -1017,8 +1015,6 @@ TEST_F(EditorModuleX11, TheOptionsDialogRefusesBadValuesSavesGoodOnesAndEscapeCa
     const std::string text = readText(file);
     EXPECT_NE(text.find("\n7\t(max undos 1..20)\n"), std::string::npos) << text;
     EXPECT_NE(text.find("\n240\t(buffer size 10..10800)\n"), std::string::npos) << "the other lines as they were";
-    if (configBefore) ::setenv("XDG_CONFIG_HOME", before.c_str(), 1);
-    else ::unsetenv("XDG_CONFIG_HOME");
 }
 
 // A session whose data folder was renamed opens with the data folder button
