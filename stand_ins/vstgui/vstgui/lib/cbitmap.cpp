@@ -25,8 +25,9 @@ CBitmap::CBitmap(const CResourceDescription& desc) : resourceDesc(desc)
 
 CBitmap::CBitmap(CCoord width, CCoord height, double scale) : scaleFactor(scale > 0 ? scale : 1.0)
 {
-    const int w = int(std::ceil(width * scaleFactor - 1e-9));
-    const int h = int(std::ceil(height * scaleFactor - 1e-9));
+    // A hundredth of a pixel beyond a whole number counts as that number.
+    const int w = int(std::ceil(width * scaleFactor - 0.01));
+    const int h = int(std::ceil(height * scaleFactor - 0.01));
     if (w <= 0 || h <= 0) return;
     cairo_surface_t* s = cairo_image_surface_create(CAIRO_FORMAT_ARGB32, w, h);
     if (cairo_surface_status(s) != CAIRO_STATUS_SUCCESS) {

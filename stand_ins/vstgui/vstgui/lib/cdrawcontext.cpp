@@ -243,7 +243,7 @@ void CDrawContext::drawRect(const CRect& rect, const CDrawStyle drawStyle)
     r.normalize();
     DrawScope scope(*this);
     if (drawStyle != kDrawStroke) {
-        cairo_rectangle(cr, r.left, r.top, r.getWidth(), r.getHeight());
+        pixelRectangle(r);
         CairoSupport::setSourceColor(cr, state.fillColor, state.globalAlpha);
         cairo_fill(cr);
     }
@@ -324,8 +324,19 @@ void CDrawContext::clearRect(const CRect& rect)
 {
     DrawScope scope(*this);
     cairo_set_operator(cr, CAIRO_OPERATOR_CLEAR);
-    cairo_rectangle(cr, rect.left, rect.top, rect.getWidth(), rect.getHeight());
+    pixelRectangle(rect);
     cairo_fill(cr);
+}
+
+void CDrawContext::pixelRectangle(const CRect& rect)
+{
+    CRect r = state.transform.transform(rect);
+    r = CRect(std::round(r.left), std::round(r.top), std::round(r.right), std::round(r.bottom));
+    cairo_matrix_t user;
+    cairo_get_matrix(cr, &user);
+    cairo_identity_matrix(cr);
+    cairo_rectangle(cr, r.left, r.top, r.getWidth(), r.getHeight());
+    cairo_set_matrix(cr, &user);
 }
 
 void CDrawContext::drawBitmap(CBitmap* bitmap, const CRect& dest, const CPoint& offset, float alpha)
@@ -357,11 +368,22 @@ void CDrawContext::paintBitmap(CBitmap* bitmap, const CRect& dest, const CPoint&
         CRect limit(dest.left, dest.top, dest.left - offset.x + bitmap->getWidth(),
                     dest.top - offset.y + bitmap->getHeight());
         limit.bound(dest);
-        cairo_rectangle(cr, limit.left, limit.top, limit.getWidth(), limit.getHeight());
+        // On whole pixels of the surface, so that a picture's edge is
+        // drawn alike whether the picture is drawn whole or in parts.
+        CRect pixels = state.transform.transform(limit);
+        pixels = CRect(std::round(pixels.left), std::round(pixels.top), std::round(pixels.right),
+                       std::round(pixels.bottom));
+        cairo_matrix_t user;
+        cairo_get_matrix(cr, &user);
+        cairo_identity_matrix(cr);
+        cairo_rectangle(cr, pixels.left, pixels.top, pixels.getWidth(), pixels.getHeight());
         cairo_clip(cr);
+        cairo_set_matrix(cr, &user);
         cairo_set_source_surface(cr, source, dest.left - offset.x, dest.top - offset.y);
         // The picture's pixels per unit: a picture of the context's own
-        // factor lands pixel for pixel.
+        // factor lands pixel for pixel, and other scales take each pixel
+        // of the nearest: sharp, and alike whether the picture is drawn
+        // whole or in parts.
         const double b = bitmap->getScaleFactor();
         if (b != 1.0) {
             cairo_matrix_t m;
@@ -369,9 +391,7 @@ void CDrawContext::paintBitmap(CBitmap* bitmap, const CRect& dest, const CPoint&
             cairo_matrix_translate(&m, -(dest.left - offset.x), -(dest.top - offset.y));
             cairo_pattern_set_matrix(cairo_get_source(cr), &m);
         }
-        const double ratio = scaleFactor / b;
-        cairo_pattern_set_filter(cairo_get_source(cr),
-                                 ratio == std::floor(ratio) ? CAIRO_FILTER_NEAREST : CAIRO_FILTER_GOOD);
+        cairo_pattern_set_filter(cairo_get_source(cr), CAIRO_FILTER_NEAREST);
         cairo_set_operator(cr, cairo_operator_t(cairoOperator));
         const double a = double(alpha) * state.globalAlpha;
         if (a >= 1.0)

@@ -157,6 +157,9 @@ private:
     class DrawScope;
 
     void strokeSettings();
+    // Adds the rectangle to the path on whole pixels of the surface: filled
+    // areas keep sharp edges at any scale, drawn whole or in parts.
+    void pixelRectangle(const CRect& rect);
     // The shift that puts lines of an odd whole width on pixel centres.
     double lineOffset() const;
 

@@ -84,8 +84,27 @@ bool CFrame::setZoom(double factor)
     if (!(factor >= 0.25 && factor <= 8.0)) return false;
     if (factor == zoom) return true;
     zoom = factor;
-    if (platform) platform->setZoom(zoom);
+    if (platform) {
+        platform->setZoom(zoom);
+        platform->setSize(getWidth(), getHeight());
+    }
     // Pictures the views keep at the old scale are made anew.
+    invalid();
+    return true;
+}
+
+bool CFrame::setZoomAndSize(double factor, CCoord width, CCoord height)
+{
+    if (!(factor >= 0.25 && factor <= 8.0) || width <= 0 || height <= 0) return false;
+    const bool zoomed = factor != zoom;
+    zoom = factor;
+    if (platform && zoomed) platform->setZoom(zoom);
+    CRect r(0, 0, width, height);
+    if (r != size) {
+        CViewContainer::setViewSize(r, false);
+        mouseableArea = size;
+    }
+    if (platform) platform->setSize(width, height);
     invalid();
     return true;
 }

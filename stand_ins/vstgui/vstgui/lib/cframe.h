@@ -103,6 +103,8 @@ public:
     // at that many pixels per unit, pictures of the views included. False,
     // and no change, for a factor outside 0.25..8.
     bool setZoom(double factor);
+    // Both at once, so that the window is resized only once.
+    bool setZoomAndSize(double factor, CCoord width, CCoord height);
     double getZoom() const { return zoom; }
     void setViewSize(const CRect& rect, bool invalid = true) override;
 

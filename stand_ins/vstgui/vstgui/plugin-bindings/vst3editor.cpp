@@ -239,12 +239,23 @@ double VST3Editor::zoomFor(const ViewRect& r) const
     return std::min(8.0, std::max(0.25, z));
 }
 
+namespace {
+
+// A window's length in pixels as units of the zoom, to a 1024th: sums and
+// differences of such lengths are exact, so that views placed by the
+// container's growth land where a panel opened at that size puts them.
+CCoord unitsOf(int32 pixels, double zoom)
+{
+    return std::round(pixels / zoom * 1024.0) / 1024.0;
+}
+
+} // namespace
+
 void VST3Editor::fitFrame()
 {
     if (!frame) return;
     const double z = zoomFor(rect);
-    frame->setZoom(z);
-    frame->setSize(rect.getWidth() / z, rect.getHeight() / z);
+    frame->setZoomAndSize(z, unitsOf(rect.getWidth(), z), unitsOf(rect.getHeight(), z));
 }
 
 VST3Editor::~VST3Editor()
@@ -256,7 +267,7 @@ bool VST3Editor::open(void* parent, const PlatformType& type)
 {
     if (frame || !lastError.empty()) return false;
     const double zoom = zoomFor(rect);
-    frame = new CFrame(CRect(0, 0, rect.getWidth() / zoom, rect.getHeight() / zoom), this);
+    frame = new CFrame(CRect(0, 0, unitsOf(rect.getWidth(), zoom), unitsOf(rect.getHeight(), zoom)), this);
     frame->setZoom(zoom);
     frame->registerViewAddedRemovedObserver(this);
     frame->registerMouseObserver(this);

@@ -17,7 +17,7 @@ public:
     virtual void updateNow() = 0;
     // The frame's size in units; the window takes it times the zoom.
     virtual void setSize(CCoord width, CCoord height) = 0;
-    // Pixels per unit changed: the window and its picture follow.
+    // Pixels per unit changed; the frame sets the window's size next.
     virtual void setZoom(double zoom) = 0;
     virtual void setCursor(CCursorType type) = 0;
     virtual void setCustomCursor(CBitmap* bitmap, const CPoint& hotSpot) = 0;

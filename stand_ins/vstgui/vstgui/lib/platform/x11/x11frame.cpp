@@ -152,11 +152,18 @@ private:
 
 class X11Frame;
 
-// Whole pixels of a length in units at a zoom; a hair below a whole number
-// counts as that number.
+// Whole pixels of a length in units at a zoom; a hundredth of a pixel
+// beyond a whole number counts as that number.
 int pixels(double units, double zoom)
 {
-    return int(std::ceil(units * zoom - 1e-6));
+    return int(std::ceil(units * zoom - 0.01));
+}
+
+// A window's length in pixels as units, to a 1024th, as the editor sizes
+// its frame: sums and differences of such lengths are exact.
+double units(int pixels, double zoom)
+{
+    return std::round(pixels / zoom * 1024.0) / 1024.0;
 }
 
 // The object the run loop holds: it forwards to the window while that
@@ -320,11 +327,7 @@ public:
         XFlush(display);
     }
 
-    void setZoom(double z) override
-    {
-        zoom = z;
-        setSize(frame->getWidth(), frame->getHeight());
-    }
+    void setZoom(double z) override { zoom = z; }
 
     void setCursor(CCursorType type) override
     {
@@ -453,7 +456,7 @@ private:
                 if (e.xconfigure.window == window &&
                     (e.xconfigure.width != width || e.xconfigure.height != height)) {
                     resizeBuffers(e.xconfigure.width, e.xconfigure.height);
-                    frame->platformOnSize(e.xconfigure.width / zoom, e.xconfigure.height / zoom);
+                    frame->platformOnSize(units(e.xconfigure.width, zoom), units(e.xconfigure.height, zoom));
                 }
                 break;
             case ButtonPress: onButtonPress(e.xbutton); break;
