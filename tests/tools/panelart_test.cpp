@@ -5,7 +5,10 @@
 #include "support/tool_run.h"
 #include "Common_VST3/VSTGUI4_Controls.h"
 #include "effect/Corvane_Parameters.h"
+#include "Common_VST3/VSTGUI4_Scrollbars.h"
 #include "graph/views/Corvane_GraphContainerView.h"
+#include "graph/views/Corvane_CursorHotSpots.h"
+#include "graph/views/Corvane_GraphView.h"
 #include "panel/Corvane_KeyboardView.h"
 #include "panel/Corvane_MeterView.h"
 #include "panel/Corvane_ScalesListView.h"
@@ -167,6 +170,8 @@ struct EditorDescription : ::testing::Test {
     {
         VSTGUI4_registerControls();
         Corvane_GraphContainerView_register();
+        VSTGUI4_registerScrolling();
+        Corvane_GraphView_register();
         Corvane_KeyboardView_register();
         Corvane_ScalesListView_register();
         Corvane_MeterView_register();
@@ -329,6 +334,18 @@ TEST_F(EditorDescription, EveryPictureNamedIsDrawnShownAndShapedForItsView)
     }
     EXPECT_GT(strips, 20);
     EXPECT_GT(twoHalves, 30);
+    // The custom cursors are handed to the window, not shown by views: each
+    // is a picture of the cursors' size.
+    for (const Corvane_CursorHotSpot& h : corvaneCursorHotSpots) {
+        char name[32];
+        std::snprintf(name, sizeof name, "bmp%05u.png", unsigned(h.id));
+        shownFiles.insert(name);
+        auto cursor = owned(new CBitmap(CResourceDescription((pictureFolder() + "/" + name).c_str())));
+        ASSERT_TRUE(cursor->isLoaded()) << name;
+        const Image image(*cursor);
+        EXPECT_EQ(image.width, corvaneCursorSize) << name;
+        EXPECT_EQ(image.height, corvaneCursorSize) << name;
+    }
     EXPECT_EQ(std::vector<std::string>(shownFiles.begin(), shownFiles.end()), files_in(pictureFolder()))
         << "every picture is shown";
 }
