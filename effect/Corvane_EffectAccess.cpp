@@ -124,3 +124,10 @@ void Corvane_SingleComponentEffect::getPitchStatus(double& ratio, double& period
 {
     dspObject.get_status(&ratio, nullptr, &period, nullptr);
 }
+
+int64_t Corvane_SingleComponentEffect::getPlayFrame() const
+{
+    int64_t frame = 0;
+    dspObject.get_status(nullptr, &frame, nullptr, nullptr);
+    return frame;
+}

@@ -121,6 +121,8 @@ public:
     void getPitchStatus(double& ratio, double& period) const override;
     double getSampleRate() const override { return processSetup.sampleRate; }
     TrackedFrameArray* graphFrames() override { return &trackedFrames; }
+    int64_t getPlayFrame() const override;
+    void panelControlChanged(ParamID id) override { parameterChanged(getParameterObject(id)); }
     // The base's held-button repeats.
     void startAutoRepeat(Steinberg::int32 tag, Steinberg::int32 firstDelay, Steinberg::int32 interval) override
     {

@@ -370,10 +370,15 @@ void Corvane_EditorPresenter::onTimer(int32 tick)
     // Marks written by MIDI notes on the audio thread.
     if (effect.takeMidiMarksChanged()) showScaleMarks();
 
-    // The graph draws the frames the tracker wrote, and a drag held outside
-    // it scrolls on.
+    // The graph draws the frames the tracker wrote, follows the play
+    // position (the host plays while the engine's frame moves), and a drag
+    // held outside it scrolls on.
     if (auto* canvas = viewRegistry.graphCanvas) {
         canvas->takeChangedFrames();
+        const int64_t frame = effect.getPlayFrame();
+        auto* autoScroll = effect.panelParameter(corvane::kAutoScroll);
+        canvas->followPlayhead(frame, frame != lastPlayFrame, autoScroll && autoScroll->getNormalized() >= 0.5);
+        lastPlayFrame = frame;
         canvas->continueDrag();
     }
 

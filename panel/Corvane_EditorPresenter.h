@@ -173,4 +173,6 @@ private:
     // the next tick, outside the button's own event.
     bool optionsRequested = false;
     bool dataFolderRequested = false;
+    // The engine's frame at the last tick.
+    int64_t lastPlayFrame = 0;
 };

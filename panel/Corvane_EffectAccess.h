@@ -69,6 +69,11 @@ public:
     // The tracked frames, which the audio thread writes while it tracks
     // (null while the effect shows none), and host samples per frame.
     virtual TrackedFrameArray* graphFrames() { return nullptr; }
+    // A named control of the panel changed its parameter: the effect's own
+    // commands (the correction objects') run, then the presenter's dispatch.
+    virtual void panelControlChanged(Steinberg::Vst::ParamID id) = 0;
+    // The frame the engine is at: it moves while the host plays.
+    virtual int64_t getPlayFrame() const = 0;
     virtual int64_t getSamplesPerFrame() const { return 200; }
 
     //--- Held buttons. The action of `tag` repeats from the effect's timer

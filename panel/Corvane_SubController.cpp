@@ -198,7 +198,7 @@ CMessageResult Corvane_SubController::notify(CBaseObject* sender, IdStringPtr me
     auto* control = dynamic_cast<CControl*>(sender);
     if (control == nullptr) return kMessageUnknown;
     if (message == CControl::kMessageValueChanged) {
-        owner->parameterChanged(owner->getEffect().panelParameter(Steinberg::Vst::ParamID(control->getTag())));
+        owner->getEffect().panelControlChanged(Steinberg::Vst::ParamID(control->getTag()));
         return kMessageNotified;
     }
     if (message == CControl::kMessageBeginEdit) {

@@ -229,6 +229,33 @@ TEST(Panel, NamedViewsOfTheRightClassFillTheRegistryAndOthersStayNull)
                                                   "NumNotesKnob"}));
 }
 
+// The object commands' buttons act on the open panel as they do with the
+// panel closed: "Make Curves" over a tracked stretch makes a curve, and
+// "Undo" takes it away.
+TEST(Panel, ObjectButtonsOnThePanelEditTheObjects)
+{
+    Panel panel(nullptr);
+    ASSERT_TRUE(panel.open());
+    TrackedFrameArray& frames = panel.effect->frames();
+    for (int64_t i = 0; i < 400; ++i) {
+        TrackedFrame f = frames.get(i);
+        f.periodA = f.periodB = 200.0f;
+        f.centsA = f.centsB = 900 + int32_t(i % 40);
+        frames.putTracked(i, f);
+    }
+    frames.extendTracked(400);
+    auto* make = panel.named<VSTGUI::CControl>("MakeCurvesButton");
+    auto* undo = panel.named<VSTGUI::CControl>("UndoButton");
+    ASSERT_TRUE(make && undo);
+    ASSERT_TRUE(panel.effect->getObjectEditor().currentList().empty());
+    panel.gesture(make, 1.0f);
+    panel.gesture(make, 0.0f);
+    EXPECT_FALSE(panel.effect->getObjectEditor().currentList().empty());
+    panel.gesture(undo, 1.0f);
+    panel.gesture(undo, 0.0f);
+    EXPECT_TRUE(panel.effect->getObjectEditor().currentList().empty());
+}
+
 TEST(Panel, OnlyNamedControlsReachTheEffectsDispatch)
 {
     Panel panel;
