@@ -88,15 +88,22 @@ struct lanes;
 template <>
 struct lanes<2> {
     typedef double vec __attribute__((vector_size(16)));
-    typedef long long mask __attribute__((vector_size(16)));
-    static constexpr mask reverse = {1, 0};
 };
 template <>
 struct lanes<4> {
     typedef double vec __attribute__((vector_size(32)));
-    typedef long long mask __attribute__((vector_size(32)));
-    static constexpr mask reverse = {3, 2, 1, 0};
 };
+
+// Puts the lanes in the opposite order (GCC and clang both know
+// __builtin_shufflevector); by reference, so that no vector crosses a call.
+template <class vec>
+[[gnu::always_inline]] inline void reverse_lanes(vec& v) noexcept
+{
+    if constexpr (sizeof(vec) == 2 * sizeof(double))
+        v = __builtin_shufflevector(v, v, 1, 0);
+    else
+        v = __builtin_shufflevector(v, v, 3, 2, 1, 0);
+}
 
 // Four partial sums of V lanes each keep the adder busy; they are added
 // together at the end, then the remainder one by one.
@@ -198,12 +205,13 @@ template <int V>
     const vec vk = vec{} + k;
     int64_t j = 0;
     for (; 2 * (j + V) <= n; j += V) {
-        vec low, high_raw;
+        vec low, high;
         std::memcpy(&low, a + j, sizeof low);
-        std::memcpy(&high_raw, a + n - j - V, sizeof high_raw);
-        const vec high = __builtin_shuffle(high_raw, L::reverse);
+        std::memcpy(&high, a + n - j - V, sizeof high);
+        reverse_lanes(high);
         const vec new_low = low - vk * high;
-        const vec new_high = __builtin_shuffle(high - vk * low, L::reverse);
+        vec new_high = high - vk * low;
+        reverse_lanes(new_high);
         std::memcpy(a + j, &new_low, sizeof new_low);
         std::memcpy(a + n - j - V, &new_high, sizeof new_high);
     }
