@@ -26,13 +26,16 @@ demo: build
 	$(RENDER) --write-input out/demo-in.wav out/demo-out.wav
 
 # The pictures of the panel that the README shows, drawn by the built
-# plug-in itself.
+# plug-in itself with the default preferences (not the user's own), as the
+# tests draw them.
+SNAPSHOT_HOME = $(CURDIR)/$(BUILD_DIR)/snapshot-home
 snapshots: build
 	@mkdir -p docs
-	$(SNAPSHOT) docs/panel-auto.png
-	$(SNAPSHOT) --set "Correction Mode=Graph" docs/panel-graph.png
-	$(SNAPSHOT) --open-dialog options docs/dialog-options.png
-	$(SNAPSHOT) --set "Correction Mode=Graph" --open-dialog paste-hint docs/dialog-hint.png
+	@rm -rf "$(SNAPSHOT_HOME)"
+	XDG_CONFIG_HOME="$(SNAPSHOT_HOME)" $(SNAPSHOT) docs/panel-auto.png
+	XDG_CONFIG_HOME="$(SNAPSHOT_HOME)" $(SNAPSHOT) --set "Correction Mode=Graph" docs/panel-graph.png
+	XDG_CONFIG_HOME="$(SNAPSHOT_HOME)" $(SNAPSHOT) --open-dialog options docs/dialog-options.png
+	XDG_CONFIG_HOME="$(SNAPSHOT_HOME)" $(SNAPSHOT) --set "Correction Mode=Graph" --open-dialog paste-hint docs/dialog-hint.png
 
 test: build
 	ctest --test-dir $(BUILD_DIR) --output-on-failure -j $(JOBS)
