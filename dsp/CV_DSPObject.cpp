@@ -342,18 +342,21 @@ void CV_DSPObject::output_sample(float* const* out, int64_t i, bool two_channels
     // Graph mode takes them from its frames.
     double y = sample[0];
     double z = sample[1];
+    // A gain, then a mix `m` (-1..1) of the sample and its filtered self.
+    auto gain_and_mix = [&](double gain, double m) {
+        y *= gain;
+        const double f = mix_filter[0].process(y);
+        y = ((m + 1.0) * y + (1.0 - m) * f) * 0.5;
+        if (two_channels) {
+            z *= gain;
+            const double fz = mix_filter[1].process(z);
+            z = ((m + 1.0) * z + (1.0 - m) * fz) * 0.5;
+        }
+    };
     if (auto_mode && vibrato.is_vibrato_on()) {
         if (shifter.voiced_at_output() && !bypass) {
             const double gain = vibrato.next_gain();
-            const double m = vibrato.mix();
-            y *= gain;
-            const double f = mix_filter[0].process(y);
-            y = ((m + 1.0) * y + (1.0 - m) * f) * 0.5;
-            if (two_channels) {
-                z *= gain;
-                const double fz = mix_filter[1].process(z);
-                z = ((m + 1.0) * z + (1.0 - m) * fz) * 0.5;
-            }
+            gain_and_mix(gain, vibrato.mix());
         } else {
             y = mix_filter[0].process(y);
             if (two_channels) z = mix_filter[1].process(z);
@@ -363,15 +366,7 @@ void CV_DSPObject::output_sample(float* const* out, int64_t i, bool two_channels
     // sample as it is.
     if (correcting() && !bypass) {
         const double gain = player.next_gain();
-        const double m = player.get_mix();
-        y *= gain;
-        const double f = mix_filter[0].process(y);
-        y = ((m + 1.0) * y + (1.0 - m) * f) * 0.5;
-        if (two_channels) {
-            z *= gain;
-            const double fz = mix_filter[1].process(z);
-            z = ((m + 1.0) * z + (1.0 - m) * fz) * 0.5;
-        }
+        gain_and_mix(gain, player.get_mix());
     }
     y = std::clamp(y, -engine::output_limit, engine::output_limit);
     z = std::clamp(z, -engine::output_limit, engine::output_limit);

@@ -19,25 +19,15 @@
 
 #include <cstring>
 
+#include "graph/model/Stream_Floats.h"
+
 namespace objectStream {
 
 // Most records or points a stream may claim; more is a broken stream.
 constexpr uint32_t maxItems = 1u << 24;
 
-template <class Writer> bool writeFloat(Writer& out, float v)
-{
-    int32_t bits;
-    std::memcpy(&bits, &v, 4);
-    return out.write_int32(bits);
-}
-
-template <class Reader> bool readFloat(Reader& in, float& v)
-{
-    int32_t bits = 0;
-    if (!in.read_int32(bits)) return false;
-    std::memcpy(&v, &bits, 4);
-    return true;
-}
+using streamFloats::readFloat;
+using streamFloats::writeFloat;
 
 template <class Reader> bool skip(Reader& in, size_t n)
 {

@@ -6,22 +6,12 @@
 #include <algorithm>
 #include <cstring>
 
+#include "graph/model/Stream_Floats.h"
+
 namespace trackedFrameStream {
 
-template <class Writer> bool writeFloat(Writer& out, float v)
-{
-    int32_t bits;
-    std::memcpy(&bits, &v, 4);
-    return out.write_int32(bits);
-}
-
-template <class Reader> bool readFloat(Reader& in, float& v)
-{
-    int32_t bits = 0;
-    if (!in.read_int32(bits)) return false;
-    std::memcpy(&v, &bits, 4);
-    return true;
-}
+using streamFloats::readFloat;
+using streamFloats::writeFloat;
 
 } // namespace trackedFrameStream
 

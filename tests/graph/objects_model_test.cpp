@@ -6,6 +6,7 @@
 #include "graph/model/ObjectHistory.h"
 #include "graph/model/ObjectMaking.h"
 #include "graph/model/ObjectPass.h"
+#include "support/byte_buffer.h"
 
 #include <gtest/gtest.h>
 
@@ -74,30 +75,6 @@ bool sorted(const ObjectList& l)
         if (l.records[i].position < l.records[i - 1].position) return false;
     return true;
 }
-
-struct Bytes : Byte_Writer, Byte_Reader {
-    std::vector<unsigned char> data;
-    size_t at = 0;
-    bool write_bytes(const void* p, size_t n) override
-    {
-        auto* c = static_cast<const unsigned char*>(p);
-        data.insert(data.end(), c, c + n);
-        return true;
-    }
-    bool read_bytes(void* p, size_t n) override
-    {
-        if (at + n > data.size()) return false;
-        std::memcpy(p, data.data() + at, n);
-        at += n;
-        return true;
-    }
-    void f32(float v)
-    {
-        int32_t b;
-        std::memcpy(&b, &v, 4);
-        write_int32(b);
-    }
-};
 
 bool writeL(Bytes& out, const ObjectList& l) { return objectStream::writeList(out, l); }
 bool readL(Bytes& in, ObjectList& l) { return objectStream::readList(in, l); }

@@ -1,6 +1,7 @@
 #include "dsp/byte_stream.h"
 #include "graph/model/AudioDataStore.h"
 #include "graph/model/TrackedFrameArray.h"
+#include "support/byte_buffer.h"
 
 #include <gtest/gtest.h>
 
@@ -14,29 +15,6 @@
 #include <vector>
 
 namespace {
-
-struct Bytes : Byte_Writer, Byte_Reader {
-    std::vector<unsigned char> data;
-    size_t at = 0;
-    bool write_bytes(const void* p, size_t n) override
-    {
-        auto* c = static_cast<const unsigned char*>(p);
-        data.insert(data.end(), c, c + n);
-        return true;
-    }
-    bool read_bytes(void* p, size_t n) override
-    {
-        if (at + n > data.size()) return false;
-        std::memcpy(p, data.data() + at, n);
-        at += n;
-        return true;
-    }
-    void text(const std::string& s)
-    {
-        write_int32(int32_t(s.size()));
-        write_bytes(s.data(), s.size());
-    }
-};
 
 int32_t bitsOf(float v)
 {
