@@ -214,4 +214,17 @@ TEST(VstguiDrawing, AtAScaleFactorUnitsAreThatManyPixelsAndPicturesOfOneScaleCop
     EXPECT_EQ(pixel(b, 8, 6), kBlackCColor);
     EXPECT_EQ(pixel(b, 13, 7), kBlackCColor);
     EXPECT_EQ(pixel(b, 14, 7), kWhiteCColor);
+
+    // At 10/9 pixels a unit a clip ending at 9.5 units (10.56 pixels) takes
+    // pixel column 10 whole, never a blend by coverage: a view's edge looks
+    // the same whether the window is drawn whole or in parts.
+    auto scaled = owned(COffscreenContext::create(nullptr, 18, 9, 10.0 / 9.0));
+    ASSERT_TRUE(scaled);
+    scaled->beginDraw();
+    scaled->setClipRect(CRect(0, 0, 9.5, 9));
+    scaled->setFillColor(kRedCColor);
+    scaled->drawRect(CRect(0, 0, 18, 9), kDrawFilled);
+    scaled->endDraw();
+    EXPECT_EQ(pixel(scaled, 10, 4), kRedCColor) << str(pixel(scaled, 10, 4));
+    EXPECT_EQ(pixel(scaled, 11, 4).alpha, 0);
 }

@@ -91,6 +91,11 @@ void CDrawContext::setClipRect(const CRect& clip)
 {
     CRect r = state.transform.transform(clip);
     r.normalize();
+    // On whole pixels of the surface: a clip edge inside a pixel would let
+    // that pixel be blended by coverage, which cairo rounds differently
+    // depending on the rest of the clip, so that a part drawn alone would
+    // not match the same part of a drawing of the whole.
+    r = CRect(std::round(r.left), std::round(r.top), std::round(r.right), std::round(r.bottom));
     r.bound(surfaceRect);
     state.clipRect = r;
 }
