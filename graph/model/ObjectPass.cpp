@@ -60,8 +60,15 @@ int16_t ObjectPass::adjustPitch(const TrackedFrameArray& frames, int64_t frame, 
     smoother->do_smoothing(&s, 1);
     const float rate = float(sampleRate);
     // The singer's deviation from the mean, scaled, around the object's pitch.
-    const double moved = double(pitch) + double(Round_ToInt(Period_ToCents(float((p - s) * factor + s), rate))) -
-                         double(Round_ToInt(Period_ToCents(float(s), rate)));
+    // Scaled up, a leap far above the mean (an octave, the detector jumping)
+    // takes the period past zero: a pitch above every note, so the highest.
+    // A leap far below, scaled, can pass the largest float period: below
+    // every note, so the lowest.
+    const float scaled = float((p - s) * factor + s), mean = float(s);
+    if (!(scaled > 0.0f && mean > 0.0f)) return highestObjectPitch;
+    if (std::isinf(scaled) || std::isinf(mean)) return lowestObjectPitch;
+    const double moved = double(pitch) + double(Round_ToInt(Period_ToCents(scaled, rate))) -
+                         double(Round_ToInt(Period_ToCents(mean, rate)));
     return int16_t(std::clamp(moved, double(lowestObjectPitch), double(highestObjectPitch)));
 }
 

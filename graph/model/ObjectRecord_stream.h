@@ -17,6 +17,8 @@
 // u32 stepFrames, u16 pointCount, 2 skipped, and per point i16 pitchDelta,
 // 2 skipped, three f32.
 
+#include <algorithm>
+#include <cmath>
 #include <cstring>
 
 #include "graph/model/Stream_Floats.h"
@@ -33,6 +35,29 @@ template <class Reader> bool skip(Reader& in, size_t n)
 {
     unsigned char scratch[8];
     return n <= sizeof scratch && in.read_bytes(scratch, n);
+}
+
+// Numbers of a damaged stream brought into what the knobs can give, and
+// numbers that are not finite to the neutral value, so that no pass meets an
+// impossible retune speed, vibrato scale or modulation.
+inline float repaired(float v, float low, float high, float neutral)
+{
+    return std::isfinite(v) ? std::clamp(v, low, high) : neutral;
+}
+
+inline void repair(ObjectRecord& r)
+{
+    constexpr float mostVibrato = 3.9810717f; // 12 dB
+    r.retuneSpeed = repaired(r.retuneSpeed, 0.0f, 400.0f, 0.0f);
+    r.throatLength = repaired(r.throatLength, -0.5f, 0.5f, 0.0f);
+    r.adjustVibrato = repaired(r.adjustVibrato, 0.0f, mostVibrato, 0.0f);
+}
+
+inline void repair(CurvePoint& p)
+{
+    if (!std::isfinite(p.modulationOffset)) p.modulationOffset = 0.0f;
+    if (!std::isfinite(p.modulationGain)) p.modulationGain = 1.0f;
+    if (!std::isfinite(p.modulationParameter)) p.modulationParameter = 0.0f;
 }
 
 template <class Writer> bool writeList(Writer& out, const ObjectList& list)
@@ -68,6 +93,7 @@ template <class Reader> bool readList(Reader& in, ObjectList& list)
         good = in.read_int32(r.position) && in.read_int16(r.pitch) && readFloat(in, r.retuneSpeed) &&
                readFloat(in, r.throatLength) && readFloat(in, r.adjustVibrato) && in.read_bytes(tail, 2);
         if (!good) break;
+        repair(r);
         r.selected = tail[0] != 0 ? 1 : 0;
         r.kind = tail[1];
         if (r.kind == KindCurve) {
@@ -81,6 +107,7 @@ template <class Reader> bool readList(Reader& in, ObjectList& list)
                 CurvePoint p;
                 good = in.read_int16(p.pitchDelta) && readFloat(in, p.modulationOffset) &&
                        readFloat(in, p.modulationGain) && readFloat(in, p.modulationParameter);
+                repair(p);
                 if (good) curve->points.push_back(p);
             }
             if (!good) break;
@@ -105,6 +132,7 @@ template <class Reader> bool readOlderList(Reader& in, uint32_t bytes, ObjectLis
             !readFloat(in, r.retuneSpeed) || !readFloat(in, r.throatLength) || !readFloat(in, r.adjustVibrato) ||
             !in.read_bytes(&selected, 1) || !skip(in, 3) || !in.read_int32(kind) || !skip(in, 4))
             return false;
+        repair(r);
         r.selected = selected != 0 ? 1 : 0;
         r.kind = uint8_t(kind & 0xff);
         list.records.push_back(std::move(r));
@@ -127,6 +155,7 @@ template <class Reader> bool readOlderList(Reader& in, uint32_t bytes, ObjectLis
             if (!in.read_int16(p.pitchDelta) || !skip(in, 2) || !readFloat(in, p.modulationOffset) ||
                 !readFloat(in, p.modulationGain) || !readFloat(in, p.modulationParameter))
                 return false;
+            repair(p);
             curve->points.push_back(p);
         }
         r.curve = std::move(curve);

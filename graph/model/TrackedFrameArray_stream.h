@@ -4,6 +4,7 @@
 // read_bytes/write_bytes and big-endian read_int32/write_int32.
 
 #include <algorithm>
+#include <cmath>
 #include <cstring>
 
 #include "graph/model/Stream_Floats.h"
@@ -69,6 +70,15 @@ template <class Reader> bool TrackedFrameArray::readFrames(Reader& in, uint32_t 
             f.beat = uint8_t(beat);
         }
         if (!ok) return false;
+        // Periods no tracker writes (not finite, or not above zero) make the
+        // hop unvoiced, and peaks that are not finite silent, so that a
+        // damaged stream gives no later step an impossible number.
+        if (f.periodB != -1.0f &&
+            !(std::isfinite(f.periodA) && std::isfinite(f.periodB) && f.periodA > 0.0f && f.periodB > 0.0f)) {
+            f.periodB = -1.0f;
+            f.centsB = TrackedFrame::unvoicedCents;
+        }
+        if (!std::isfinite(f.minSample) || !std::isfinite(f.maxSample)) f.minSample = f.maxSample = 0.0f;
         putAll(i, f);
         tracked.store(i + 1, std::memory_order_release);
     }

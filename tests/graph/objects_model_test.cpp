@@ -149,6 +149,18 @@ TEST(ObjectPass, FramesTakeTheCorrectionTheObjectsSay)
     pass.applyObjects(&edited, frames);
     for (int64_t i = 0; i < 200; ++i) EXPECT_EQ(local[size_t(i)], frames.get(i).outputPeriod) << i;
 
+    // A leap an octave above the mean under a note that keeps four times
+    // the singer's vibrato scales the period past zero: the highest pitch.
+    std::vector<int> leap(300, 1030);
+    leap[250] = 2230;
+    TrackedFrameArray leapt;
+    fill(leapt, leap);
+    ObjectList wide = list({rec(KindNote, 200, 1000), rec(KindEnd, 280, 1000)});
+    wide.records[0].adjustVibrato = 3.98f;
+    pass.applyObjects(&wide, leapt);
+    EXPECT_NEAR(leapt.get(249).outputPeriod, periodOf(1000), 1e-3 * periodOf(1000));
+    EXPECT_NEAR(leapt.get(250).outputPeriod, periodOf(highestObjectPitch), 1e-3 * periodOf(highestObjectPitch));
+
     // No list clears every frame.
     pass.applyObjects(nullptr, frames);
     for (int64_t i = 0; i < 200; ++i) ASSERT_EQ(frames.get(i).outputPeriod, 0.0f);
@@ -356,6 +368,17 @@ TEST(ObjectRecords, StreamFormsRoundTripAndRefuseBrokenItems)
     EXPECT_EQ(back.records[2].curve->stepFrames, 3u);
     EXPECT_EQ(back.records[2].curve->points[1].pitchDelta, -2);
     EXPECT_EQ(back.records[2].curve->points[1].modulationGain, 0.5f);
+    // Numbers of a damaged stream come back as what the knobs can give.
+    l.records[0].retuneSpeed = std::nanf("");
+    l.records[1].adjustVibrato = 1e9f;
+    l.records[2].curve->points[0].modulationGain = INFINITY;
+    Bytes damaged;
+    ASSERT_TRUE(writeL(damaged, l));
+    ObjectList mended;
+    ASSERT_TRUE(readL(damaged, mended));
+    EXPECT_EQ(mended.records[0].retuneSpeed, 0.0f);
+    EXPECT_NEAR(mended.records[1].adjustVibrato, std::pow(10.0, 12.0 / 20.0), 1e-5);
+    EXPECT_EQ(mended.records[2].curve->points[0].modulationGain, 1.0f);
     // Every truncation fails, keeping the records read before it.
     for (size_t cut = 0; cut < b.data.size(); ++cut) {
         Bytes t;

@@ -150,6 +150,20 @@ TEST(TrackedFrameArray, StreamFormsReadBackAndTheOlderFormCutsToFieldWidths)
         EXPECT_FALSE(b.readFrames(part, TrackedFrame::streamBytes));
         EXPECT_EQ(b.trackedEnd(), cut < 54 ? 0 : 1);
     }
+
+    // A damaged hop: an impossible period makes it unvoiced, a peak that is
+    // not finite silent.
+    TrackedFrame bad = f;
+    bad.periodA = -3.0f;
+    bad.maxSample = INFINITY;
+    a.putAll(0, bad);
+    Bytes damaged;
+    ASSERT_TRUE(a.writeFrames(damaged));
+    TrackedFrameArray b;
+    ASSERT_TRUE(b.readFrames(damaged, TrackedFrame::streamBytes));
+    EXPECT_FALSE(b.get(0).voiced());
+    EXPECT_EQ(b.get(0).periodB, -1.0f);
+    EXPECT_EQ(b.get(0).maxSample, 0.0f);
 }
 
 TEST(TrackedFrame, ZeroSamplesPerFrameActsAs200InEveryConversion)
