@@ -17,6 +17,7 @@
 #include "dsp/scale_tables.h"
 #include "effect/Corvane_Parameters.h"
 #include "graph/views/Corvane_GraphContainerView.h"
+#include "graph/views/Corvane_GraphView.h"
 #include "hostlib/Host_Interfaces.h"
 #include "panel/Corvane_EditorPresenter.h"
 #include "panel/Corvane_KeyboardGeometry.h"
@@ -691,4 +692,41 @@ TEST(AutoPage, KeyboardSwitchesMidiNotesAndAHeldKeyReachTheKeyboardAndTheEngine)
     panel.effect->onTimer();
     EXPECT_EQ(keyboard->keyForNote(64)->keyState, 0u);
     EXPECT_EQ(keyboard->keyForNote(65)->keyState, 2u);
+}
+
+// With "Auto Scroll" on the graph keeps the play position in sight while
+// audio flows in Graph mode (on the internal clock, which runs whenever
+// audio flows); with it off the graph stays where it was.
+TEST(GraphPage, TheGraphFollowsThePlayPositionOnlyWithAutoScrollOn)
+{
+    for (const bool follow : {true, false}) {
+        Panel panel(nullptr);
+        ASSERT_TRUE(panel.open());
+        Vst::ProcessSetup setup{Vst::kRealtime, Vst::kSample32, 512, 48000.0};
+        ASSERT_EQ(panel.effect->setupProcessing(setup), kResultOk);
+        panel.effect->setActive(true);
+        panel.effect->setCorrectionMode(true);
+        panel.effect->setParamNormalized(corvane::kAutoScroll, follow ? 1.0 : 0.0);
+        panel.effect->setParamNormalized(corvane::kClockSource, 0.0);
+        Corvane_GraphView* canvas = panel.registry().graphCanvas;
+        ASSERT_NE(canvas, nullptr);
+        const double shown = canvas->getWidth() * canvas->getZoom().x;
+        // Ten seconds (2400 frames, several widths of the view), with a
+        // timer tick every four blocks as in a host.
+        for (int ticks = 0; ticks < 235; ++ticks) {
+            sing(panel.effect, 220.0, 4);
+            panel.effect->onTimer();
+        }
+        const double frame = double(panel.effect->getPlayFrame());
+        EXPECT_GT(frame, 2.0 * shown) << follow;
+        const double left = canvas->getScrollOffset().x;
+        if (follow) {
+            EXPECT_LE(left, frame);
+            EXPECT_GE(left + shown, frame);
+        } else {
+            EXPECT_EQ(left, 0.0);
+        }
+        panel.effect->setActive(false);
+        panel.effect->setCorrectionMode(false);
+    }
 }
