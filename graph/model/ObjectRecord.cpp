@@ -355,7 +355,11 @@ void moveRecords(const ObjectList& source, ObjectList& destination, int32_t delt
     destination.sort();
 }
 
-ObjectList selectedObjects(const ObjectList& list)
+namespace {
+
+// The whole objects of `list` that hold a selected record, or those that
+// hold none, in order.
+ObjectList objectsBySelection(const ObjectList& list, bool selected)
 {
     ObjectList out;
     for (size_t i = 0; i < list.count();) {
@@ -363,29 +367,25 @@ ObjectList selectedObjects(const ObjectList& list)
         objectBounds(list, i, b, e);
         bool any = false;
         for (size_t k = b; k < e; ++k) any |= list.records[k].selected != 0;
-        if (any)
-            for (size_t k = b; k < e; ++k) {
-                out.records.push_back(list.records[k]);
-                out.records.back().selected = 1;
-            }
+        if (any == selected)
+            for (size_t k = b; k < e; ++k) out.records.push_back(list.records[k]);
         i = e;
     }
     return out;
 }
 
+} // namespace
+
+ObjectList selectedObjects(const ObjectList& list)
+{
+    ObjectList out = objectsBySelection(list, true);
+    for (ObjectRecord& r : out.records) r.selected = 1;
+    return out;
+}
+
 ObjectList withoutSelected(const ObjectList& list)
 {
-    ObjectList out;
-    for (size_t i = 0; i < list.count();) {
-        size_t b, e;
-        objectBounds(list, i, b, e);
-        bool any = false;
-        for (size_t k = b; k < e; ++k) any |= list.records[k].selected != 0;
-        if (!any)
-            for (size_t k = b; k < e; ++k) out.records.push_back(list.records[k]);
-        i = e;
-    }
-    return out;
+    return objectsBySelection(list, false);
 }
 
 ObjectList nudgeSelected(const ObjectList& list, int32_t deltaFrames, int16_t deltaPitch, bool snap,
