@@ -16,6 +16,7 @@
 #include "graph/views/Corvane_Cursors.h"
 #include "graph/views/Corvane_GraphContainerView.h"
 #include "graph/views/Corvane_GraphView.h"
+#include "graph/views/Corvane_MainGraphView.h"
 #include "options/Corvane_FolderDlg.h"
 #include "options/Corvane_Hints.h"
 #include "options/Corvane_OptionsDlg.h"
@@ -188,6 +189,29 @@ void Corvane_EditorPresenter::didOpen()
     clearPitchDisplay(2);
     showPitchChange(0.0);
     showGraphCanvas(viewRegistry, effect);
+    showPitchGraph();
+}
+
+void Corvane_EditorPresenter::showPitchGraph()
+{
+    Corvane_MainGraphView* graph = viewRegistry.mainGraphView;
+    if (graph == nullptr) return;
+    Corvane_EffectAccess* access = &effect;
+    graph->setObjects(effect.graphObjects(), [access] { return access->graphNewObjectSettings(); });
+    if (auto* snap = effect.panelParameter(corvane::kSnapToNote))
+        graph->setSnapToNote(snap->toPlain(snap->getNormalized()) == 1.0);
+    if (auto* detune = effect.panelParameter(corvane::kDetune))
+        graph->setPitchOffset(int16_t(detune->toPlain(detune->getNormalized())));
+    graph->setShowOutputCurve(effect.userOptions().showOutputCurves);
+    // The pitch under the pointer takes the pitch displays from the engine's
+    // while the pointer is over the graph.
+    graph->setReadoutListener([this](const Corvane_MainGraphView::Readout& r) {
+        graphReadoutShown = r.hasInput || r.hasOutput || r.hasTarget || r.position[0] != 0;
+        if (r.hasInput) setPitchDisplay(0, r.input); else clearPitchDisplay(0);
+        if (r.hasOutput) setPitchDisplay(1, r.output); else clearPitchDisplay(1);
+        if (r.hasTarget) setPitchDisplay(2, r.target); else clearPitchDisplay(2);
+        setCursorPositionText(r.position[0] ? r.position : " ");
+    });
 }
 
 void Corvane_EditorPresenter::willClose()
@@ -387,7 +411,9 @@ void Corvane_EditorPresenter::onTimer(int32 tick)
         double period = 0.0;
         effect.getPitchStatus(ratio, period);
         const double rate = effect.getSampleRate();
-        if (period > 0.0 && rate > 0.0 && ratio > 0.0) {
+        if (graphReadoutShown) {
+            // The displays show the pitch under the pointer.
+        } else if (period > 0.0 && rate > 0.0 && ratio > 0.0) {
             const double detected = double(Period_ToCents(float(period), float(rate)));
             const double change = 1200.0 * std::log2(ratio);
             setPitchDisplay(0, int(Round_ToInt(float(detected))));
@@ -458,6 +484,27 @@ void Corvane_EditorPresenter::parameterChanged(Parameter* parameter)
     case corvane::kDetune:
         showDetuneHertz();
         effect.getScaleState().detune = int16_t(plain);
+        if (viewRegistry.mainGraphView) viewRegistry.mainGraphView->setPitchOffset(int16_t(plain));
+        break;
+    case corvane::kSnapToNote:
+        if (viewRegistry.mainGraphView) viewRegistry.mainGraphView->setSnapToNote(press);
+        break;
+    case corvane::kMakeNotes:
+    case corvane::kMakeCurves:
+    case corvane::kMakeNotesFromMIDI:
+    case corvane::kImportAuto:
+    case corvane::kUndo:
+    case corvane::kRedo:
+    case corvane::kSelectAll:
+    case corvane::kCut:
+    case corvane::kPaste:
+    case corvane::kClearAllData:
+    case corvane::kObjectRetuneSpeed:
+    case corvane::kObjectAdjustVibrato:
+    case corvane::kObjectThroatLength:
+        // The effect changed the objects before this dispatch: the graph
+        // shows the list in force.
+        if (viewRegistry.mainGraphView) viewRegistry.mainGraphView->refresh(true, false, false);
         break;
     case corvane::kLearnScale:
     case corvane::kTargetNotes: {
@@ -541,6 +588,7 @@ void Corvane_EditorPresenter::parameterChanged(Parameter* parameter)
         // buttons come with the editor, so without one a press stops the
         // repeat.
         effect.stopAutoRepeat();
+        if (viewRegistry.mainGraphView) viewRegistry.mainGraphView->refresh(true, false, false);
         break;
     default: break;
     }

@@ -130,6 +130,9 @@ public:
     Corvane_EffectAccess& getEffect() { return effect; }
 
 private:
+    // The pitch graph as the panel opens: its objects, its settings and the
+    // read-outs of the pointer.
+    void showPitchGraph();
     // The views that show a parameter's consequence, as the values stand.
     void showCorrectionPage();
     void showThroatLength();
@@ -175,4 +178,6 @@ private:
     bool dataFolderRequested = false;
     // The engine's frame at the last tick.
     int64_t lastPlayFrame = 0;
+    // The pitch graph's read-outs are in the pitch displays.
+    bool graphReadoutShown = false;
 };

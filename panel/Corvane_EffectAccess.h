@@ -1,8 +1,10 @@
 #pragma once
 
+#include <cstdint>
+#include <functional>
 #include <string>
 
-#include <cstdint>
+#include "graph/model/ObjectMaking.h"
 
 #include "panel/Corvane_ParameterIds.h"
 #include "pluginterfaces/vst/vsttypes.h"
@@ -12,6 +14,7 @@ struct Corvane_OptionsDlgData;
 class Corvane_DataFolderStore;
 class VST3_BaseParameter;
 class TrackedFrameArray;
+class ObjectEditor;
 
 // What the panel asks of the effect that owns it: the editor presenter and
 // the sub-controller reach the effect through this alone. Every operation:
@@ -75,6 +78,16 @@ public:
     // The frame the engine is at: it moves while the host plays.
     virtual int64_t getPlayFrame() const = 0;
     virtual int64_t getSamplesPerFrame() const { return 200; }
+    // The editor of the correction objects, through which every edit of a
+    // view goes so that it becomes a history step; null until the effect
+    // has set up its objects.
+    ObjectEditor* graphObjects() const { return graphObjectEditor; }
+    // What a new object takes from the object knobs and the detune, as the
+    // effect reads them now.
+    NewObjectSettings graphNewObjectSettings() const
+    {
+        return graphObjectSettings ? graphObjectSettings() : NewObjectSettings();
+    }
 
     //--- Held buttons. The action of `tag` repeats from the effect's timer
     // through the presenter's autoRepeat, first after firstDelay ticks, then
@@ -96,4 +109,9 @@ public:
     virtual std::string defaultDataParent() const = 0;
     // True while the session's data files are not where it expects them.
     virtual bool dataFilesMissing() const = 0;
+
+protected:
+    // Set by the effect as it sets up its correction objects.
+    ObjectEditor* graphObjectEditor = nullptr;
+    std::function<NewObjectSettings()> graphObjectSettings;
 };

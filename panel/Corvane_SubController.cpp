@@ -10,6 +10,7 @@
 #include "Common_VST3/VSTGUI4_Scrollbars.h"
 #include "graph/views/Corvane_GraphContainerView.h"
 #include "graph/views/Corvane_GraphView.h"
+#include "graph/views/Corvane_MainGraphView.h"
 #include "panel/Corvane_EditorPresenter.h"
 #include "panel/Corvane_KeyboardView.h"
 #include "panel/Corvane_ScalesListView.h"
@@ -89,6 +90,17 @@ bool bindObjectKnob(CView* view, const Binding& binding)
     return true;
 }
 
+// The pitch graph is also the canvas that scrolls, zooms and follows the
+// play position.
+bool bindMainGraphView(CView* view, const Binding& binding)
+{
+    auto* graph = dynamic_cast<Corvane_MainGraphView*>(view);
+    if (graph == nullptr) return false;
+    binding.owner.getViewRegistry().mainGraphView = graph;
+    binding.owner.getViewRegistry().graphCanvas = graph;
+    return true;
+}
+
 struct RegistryRow {
     const char* name;
     // Null while the class the row requires is not part of the program: the
@@ -123,7 +135,7 @@ const RegistryRow registryRows[] = {
     {"CutButton", bindAs<VSTGUI4_PushButton, &R::cutButton>},
     {"CopyButton", bindAs<VSTGUI4_PushButton, &R::copyButton>},
     {"PasteButton", bindAs<VSTGUI4_PushButton, &R::pasteButton>},
-    {"Corvane_MainGraphView", bindAs<Corvane_GraphView, &R::graphCanvas>},
+    {"Corvane_MainGraphView", bindMainGraphView},
     {"Corvane_EnvelopeGraphView", nullptr},
     {"Corvane_KeyboardGraphView", nullptr},
     {"VerticalScrollbar", bindAs<VSTGUI4_VerticalScrollbar, &R::verticalScrollbar>},

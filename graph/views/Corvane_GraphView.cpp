@@ -7,6 +7,7 @@
 #include "Common_VST3/utilities.h"
 #include "graph/model/TrackedFrameArray.h"
 #include "graph/views/Corvane_Cursors.h"
+#include "graph/views/Corvane_MainGraphView.h"
 #include "vstgui/lib/cframe.h"
 #include "vstgui/uidescription/iviewcreator.h"
 #include "vstgui/uidescription/uiviewfactory.h"
@@ -243,13 +244,20 @@ void Corvane_GraphView::drawContent(CDrawContext* context, int32_t left, int32_t
         if (y >= 0 && y < h) context->drawLine(CPoint(left - 1, y), CPoint(right + 1, y));
     }
 
+    drawInputPitch(context, left, right);
+    drawRuler(context, true, true, left, right);
+}
+
+void Corvane_GraphView::drawInputPitch(CDrawContext* context, int32_t left, int32_t right)
+{
     // The tracked input pitch: per column the span of its voiced frames,
     // joined to the column before when both ends are voiced. A joining
     // line may touch the columns on either side of its own two, so columns
     // from two before `left` to one past `right` are visited: every line
     // that reaches into the columns is drawn, as a drawing of the whole
     // width draws it.
-    if (frameArray) {
+    if (!frameArray) return;
+    {
         const int64_t end = std::min(frameArray->trackedEnd(), frameArray->frameCount());
         context->setFrameColor(inputPitchColour);
         bool previousVoiced = false;
@@ -291,7 +299,6 @@ void Corvane_GraphView::drawContent(CDrawContext* context, int32_t left, int32_t
             previousY = lastY;
         }
     }
-    drawRuler(context, true, true, left, right);
 }
 
 void Corvane_GraphView::repaintLabelBand()
@@ -561,4 +568,5 @@ void Corvane_GraphView_register()
     static const GraphView_Creator creator;
     static const bool registered = (UIViewFactory::registerViewCreator(creator), true);
     (void)registered;
+    Corvane_MainGraphView_register();
 }

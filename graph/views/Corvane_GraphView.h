@@ -136,6 +136,9 @@ protected:
     // puts the snapshot back over the picture and draws the band from
     // mouseDownPoint to `where` on it. False when no band can be drawn.
     bool dragBand(const VSTGUI::CPoint& where, const VSTGUI::CColor& colour);
+    // The tracked input pitch in red between columns left..right: per
+    // column the span of its voiced frames, joined to the column before.
+    void drawInputPitch(VSTGUI::CDrawContext* context, int32_t left, int32_t right);
     // Draws the ruler's label band at the top of the picture again.
     void repaintLabelBand();
     // The picture made anew when the frame's content scale changed.
@@ -160,5 +163,6 @@ protected:
 };
 
 // Registers the creator of "Corvane_GraphView" (base
-// "VSTGUI4_ScrollableView") with the view factory; once per process.
+// "VSTGUI4_ScrollableView") and those of the graph views built on it with
+// the view factory; once per process.
 void Corvane_GraphView_register();

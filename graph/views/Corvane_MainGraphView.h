@@ -1,0 +1,197 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <vector>
+
+#include "graph/model/ObjectMaking.h"
+#include "graph/model/ObjectRecord.h"
+#include "graph/views/Corvane_GraphView.h"
+
+class ObjectEditor;
+
+// The pitch graph: frames across, cents upwards. It paints the tracked
+// input pitch (red), the correction objects (notes as boxes, lines and
+// curves in blue), the output pitch the objects give (green), the I-beam
+// range, the note grid and the bar and beat lines of the ruler, and it is
+// where the tools act. Every edit becomes a new object list laid over the
+// one in force and pushed as a step of the object editor's history, so that
+// undo and redo reach it and the frames it changes are recomputed.
+//
+// Modifiers: kShift snaps to the note grid (or frees a snapped tool when
+// "Snap To Note" is on); kAlt (Option on a Mac) lets the Arrow move objects
+// in time and makes the Zoom tool zoom out; kControl (Command on a Mac)
+// holds a line level and adds to the Arrow's selection.
+//
+// Every operation: interface thread.
+class Corvane_MainGraphView : public Corvane_GraphView {
+public:
+    // Fewest frames a drawn note spans.
+    static constexpr int32_t shortestNoteFrames = 2;
+    // Most corners of a line under construction.
+    static constexpr size_t maxLineVertices = 256;
+    // Pixels around a point or an edge that the hit test counts as on it.
+    static constexpr int32_t hitReach = 4;
+
+    // The hit test's answers: on a point of a line or curve (1), on a line's
+    // last point (2), on a line's segment (3), on a curve (4), on a line's
+    // first point (5), on a note's start edge (6) or end edge (7), inside a
+    // note (8); 0 on empty ground.
+    enum HitCode : int32_t {
+        hitNone = 0,
+        hitPoint = 1,
+        hitLineEnd = 2,
+        hitLineSegment = 3,
+        hitCurve = 4,
+        hitLineStart = 5,
+        hitNoteStart = 6,
+        hitNoteEnd = 7,
+        hitNoteBody = 8,
+    };
+
+    // What the pointer is over, for the panel's read-outs; each `has` says
+    // whether its pitch (cents) is known.
+    struct Readout {
+        bool hasInput = false, hasOutput = false, hasTarget = false;
+        int32_t input = 0, output = 0, target = 0;
+        char position[32] = "";
+    };
+
+    explicit Corvane_MainGraphView(const VSTGUI::CRect& size);
+    ~Corvane_MainGraphView() override;
+
+    //--- What the view edits. The editor (null: nothing can be edited) and
+    // what a new object takes from the object knobs.
+    void setObjects(ObjectEditor* editor, std::function<NewObjectSettings()> settings);
+    ObjectEditor* getObjects() const { return objects; }
+    // The list in force; an empty one without an editor.
+    const ObjectList& currentList() const;
+    void setSnapToNote(bool state) { snapToNote = state; }
+    void setPitchOffset(int16_t cents);
+    void setShowOutputCurve(bool state);
+    // The views that follow this one: the envelope strip (refreshed with
+    // the picture) and the keyboard strip (marked dirty on vertical moves).
+    void setFollowers(VSTGUI4_ScrollableView* envelope, VSTGUI::CView* keyboard);
+    // Called with the read-outs whenever the pointer's place changes.
+    void setReadoutListener(std::function<void(const Readout&)> listener) { readoutListener = std::move(listener); }
+    // Called after every edit the view made (a new history step).
+    void setEditListener(std::function<void()> listener) { editListener = std::move(listener); }
+
+    //--- The I-beam range, frames; empty when start >= end.
+    int64_t getSelectionStart() const { return selectionStart; }
+    int64_t getSelectionEnd() const { return selectionEnd; }
+    void setSelection(int64_t start, int64_t end);
+
+    //--- Queries, in the view's own pixels.
+    // The hit test of `list` at pixel (x, y): a HitCode, and the index of
+    // the record whose object was hit.
+    int32_t hitTest(const ObjectList& list, int32_t x, int32_t y, size_t& index) const;
+    // Pitch at pixel row y in cents, and its nearest note from pitchOffset,
+    // both kept in the objects' range.
+    int32_t centsAtPixel(int32_t y) const;
+    int32_t snappedCents(int32_t cents) const;
+    // The read-outs for pixel (x, y).
+    Readout readoutAt(int32_t x, int32_t y) const;
+
+    //--- The line under construction. A pointer move with or without a
+    // button: draws the line from its corners to the pointer (parent
+    // coordinates) and answers true; false while no line is being drawn.
+    bool moveRubberLine(VSTGUI::CPoint where, const VSTGUI::CButtonState& buttons);
+    size_t getLineVertexCount() const { return lineVertices.size(); }
+    // Lays the line drawn so far over the objects (two corners at least)
+    // and ends the construction.
+    bool finishLine();
+    // Ends the construction without an edit.
+    void cancelLine();
+
+    //--- Corvane_GraphView
+    void drawContent(VSTGUI::CDrawContext* context, int32_t left, int32_t right) override;
+    void refresh(bool updateEnvelope, bool updateKeyboard, bool keepPicture) override;
+    void getCursorAt(VSTGUI::CPoint where, VSTGUI::CButtonState buttons, uint32_t& kind, uint32_t& id) override;
+    int32_t scrollUp(int32_t count = 0) override;
+    int32_t scrollDown(int32_t count = 0) override;
+    int32_t scrollLeft(int32_t count = 0) override;
+    int32_t scrollRight(int32_t count = 0) override;
+
+    //--- CView
+    VSTGUI::CMouseEventResult onMouseDown(VSTGUI::CPoint& where, const VSTGUI::CButtonState& buttons) override;
+    VSTGUI::CMouseEventResult onMouseMoved(VSTGUI::CPoint& where, const VSTGUI::CButtonState& buttons) override;
+    VSTGUI::CMouseEventResult onMouseUp(VSTGUI::CPoint& where, const VSTGUI::CButtonState& buttons) override;
+    VSTGUI::CMouseEventResult onMouseExited(VSTGUI::CPoint& where, const VSTGUI::CButtonState& buttons) override;
+    bool onWheel(const VSTGUI::CPoint& where, const VSTGUI::CMouseWheelAxis& axis, const float& distance,
+                 const VSTGUI::CButtonState& buttons) override;
+
+    CLASS_METHODS(Corvane_MainGraphView, Corvane_GraphView)
+
+    // Arrow drags: nothing, moving the selection, a note's start edge, a
+    // note's end edge.
+    enum DragMode : int32_t { dragGround = 0, dragSelection, dragNoteStart, dragNoteEnd };
+
+protected:
+    // The objects of `list` between columns left..right: flag 1 lines and
+    // curves, flag 2 notes.
+    void drawObjects(VSTGUI::CDrawContext* context, const ObjectList& list, int32_t flags, int32_t left,
+                     int32_t right);
+    void drawNote(VSTGUI::CDrawContext* context, const ObjectRecord& start, const ObjectRecord& end,
+                  int32_t left, int32_t right);
+    void drawOutputPitch(VSTGUI::CDrawContext* context, int32_t left, int32_t right);
+    void drawGrid(VSTGUI::CDrawContext* context, int32_t left, int32_t right);
+    void drawWaveform(VSTGUI::CDrawContext* context, int32_t left, int32_t right);
+    // `next` becomes the newest history step; the picture follows.
+    bool commit(ObjectList next);
+    // The picture as it stands kept as the still snapshot under a band.
+    void takeSnapshot();
+    // The picture drawn without the objects being dragged (workingList in
+    // place of the list in force) into both offscreens.
+    void beginFloatingDrag();
+    // Puts the still picture back and draws `list` over it.
+    void drawFloating(const ObjectList& list);
+    // Frame of a pixel column (parent X), kept inside the frames.
+    int64_t frameAtX(VSTGUI::CCoord x) const;
+    int32_t pixelOfCents(int32_t cents) const { return docToPixelY(int64_t(topCents) - cents); }
+    void arrowDown(const VSTGUI::CPoint& local, const VSTGUI::CButtonState& buttons);
+    void arrowDrag(const VSTGUI::CPoint& where, const VSTGUI::CButtonState& buttons);
+    void arrowUp(const VSTGUI::CPoint& where);
+    void split(int64_t frame);
+    void reportReadout(const VSTGUI::CPoint& where);
+    void endDrag();
+
+    ObjectEditor* objects = nullptr;
+    std::function<NewObjectSettings()> newSettings;
+    std::function<void(const Readout&)> readoutListener;
+    std::function<void()> editListener;
+    VSTGUI4_ScrollableView* envelopeView = nullptr;
+    VSTGUI::CView* keyboardView = nullptr;
+    bool snapToNote = false;
+    int16_t pitchOffset = 0;
+    bool showOutputCurve = true;
+
+    // The list being edited under a drag and what floats over it.
+    ObjectList workingList;
+    ObjectList moveSource;
+    ObjectList moveResult;
+    // The list with the selection made at mouse-down, before any move.
+    ObjectList pressedList;
+    bool busy = false;
+    int32_t dragMode = dragGround;
+    int32_t hitCode = hitNone;
+    int32_t mouseX = -1;
+    int32_t lastReadX = -1, lastReadY = -1;
+
+    int64_t selectionStart = 0;
+    int64_t selectionEnd = 0;
+    // Corners of the line under construction: frame and cents.
+    struct Vertex {
+        int64_t frame;
+        int32_t cents;
+    };
+    std::vector<Vertex> lineVertices;
+    // The pointer's last place on the rubber line, frame and cents.
+    Vertex rubberEnd{0, 0};
+    // Points of a curve being drawn, one per frame reached.
+    std::vector<Vertex> freehandPoints;
+};
+
+// Registers the creator of "Corvane_MainGraphView" (base
+// "Corvane_GraphView") with the view factory; once per process.
+void Corvane_MainGraphView_register();

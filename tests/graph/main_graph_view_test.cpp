@@ -1,0 +1,307 @@
+#include "graph/model/ObjectEditor.h"
+#include "graph/model/TrackedFrameArray.h"
+#include "graph/views/Corvane_MainGraphView.h"
+#include "Common_VST3/utilities.h"
+
+#include <cairo.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <string>
+#include <vector>
+
+using namespace VSTGUI;
+
+namespace {
+
+constexpr int viewWidth = 400, viewHeight = 200;
+constexpr double rate = 44100.0;
+constexpr int64_t frameSamples = 200;
+
+// A take of 2000 frames sung at 900 cents, tracked up to `tracked`.
+void fillFrames(TrackedFrameArray& frames, int64_t tracked = 2000)
+{
+    frames.allocate(2000);
+    for (int64_t i = 0; i < tracked; ++i) {
+        TrackedFrame f;
+        f.minSample = -0.25f;
+        f.maxSample = 0.25f;
+        f.periodA = f.periodB = Cents_ToPeriod(900.0f, float(rate));
+        f.centsA = f.centsB = 900;
+        frames.putAll(i, f);
+    }
+    frames.extendTracked(tracked);
+}
+
+// The pitch graph over the frames at 4 cents a pixel: row y shows
+// 1300 - 4 y cents (900 cents at row 100) and column x frame x.
+struct Graph {
+    TrackedFrameArray frames;
+    ObjectEditor editor;
+    Corvane_MainGraphView view{CRect(0, 0, viewWidth, viewHeight)};
+
+    explicit Graph(int64_t tracked = 2000)
+    {
+        fillFrames(frames, tracked);
+        editor.attach(&frames);
+        editor.setRates(rate, double(frameSamples));
+        view.setZoom({1, 4});
+        view.setFrames(&frames, frameSamples, rate);
+        view.setScrollOffset({0, 2300});
+        view.setObjects(&editor, [] { return NewObjectSettings(); });
+        view.refresh(false, false, false);
+    }
+    void press(double x, double y, int32_t buttons = kLButton)
+    {
+        CPoint p(x, y);
+        view.onMouseDown(p, CButtonState(buttons));
+    }
+    void move(double x, double y, int32_t buttons = kLButton)
+    {
+        CPoint p(x, y);
+        view.onMouseMoved(p, CButtonState(buttons));
+    }
+    void release(double x, double y, int32_t buttons = kLButton)
+    {
+        CPoint p(x, y);
+        view.onMouseUp(p, CButtonState(buttons));
+    }
+    void drag(double x0, double y0, double x1, double y1, int32_t modifiers = 0)
+    {
+        press(x0, y0, kLButton | modifiers);
+        move((x0 + x1) / 2, (y0 + y1) / 2, kLButton | modifiers);
+        move(x1, y1, kLButton | modifiers);
+        release(x1, y1, kLButton | modifiers);
+    }
+    const ObjectList& list() const { return editor.currentList(); }
+};
+
+// (kind, position, pitch) of every record.
+struct Rec {
+    int kind;
+    int32_t position;
+    int32_t pitch;
+    bool operator==(const Rec& o) const { return kind == o.kind && position == o.position && pitch == o.pitch; }
+};
+std::vector<Rec> recordsOf(const ObjectList& list)
+{
+    std::vector<Rec> out;
+    for (const ObjectRecord& r : list.records) out.push_back(Rec{r.kind, r.position, r.pitch});
+    return out;
+}
+std::string text(const std::vector<Rec>& records)
+{
+    std::string s;
+    for (const Rec& r : records)
+        s += "(" + std::to_string(r.kind) + " " + std::to_string(r.position) + " " + std::to_string(r.pitch) + ")";
+    return s;
+}
+
+uint32_t pixel(Corvane_MainGraphView& view, int x, int y)
+{
+    cairo_surface_t* s = view.getOffscreen()->getBitmap()->getCairoSurface();
+    cairo_surface_flush(s);
+    const auto* row = reinterpret_cast<const uint32_t*>(cairo_image_surface_get_data(s) +
+                                                        y * cairo_image_surface_get_stride(s));
+    return row[x] & 0xffffff;
+}
+
+// A pixel near a colour: lines of one pixel are drawn with smoothing, so
+// that a neighbour's colour may show through.
+bool near(uint32_t pixel, uint32_t colour)
+{
+    for (int shift = 0; shift < 24; shift += 8)
+        if (std::abs(int((pixel >> shift) & 0xff) - int((colour >> shift) & 0xff)) > 64) return false;
+    return true;
+}
+
+} // namespace
+
+// Each gesture of the drawing tools, with the objects it leaves; those that
+// make nothing leave no history step.
+TEST(MainGraphView, DrawingToolsMakeTheirObjectsAndNothingFromEmptyGestures)
+{
+    struct Case {
+        const char* what;
+        int32_t tool;
+        int16_t pitchOffset;
+        double offsetY;  // document Y at row 0
+        std::vector<std::vector<double>> events;  // {kind, x, y, buttons}: 0 press, 1 move, 2 release
+        std::vector<Rec> expected;
+    };
+    const double dbl = double(kLButton | kDoubleClick), l = double(kLButton), lc = double(kLButton | kControl), none = 0;
+    const Case cases[] = {
+        {"a line dragged in one gesture", Corvane_GraphView::toolDrawLines, 0, 2300,
+         {{0, 50, 100, l}, {1, 100, 90, l}, {1, 150, 75, l}, {2, 150, 75, l}},
+         {{KindLineStart, 50, 900}, {KindEnd, 150, 1000}}},
+        {"a line of three corners clicked, ended by a double click", Corvane_GraphView::toolDrawLines, 0, 2300,
+         {{0, 50, 100, l}, {2, 50, 100, l}, {1, 100, 50, none}, {0, 100, 50, l}, {2, 100, 50, l},
+          {1, 200, 100, none}, {0, 200, 100, l}, {2, 200, 100, l}, {0, 200, 100, dbl}},
+         {{KindLineStart, 50, 900}, {KindLinePoint, 100, 1100}, {KindEnd, 200, 900}}},
+        {"a zero-length line: a double click on the first corner", Corvane_GraphView::toolDrawLines, 0, 2300,
+         {{0, 50, 100, l}, {2, 50, 100, l}, {0, 50, 100, dbl}}, {}},
+        {"a level line with Control", Corvane_GraphView::toolDrawLines, 0, 2300,
+         {{0, 50, 100, l}, {1, 150, 20, lc}, {2, 150, 20, lc}},
+         {{KindLineStart, 50, 900}, {KindEnd, 150, 900}}},
+        {"a line drawn leftwards reads from left to right", Corvane_GraphView::toolDrawLines, 0, 2300,
+         {{0, 150, 100, l}, {1, 50, 75, l}, {2, 50, 75, l}},
+         {{KindLineStart, 50, 1000}, {KindEnd, 150, 900}}},
+        {"a note, snapped to the semitone", Corvane_GraphView::toolDrawNotes, 0, 2300,
+         {{0, 40, 60, l}, {1, 120, 62, l}, {2, 120, 62, l}}, {{KindNote, 40, 1100}, {KindEnd, 120, 1100}}},
+        {"a note drawn leftwards", Corvane_GraphView::toolDrawNotes, 0, 2300,
+         {{0, 120, 100, l}, {1, 40, 100, l}, {2, 40, 100, l}}, {{KindNote, 40, 900}, {KindEnd, 120, 900}}},
+        {"a zero-length note", Corvane_GraphView::toolDrawNotes, 0, 2300, {{0, 40, 100, l}, {2, 40, 100, l}}, {}},
+        {"a note at the top of the range, its semitone above it", Corvane_GraphView::toolDrawNotes, 30, 0,
+         {{0, 10, 0, l}, {1, 60, 1, l}, {2, 60, 1, l}}, {{KindNote, 10, 3530}, {KindEnd, 60, 3530}}},
+        {"a note at the bottom of the range", Corvane_GraphView::toolDrawNotes, -30, 6900,
+         {{0, 10, 199, l}, {1, 60, 199, l}, {2, 60, 199, l}}, {{KindNote, 10, -4030}, {KindEnd, 60, -4030}}},
+        {"a note dragged past the left edge starts at frame 0", Corvane_GraphView::toolDrawNotes, 0, 2300,
+         {{0, 30, 100, l}, {1, -40, 100, l}, {2, -40, 100, l}}, {{KindNote, 0, 900}, {KindEnd, 30, 900}}},
+    };
+    for (const Case& c : cases) {
+        Graph g;
+        g.view.setTool(c.tool);
+        g.view.setPitchOffset(c.pitchOffset);
+        g.view.setScrollOffset({0, c.offsetY});
+        g.view.refresh(false, false, false);
+        for (const auto& e : c.events) {
+            if (e[0] == 0) g.press(e[1], e[2], int32_t(e[3]));
+            if (e[0] == 1) g.move(e[1], e[2], int32_t(e[3]));
+            if (e[0] == 2) g.release(e[1], e[2], int32_t(e[3]));
+        }
+        EXPECT_EQ(text(recordsOf(g.list())), text(c.expected)) << c.what;
+        EXPECT_EQ(g.editor.getHistory().canUndo(), !c.expected.empty()) << c.what;
+        EXPECT_FALSE(g.view.isMouseTracking()) << c.what;
+    }
+}
+
+// A line whose drag leaves the view: the view scrolls on, and the line
+// ends at the frame under the pointer, its first corner where it was.
+TEST(MainGraphView, ALineDraggedOutOfTheViewEndsUnderThePointer)
+{
+    Graph g;
+    g.view.setTool(Corvane_GraphView::toolDrawLines);
+    g.press(50, 100);
+    for (int i = 0; i < 4; ++i) g.move(viewWidth + 100, 100);
+    const double offset = g.view.getScrollOffset().x;
+    g.release(viewWidth + 100, 100);
+    ASSERT_EQ(g.list().count(), 2u);
+    EXPECT_EQ(g.list().records[0].position, 50);
+    EXPECT_EQ(g.list().records[1].position, int32_t(offset) + viewWidth + 100);
+}
+
+// The Arrow moves a note up and down only, in time with Alt too, and lands
+// on semitones with Shift; a note's edge stretches it; Scissors split
+// notes and lines; each is undone in one step.
+TEST(MainGraphView, ArrowAndScissorsEditAndUndoRestores)
+{
+    struct Case {
+        const char* what;
+        int32_t tool;
+        std::vector<double> gesture;  // x0, y0, x1, y1, modifiers; a click when x1 < 0
+        std::vector<Rec> expected;
+    };
+    // The objects: a note of 900 cents over frames 100..200 and a line from
+    // 900 cents at 250 to 1100 cents at 350.
+    const Case cases[] = {
+        {"a note dragged up 22 rows, no Alt: 88 cents, in place", Corvane_GraphView::toolArrow,
+         {150, 100, 190, 78, 0},
+         {{KindNote, 100, 988}, {KindEnd, 200, 988}, {KindLineStart, 250, 900}, {KindEnd, 350, 1100}}},
+        {"with Alt it moves in time too", Corvane_GraphView::toolArrow, {150, 100, 170, 78, kAlt},
+         {{KindNote, 120, 988}, {KindEnd, 220, 988}, {KindLineStart, 250, 900}, {KindEnd, 350, 1100}}},
+        {"with Shift it lands on a semitone", Corvane_GraphView::toolArrow, {150, 100, 150, 78, kShift},
+         {{KindNote, 100, 1000}, {KindEnd, 200, 1000}, {KindLineStart, 250, 900}, {KindEnd, 350, 1100}}},
+        {"the end edge stretches the note", Corvane_GraphView::toolArrow, {200, 100, 240, 100, 0},
+         {{KindNote, 100, 900}, {KindEnd, 240, 900}, {KindLineStart, 250, 900}, {KindEnd, 350, 1100}}},
+        {"the start edge, no shorter than the least note", Corvane_GraphView::toolArrow, {100, 100, 300, 100, 0},
+         {{KindNote, 198, 900}, {KindEnd, 200, 900}, {KindLineStart, 250, 900}, {KindEnd, 350, 1100}}},
+        {"the line's segment moves the whole line", Corvane_GraphView::toolArrow, {300, 75, 300, 50, 0},
+         {{KindNote, 100, 900}, {KindEnd, 200, 900}, {KindLineStart, 250, 1000}, {KindEnd, 350, 1200}}},
+        {"scissors split the note", Corvane_GraphView::toolScissors, {150, 100, -1, 0, 0},
+         {{KindNote, 100, 900}, {KindEnd, 150, 900}, {KindNote, 151, 900}, {KindEnd, 200, 900},
+          {KindLineStart, 250, 900}, {KindEnd, 350, 1100}}},
+        {"scissors split the line on its slope", Corvane_GraphView::toolScissors, {300, 75, -1, 0, 0},
+         {{KindNote, 100, 900}, {KindEnd, 200, 900}, {KindLineStart, 250, 900}, {KindEnd, 300, 1000},
+          {KindLineStart, 301, 1002}, {KindEnd, 350, 1100}}},
+        {"scissors on empty ground do nothing", Corvane_GraphView::toolScissors, {225, 100, -1, 0, 0}, {}},
+    };
+    for (const Case& c : cases) {
+        Graph g;
+        g.view.setTool(Corvane_GraphView::toolDrawNotes);
+        g.drag(100, 100, 200, 100);
+        g.view.setTool(Corvane_GraphView::toolDrawLines);
+        g.drag(250, 100, 350, 50);
+        const std::vector<Rec> before = recordsOf(g.list());
+        ASSERT_EQ(before.size(), 4u) << text(before);
+        const size_t steps = g.editor.getHistory().stepCount();
+        g.view.setTool(c.tool);
+        const std::vector<double>& e = c.gesture;
+        if (e[2] < 0) {
+            g.press(e[0], e[1]);
+            g.release(e[0], e[1]);
+        } else {
+            g.drag(e[0], e[1], e[2], e[3], int32_t(e[4]));
+        }
+        const std::vector<Rec> expected = c.expected.empty() ? before : c.expected;
+        EXPECT_EQ(text(recordsOf(g.list())), text(expected)) << c.what;
+        if (c.expected.empty()) {
+            EXPECT_EQ(g.editor.getHistory().stepCount(), steps) << c.what;
+            continue;
+        }
+        EXPECT_TRUE(g.editor.undo()) << c.what;
+        EXPECT_EQ(text(recordsOf(g.list())), text(before)) << c.what;
+    }
+}
+
+// Pitch is (1300 - 4 y) cents on row y, so a drag of -22 rows is +88 cents.
+// The pass follows the list: with a retune speed of 0 the output of the
+// note's frames is the note's pitch, and the picture shows it in green on
+// the note's row over the red of the input.
+TEST(MainGraphView, TheOutputCurveFollowsAnEditAndTheIBeamSelectsTheTake)
+{
+    Graph g(1500);
+    g.view.setTool(Corvane_GraphView::toolDrawNotes);
+    g.drag(100, 75, 200, 75);
+    ASSERT_EQ(g.list().count(), 2u);
+    const float wanted = Cents_ToPeriod(1000.0f, float(rate));
+    EXPECT_NEAR(g.frames.get(150).outputPeriod, wanted, wanted * 1e-4);
+    EXPECT_TRUE(near(pixel(g.view, 150, 75), 0x006020u)) << std::hex << pixel(g.view, 150, 75);  // output
+    EXPECT_TRUE(near(pixel(g.view, 150, 100), 0xff0000u)) << std::hex << pixel(g.view, 150, 100); // input
+    EXPECT_TRUE(g.editor.undo());
+    g.view.refresh(false, false, false);
+    EXPECT_EQ(g.frames.get(150).outputPeriod, 0.0f);
+    EXPECT_FALSE(near(pixel(g.view, 150, 75), 0x006020u));
+
+    // A double click with the I-beam: every tracked frame.
+    g.view.setTool(Corvane_GraphView::toolIBeam);
+    g.press(30, 100);
+    g.release(30, 100);
+    g.press(30, 100, kLButton | kDoubleClick);
+    g.release(30, 100);
+    EXPECT_EQ(g.view.getSelectionStart(), 0);
+    EXPECT_EQ(g.view.getSelectionEnd(), 1500);
+    // A drag: the frames between press and release.
+    g.drag(250, 100, 120, 100);
+    EXPECT_EQ(g.view.getSelectionStart(), 120);
+    EXPECT_EQ(g.view.getSelectionEnd(), 250);
+}
+
+// While the take is still being tracked (200 of 2000 frames), a note over
+// the tracked end is kept whole, and the read-outs know only the frames
+// tracked so far.
+TEST(MainGraphView, ANoteDrawnOverTheTrackedEndOfATakeStillTracking)
+{
+    Graph g(200);
+    g.view.setTool(Corvane_GraphView::toolDrawNotes);
+    g.drag(150, 100, 100, 100);  // drawn leftwards
+    g.drag(180, 50, 300, 50);
+    ASSERT_EQ(text(recordsOf(g.list())),
+              text({{KindNote, 100, 900}, {KindEnd, 150, 900}, {KindNote, 180, 1100}, {KindEnd, 300, 1100}}));
+    const Corvane_MainGraphView::Readout r = g.view.readoutAt(250, 50);
+    EXPECT_FALSE(r.hasInput) << "a frame not yet tracked has no read-out";
+    const Corvane_MainGraphView::Readout q = g.view.readoutAt(120, 100);
+    EXPECT_TRUE(q.hasInput);
+    EXPECT_EQ(q.input, 900);
+    EXPECT_TRUE(q.hasTarget);
+    EXPECT_EQ(q.target, 900);
+}
