@@ -16,6 +16,9 @@
 #include "graph/views/Corvane_Cursors.h"
 #include "graph/views/Corvane_GraphContainerView.h"
 #include "graph/views/Corvane_GraphView.h"
+#include "graph/model/TrackedFrameArray.h"
+#include "graph/views/Corvane_EnvelopeGraphView.h"
+#include "graph/views/Corvane_KeyboardGraphView.h"
 #include "graph/views/Corvane_MainGraphView.h"
 #include "options/Corvane_FolderDlg.h"
 #include "options/Corvane_Hints.h"
@@ -192,6 +195,17 @@ void Corvane_EditorPresenter::didOpen()
     showPitchGraph();
 }
 
+void Corvane_EditorPresenter::showGraphNoteNames()
+{
+    Corvane_KeyboardGraphView* keyboard = viewRegistry.keyboardGraphView;
+    if (keyboard == nullptr) return;
+    const Scale_State& scale = effect.getScaleState();
+    const int scaleIndex = (scale.scale >= 0 && scale.scale < scale_count) ? scale.scale : scale_chromatic;
+    const char* names[12];
+    for (int note = 0; note < 12; ++note) names[note] = Note_Name(scaleIndex, ((scale.key % 12) + 12) % 12, note);
+    keyboard->setNoteNames(names, scale.detune);
+}
+
 void Corvane_EditorPresenter::showPitchGraph()
 {
     Corvane_MainGraphView* graph = viewRegistry.mainGraphView;
@@ -203,6 +217,16 @@ void Corvane_EditorPresenter::showPitchGraph()
     if (auto* detune = effect.panelParameter(corvane::kDetune))
         graph->setPitchOffset(int16_t(detune->toPlain(detune->getNormalized())));
     graph->setShowOutputCurve(effect.userOptions().showOutputCurves);
+    if (auto* page = viewRegistry.graphModePage) page->setMainView(graph);
+    graph->setFollowers(viewRegistry.envelopeGraphView, viewRegistry.keyboardGraphView);
+    if (auto* envelope = viewRegistry.envelopeGraphView) {
+        envelope->setFrames(effect.graphFrames(), effect.getSamplesPerFrame(), effect.getSampleRate());
+        envelope->setMainView(graph);
+        if (auto* tie = effect.panelParameter(corvane::kTieEnvelope))
+            envelope->setLinkedToMain(tie->toPlain(tie->getNormalized()) == 1.0);
+    }
+    if (auto* keyboard = viewRegistry.keyboardGraphView) keyboard->setMainView(graph);
+    showGraphNoteNames();
     // The pitch under the pointer takes the pitch displays from the engine's
     // while the pointer is over the graph.
     graph->setReadoutListener([this](const Corvane_MainGraphView::Readout& r) {
@@ -398,10 +422,22 @@ void Corvane_EditorPresenter::onTimer(int32 tick)
     // position (the host plays while the engine's frame moves), and a drag
     // held outside it scrolls on.
     if (auto* canvas = viewRegistry.graphCanvas) {
-        canvas->takeChangedFrames();
+        TrackedFrameArray* graphFrames = effect.graphFrames();
+        int64_t changedLow = 0, changedHigh = -1;
+        canvas->takeChangedFrames(&changedLow, &changedHigh);
         const int64_t frame = effect.getPlayFrame();
         auto* autoScroll = effect.panelParameter(corvane::kAutoScroll);
         canvas->followPlayhead(frame, frame != lastPlayFrame, autoScroll && autoScroll->getNormalized() >= 0.5);
+        if (auto* envelope = viewRegistry.envelopeGraphView) {
+            // Linked, the strip draws the frames that changed where they are
+            // in sight; the whole take is drawn anew as it grows.
+            if (envelope->isLinkedToMain())
+                envelope->repaintFrames(changedLow, changedHigh);
+            else if (graphFrames && graphFrames->trackedEnd() != lastTrackedEnd)
+                envelope->refresh(false, false, false);
+            if (frame != lastPlayFrame) envelope->setDirty(true);
+        }
+        if (graphFrames) lastTrackedEnd = graphFrames->trackedEnd();
         lastPlayFrame = frame;
         canvas->continueDrag();
     }
@@ -472,6 +508,7 @@ void Corvane_EditorPresenter::parameterChanged(Parameter* parameter)
         effect.setScaleAndKey(int(scale->toPlain(scale->getNormalized())), int(key->toPlain(key->getNormalized())));
         keySpellingChanged();
         showScaleMarks();
+        showGraphNoteNames();
         // The MIDI modes live only on the Chromatic scale.
         if (id == corvane::kScale && plain != double(scale_chromatic)) {
             const int32 mode = effect.getMidiScaleMode();
@@ -485,6 +522,10 @@ void Corvane_EditorPresenter::parameterChanged(Parameter* parameter)
         showDetuneHertz();
         effect.getScaleState().detune = int16_t(plain);
         if (viewRegistry.mainGraphView) viewRegistry.mainGraphView->setPitchOffset(int16_t(plain));
+        showGraphNoteNames();
+        break;
+    case corvane::kTieEnvelope:
+        if (viewRegistry.envelopeGraphView) viewRegistry.envelopeGraphView->setLinkedToMain(press);
         break;
     case corvane::kSnapToNote:
         if (viewRegistry.mainGraphView) viewRegistry.mainGraphView->setSnapToNote(press);

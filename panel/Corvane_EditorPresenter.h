@@ -133,6 +133,8 @@ private:
     // The pitch graph as the panel opens: its objects, its settings and the
     // read-outs of the pointer.
     void showPitchGraph();
+    // The piano strip's note names in the spelling of the scale and key.
+    void showGraphNoteNames();
     // The views that show a parameter's consequence, as the values stand.
     void showCorrectionPage();
     void showThroatLength();
@@ -180,4 +182,6 @@ private:
     int64_t lastPlayFrame = 0;
     // The pitch graph's read-outs are in the pitch displays.
     bool graphReadoutShown = false;
+    // Frames tracked at the last tick, for the whole-take strip.
+    int64_t lastTrackedEnd = 0;
 };

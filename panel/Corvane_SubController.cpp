@@ -10,6 +10,8 @@
 #include "Common_VST3/VSTGUI4_Scrollbars.h"
 #include "graph/views/Corvane_GraphContainerView.h"
 #include "graph/views/Corvane_GraphView.h"
+#include "graph/views/Corvane_EnvelopeGraphView.h"
+#include "graph/views/Corvane_KeyboardGraphView.h"
 #include "graph/views/Corvane_MainGraphView.h"
 #include "panel/Corvane_EditorPresenter.h"
 #include "panel/Corvane_KeyboardView.h"
@@ -136,8 +138,8 @@ const RegistryRow registryRows[] = {
     {"CopyButton", bindAs<VSTGUI4_PushButton, &R::copyButton>},
     {"PasteButton", bindAs<VSTGUI4_PushButton, &R::pasteButton>},
     {"Corvane_MainGraphView", bindMainGraphView},
-    {"Corvane_EnvelopeGraphView", nullptr},
-    {"Corvane_KeyboardGraphView", nullptr},
+    {"Corvane_EnvelopeGraphView", bindAs<Corvane_EnvelopeGraphView, &R::envelopeGraphView>},
+    {"Corvane_KeyboardGraphView", bindAs<Corvane_KeyboardGraphView, &R::keyboardGraphView>},
     {"VerticalScrollbar", bindAs<VSTGUI4_VerticalScrollbar, &R::verticalScrollbar>},
     {"VerticalThumb", bindAs<VSTGUI4_ViewWithMinimumSize, &R::verticalThumb>},
     {"HorizontalScrollbar", bindAs<VSTGUI4_HorizontalScrollbar, &R::horizontalScrollbar>},

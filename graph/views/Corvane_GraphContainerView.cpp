@@ -1,11 +1,23 @@
 #include "graph/views/Corvane_GraphContainerView.h"
 
+#include "graph/views/Corvane_MainGraphView.h"
 #include "vstgui/uidescription/iviewcreator.h"
 #include "vstgui/uidescription/uiviewfactory.h"
 
 using namespace VSTGUI;
 
 Corvane_GraphContainerView::Corvane_GraphContainerView(const CRect& size) : CViewContainer(size) {}
+
+CMouseEventResult Corvane_GraphContainerView::onMouseMoved(CPoint& where, const CButtonState& buttons)
+{
+    if (mainView == nullptr || (int32_t(buttons) & VSTGUI4_ScrollableView::buttonMask) == kLButton)
+        return CViewContainer::onMouseMoved(where, buttons);
+    // The main view's events are in this container's own coordinates.
+    CPoint inside(where);
+    inside.offset(-getViewSize().left, -getViewSize().top);
+    if (mainView->moveRubberLine(inside, buttons)) return kMouseEventHandled;
+    return CViewContainer::onMouseMoved(where, buttons);
+}
 
 namespace {
 

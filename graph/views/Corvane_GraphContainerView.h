@@ -15,6 +15,11 @@ public:
     void setMainView(Corvane_MainGraphView* view) { mainView = view; }
     Corvane_MainGraphView* getMainView() const { return mainView; }
 
+    // Interface thread. A move with no left-button drag goes to the line
+    // under construction of the main view, which follows the pointer over
+    // the whole page; otherwise as a plain container.
+    VSTGUI::CMouseEventResult onMouseMoved(VSTGUI::CPoint& where, const VSTGUI::CButtonState& buttons) override;
+
     CLASS_METHODS(Corvane_GraphContainerView, CViewContainer)
 
 protected:

@@ -7,6 +7,8 @@
 #include "Common_VST3/utilities.h"
 #include "graph/model/TrackedFrameArray.h"
 #include "graph/views/Corvane_Cursors.h"
+#include "graph/views/Corvane_EnvelopeGraphView.h"
+#include "graph/views/Corvane_KeyboardGraphView.h"
 #include "graph/views/Corvane_MainGraphView.h"
 #include "vstgui/lib/cframe.h"
 #include "vstgui/uidescription/iviewcreator.h"
@@ -117,13 +119,21 @@ void Corvane_GraphView::setCursors(const Corvane_CursorSet* set, bool useCustom)
 
 //--- Timer.
 
-bool Corvane_GraphView::takeChangedFrames()
+bool Corvane_GraphView::takeChangedFrames(int64_t* changedLow, int64_t* changedHigh)
 {
     if (!frameArray) return false;
     int64_t low = 0, high = -1;
     frameArray->takeDirty(low, high);
     if (low > high) return false;
-    if (!offscreen) return true;  // the next draw paints everything
+    if (changedLow) *changedLow = low;
+    if (changedHigh) *changedHigh = high;
+    repaintFrames(low, high);
+    return true;
+}
+
+void Corvane_GraphView::repaintFrames(int64_t low, int64_t high)
+{
+    if (!offscreen || low > high) return;  // the next draw paints everything
     const int32_t w = int32_t(getWidth());
     const int32_t left = std::max(0, docToPixelX(low) - 1);
     const int32_t right = std::min(w, docToPixelX(high) + 2);
@@ -131,7 +141,6 @@ bool Corvane_GraphView::takeChangedFrames()
         repaint(left, right);
         setDirty(true);
     }
-    return true;
 }
 
 void Corvane_GraphView::followPlayhead(int64_t frame, bool isPlaying, bool autoScrollOn)
@@ -569,4 +578,6 @@ void Corvane_GraphView_register()
     static const bool registered = (UIViewFactory::registerViewCreator(creator), true);
     (void)registered;
     Corvane_MainGraphView_register();
+    Corvane_EnvelopeGraphView_register();
+    Corvane_KeyboardGraphView_register();
 }

@@ -70,8 +70,11 @@ public:
 
     //--- The editor's timer.
     // Frames that changed since the last call (the array's dirty range) are
-    // drawn again where they are in sight; answers whether any were.
-    bool takeChangedFrames();
+    // drawn again where they are in sight; answers whether any were, and
+    // their range when asked.
+    bool takeChangedFrames(int64_t* changedLow = nullptr, int64_t* changedHigh = nullptr);
+    // Frames low..high drawn again where they are in sight.
+    void repaintFrames(int64_t low, int64_t high);
     // The play position in frames: with `autoScroll` on and the position
     // leaving the view, the view scrolls to keep it in sight.
     void followPlayhead(int64_t frame, bool playing, bool autoScroll);

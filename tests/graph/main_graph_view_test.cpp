@@ -1,5 +1,8 @@
 #include "graph/model/ObjectEditor.h"
 #include "graph/model/TrackedFrameArray.h"
+#include "graph/views/Corvane_EnvelopeGraphView.h"
+#include "graph/views/Corvane_GraphContainerView.h"
+#include "graph/views/Corvane_KeyboardGraphView.h"
 #include "graph/views/Corvane_MainGraphView.h"
 #include "Common_VST3/utilities.h"
 
@@ -304,4 +307,95 @@ TEST(MainGraphView, ANoteDrawnOverTheTrackedEndOfATakeStillTracking)
     EXPECT_EQ(q.input, 900);
     EXPECT_TRUE(q.hasTarget);
     EXPECT_EQ(q.target, 900);
+}
+
+// The container hands a move with no button to the line under
+// construction, also off the pitch graph; a left-button drag goes to the
+// views as in a plain container.
+TEST(GraphContainerView, ALineUnderConstructionFollowsThePointerOffTheGraph)
+{
+    Graph g;
+    auto* page = new Corvane_GraphContainerView(CRect(0, 0, 600, 300));
+    g.view.remember();
+    g.view.setViewSize(CRect(100, 50, 100 + viewWidth, 50 + viewHeight));
+    page->addView(&g.view);
+    g.view.setTool(Corvane_GraphView::toolDrawLines);
+    CPoint off(50, 100);  // left of the graph
+    EXPECT_EQ(page->onMouseMoved(off, CButtonState(0)), kMouseEventNotHandled) << "no main view";
+    page->setMainView(&g.view);
+    EXPECT_EQ(page->onMouseMoved(off, CButtonState(0)), kMouseEventNotHandled) << "no line begun";
+    g.press(150, 150);  // frame 50 at 900 cents
+    g.release(150, 150);
+    ASSERT_EQ(g.view.getLineVertexCount(), 1u);
+    CPoint right(560, 125);  // past the graph's right edge, 1000 cents
+    EXPECT_EQ(page->onMouseMoved(right, CButtonState(kLButton)), kMouseEventNotHandled) << "a drag is the views'";
+    EXPECT_EQ(page->onMouseMoved(right, CButtonState(0)), kMouseEventHandled);
+    g.press(560, 125);
+    g.release(560, 125);
+    g.press(560, 125, kLButton | kDoubleClick);
+    ASSERT_EQ(g.list().count(), 2u);
+    EXPECT_EQ(g.list().records[1].pitch, 1000);
+    EXPECT_GE(g.list().records[1].position, 399);
+    page->removeView(&g.view, false);
+    page->forget();
+}
+
+// The piano strip's keys: 0 cents is C 3, a pitch takes the nearest note,
+// halves away from zero.
+TEST(KeyboardGraphView, PitchesNameTheirNoteAndOctave)
+{
+    const struct {
+        int32_t cents, note, octave;
+        bool white;
+    } cases[] = {{0, 0, 3, true}, {1150, 0, 4, true}, {-50, 11, 2, true}, {149, 1, 3, false},
+                 {-1300, 11, 1, true}, {600, 6, 3, false}, {-4100, 7, -1, true}};
+    for (const auto& c : cases) {
+        int32_t note = -1, octave = -99;
+        Corvane_KeyboardGraphView::noteOf(c.cents, note, octave);
+        EXPECT_EQ(note, c.note) << c.cents;
+        EXPECT_EQ(octave, c.octave) << c.cents;
+        EXPECT_EQ(Corvane_KeyboardGraphView::isWhiteKey(note), c.white) << c.cents;
+    }
+}
+
+// The whole-take strip fits the tracked frames into its width at whole
+// frames a pixel; a click brings its frame to the middle of the pitch
+// graph, a drag makes the frames dragged over fill it; linked, it takes
+// the graph's offset and zoom.
+TEST(EnvelopeGraphView, TheWholeTakeStripShowsAndSteersThePitchGraph)
+{
+    const struct {
+        int64_t tracked;
+        double zoom;
+        int32_t width;
+    } fits[] = {{2000, 5, 400}, {1000, 3, 334}, {400, 1, 400}, {150, 1, 150}};
+    for (const auto& f : fits) {
+        Graph g(f.tracked);
+        Corvane_EnvelopeGraphView strip(CRect(0, 0, viewWidth, 40));
+        strip.setFrames(&g.frames, frameSamples, rate);
+        strip.setLinkedToMain(false);
+        strip.setMainView(&g.view);
+        EXPECT_EQ(strip.getZoom().x, f.zoom) << f.tracked;
+        EXPECT_EQ(strip.getUnlinkedWidth(), f.width) << f.tracked;
+    }
+    Graph g;
+    Corvane_EnvelopeGraphView strip(CRect(0, 0, viewWidth, 40));
+    strip.setFrames(&g.frames, frameSamples, rate);
+    strip.setLinkedToMain(false);
+    strip.setMainView(&g.view);
+    g.view.setFollowers(&strip, nullptr);
+    g.view.setTool(Corvane_GraphView::toolArrow);
+    CPoint p(200, 20), q(200, 20);  // frame 1000
+    strip.onMouseDown(p, kLButton);
+    strip.onMouseUp(q, kLButton);
+    EXPECT_EQ(g.view.getScrollOffset().x, 1000 - viewWidth / 2);
+    CPoint a(100, 20), b(260, 20);  // frames 500..1300 fill 400 pixels at 2 frames a pixel
+    strip.onMouseDown(a, kLButton);
+    strip.onMouseMoved(b, kLButton);
+    strip.onMouseUp(b, kLButton);
+    EXPECT_EQ(g.view.getZoom().x, 2);
+    EXPECT_EQ(g.view.getScrollOffset().x, 500);
+    strip.setLinkedToMain(true);
+    EXPECT_EQ(strip.getZoom().x, 2);
+    EXPECT_EQ(strip.getScrollOffset().x, 500);
 }

@@ -1,0 +1,259 @@
+// The pitch graph of the built module's editor in a window of a host of
+// ours under Xvfb, driven by XTest as a user's hand would: a tracked phrase
+// loaded, a tool picked by its number key, a line drawn over a note, the
+// output rendered and measured, and the edit undone from the panel's
+// button.
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <cmath>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "panel/Corvane_ParameterIds.h"
+#include "pluginterfaces/gui/iplugview.h"
+#include "pluginterfaces/vst/ivsteditcontroller.h"
+#include "support/editor_host.h"
+#include "support/host_run_loop.h"
+#include "support/pitch_estimate.h"
+#include "support/signals.h"
+#include "support/tracked_data.h"
+#include "support/ui_layout.h"
+#include "support/virtual_display.h"
+
+// Xlib's macros (None, Bool, ...) come after every other header.
+#include <X11/Xlib.h>
+#include <X11/extensions/XTest.h>
+#include <X11/keysym.h>
+
+using namespace Steinberg;
+using Steinberg::Vst::IEditController;
+using Steinberg::Vst::ParamID;
+using test_host::Held;
+using test_host::PluginInstance;
+using test_panel::UiView;
+
+namespace {
+
+constexpr double rate = 48000.0;
+constexpr int64_t hop = 200;  // host samples a frame
+constexpr int32 block = 512;
+constexpr double kPi = 3.14159265358979323846;
+constexpr auto kPatience = std::chrono::seconds(5);
+
+test_host::HostRunLoop& hostLoop()
+{
+    static test_host::HostRunLoop loop;
+    return loop;
+}
+
+// The frame of the host's window: offers the run loop.
+class HostFrame : public IPlugFrame {
+public:
+    tresult PLUGIN_API resizeView(IPlugView* view, ViewRect* r) override { return view->onSize(r); }
+    tresult PLUGIN_API queryInterface(const TUID iid, void** obj) override
+    {
+        if (FUnknownPrivate::iidEqual(iid, Linux::IRunLoop::iid)) {
+            hostLoop().addRef();
+            *obj = static_cast<Linux::IRunLoop*>(&hostLoop());
+            return kResultTrue;
+        }
+        QUERY_INTERFACE(iid, obj, FUnknown::iid, IPlugFrame)
+        QUERY_INTERFACE(iid, obj, IPlugFrame::iid, IPlugFrame)
+        *obj = nullptr;
+        return kNoInterface;
+    }
+    uint32 PLUGIN_API addRef() override { return 1; }
+    uint32 PLUGIN_API release() override { return 1; }
+};
+
+const test_panel::UiLayout& layout()
+{
+    static test_panel::UiLayout loaded;
+    static bool done = false;
+    if (!done) {
+        done = true;
+        loaded.load(test_host::resourcePath("Corvane_Editor.uidesc"), "Corvane_Editor");
+    }
+    return loaded;
+}
+
+double centsOfHz(double hz) { return 900.0 + 1200.0 * std::log2(hz / 440.0); }
+
+class GraphEditorX11 : public ::testing::Test {
+protected:
+    static void SetUpTestSuite()
+    {
+        if (!test_x11::haveXvfb()) return;
+        server = new test_x11::VirtualDisplay("1200x900x24");
+        if (server->ok()) ::setenv("DISPLAY", server->name.c_str(), 1);
+    }
+    static void TearDownTestSuite()
+    {
+        delete server;
+        server = nullptr;
+    }
+    void SetUp() override
+    {
+        if (!test_x11::haveXvfb()) GTEST_SKIP() << "Xvfb is not installed: the editor is not tried in a window";
+        if (!server || !server->ok()) GTEST_SKIP() << "Xvfb could not be started: the editor is not tried in a window";
+        ASSERT_TRUE(layout().error().empty()) << layout().error();
+        display = XOpenDisplay(server->name.c_str());
+        ASSERT_NE(display, nullptr);
+        folder = test_host::scratchFolder("graph_editor_x11");
+        moveTo(1190, 890);
+    }
+    void TearDown() override
+    {
+        if (window) XDestroyWindow(display, window);
+        if (display) XCloseDisplay(display);
+    }
+
+    bool pumpUntil(const std::function<bool()>& condition)
+    {
+        const auto end = std::chrono::steady_clock::now() + kPatience;
+        while (std::chrono::steady_clock::now() < end) {
+            hostLoop().runFor(10);
+            if (condition()) return true;
+        }
+        return false;
+    }
+    void pump(unsigned milliseconds) { hostLoop().runFor(milliseconds); }
+    void moveTo(int x, int y)
+    {
+        XTestFakeMotionEvent(display, DefaultScreen(display), x, y, 0);
+        XFlush(display);
+        pump(30);
+    }
+    void button(bool down)
+    {
+        XTestFakeButtonEvent(display, 1, down ? True : False, 0);
+        XFlush(display);
+        pump(30);
+    }
+    void key(KeySym sym)
+    {
+        const KeyCode code = XKeysymToKeycode(display, sym);
+        XTestFakeKeyEvent(display, code, True, 0);
+        XTestFakeKeyEvent(display, code, False, 0);
+        XFlush(display);
+        pump(50);
+    }
+    // The editor of `plugin` in a window at the screen's origin.
+    Held<IPlugView> attach(PluginInstance& plugin)
+    {
+        Held<IPlugView> view = plugin.createView();
+        if (!view) return view;
+        ViewRect size;
+        view->getSize(&size);
+        window = XCreateSimpleWindow(display, DefaultRootWindow(display), 0, 0, unsigned(size.getWidth()),
+                                     unsigned(size.getHeight()), 0, 0, 0);
+        XMapWindow(display, window);
+        XSync(display, False);
+        if (view->setFrame(&frame) != kResultOk ||
+            view->attached(reinterpret_cast<void*>(window), kPlatformTypeX11EmbedWindowID) != kResultTrue)
+            view.reset();
+        return view;
+    }
+
+    static inline test_x11::VirtualDisplay* server = nullptr;
+    Display* display = nullptr;
+    Window window = 0;
+    HostFrame frame;
+    std::string folder;
+};
+
+// The phrase from the start of the timeline with the engine fresh, as a
+// host plays it.
+std::vector<float> render(hostlib::Instance& instance, const std::vector<float>& x)
+{
+    instance.activate(false);
+    instance.activate(true);
+    instance.transport().locate(0);
+    std::vector<std::vector<float>> out;
+    std::vector<float> in = x;
+    in.resize(x.size() + 4096, 0.0f);
+    if (instance.process_all({in}, out, block) != kResultOk || out.empty()) return {};
+    return out[0];
+}
+
+// The output's pitch in cents over a frame, latency taken off; 0 for none.
+double outputCents(const std::vector<float>& y, int64_t frame, uint32 latency)
+{
+    const size_t mid = size_t(frame * hop + hop / 2) + latency;
+    const double hz = test_pitch::estimate_hz(y, mid - 480, 960, rate, 80.0, 800.0);
+    return hz > 0.0 ? centsOfHz(hz) : 0.0;
+}
+
+} // namespace
+
+// A phrase sung at 800 cents is tracked and made into a note. "4" picks the
+// Arrow and "1" Draw Lines; a drag along the graph's middle row, which
+// shows 900 cents, draws a line there over frames 40..300 (a frame a pixel).
+// Played back, the output sings 900 cents over the line; "Undo" on the
+// panel gives back the render of the note alone, sample for sample.
+TEST_F(GraphEditorX11, ALineDrawnOverANotePlaysAndUndoGivesBackTheRender)
+{
+    PluginInstance plugin;
+    ASSERT_TRUE(plugin.ok()) << plugin.error;
+    hostlib::Instance& instance = *plugin.instance;
+    ASSERT_TRUE(instance.set_channels(1, 1) && instance.setup(rate, block, true) && instance.activate(true));
+    ICorvaneTrackedData* data = test_tracking::startTracking(instance, folder + "/take", false);
+    ASSERT_NE(data, nullptr);
+    const double sungHz = 440.0 * std::pow(2.0, -100.0 / 1200.0);
+    const std::vector<float> x = test_signals::sine(size_t(1.6 * rate), sungHz, rate, 0.3, kPi / 2);
+    ASSERT_FALSE(render(instance, x).empty());
+    data->clickControl(corvane::kTrackPitch, 0.0);
+    data->clickControl(corvane::kObjectRetuneSpeed, 0.0);
+    data->clickControl(corvane::kMakeNotes, 1.0);
+    data->clickControl(corvane::kMakeNotes, 0.0);
+    const uint32 latency = instance.latency();
+    const std::vector<float> noteOnly = render(instance, x);
+
+    Held<IPlugView> view = attach(plugin);
+    ASSERT_TRUE(view);
+    const UiView* graph = layout().find("Corvane_MainGraphView");
+    const UiView* undo = layout().find("UndoButton");
+    ASSERT_TRUE(graph && undo);
+    const test_panel::Rect g = graph->rect;
+    pump(200);
+
+    // The number keys over the graph pick their tools.
+    const ParamID tools = corvane::kGraphTools;
+    IEditController* controller = instance.controller();
+    moveTo(g.x + 20, g.y + 20);
+    key(XK_4);
+    EXPECT_TRUE(pumpUntil([&] { return std::fabs(controller->getParamNormalized(tools) - 3.0 / 9.0) < 1e-6; }));
+    key(XK_1);
+    EXPECT_TRUE(pumpUntil([&] { return controller->getParamNormalized(tools) == 0.0; }));
+
+    // The drag: row height / 2 is 900 cents (4 cents a pixel about it).
+    const int row = g.y + g.height / 2;
+    moveTo(g.x + 40, row);
+    button(true);
+    for (int x = 60; x <= 300; x += 40) moveTo(g.x + x, row);
+    button(false);
+    TrackedFrame f;
+    ASSERT_TRUE(pumpUntil([&] {
+        return data->getTrackedFrame(200, &f) == kResultOk && std::fabs(f.outputPeriod - rate / 440.0) < 0.05;
+    })) << f.outputPeriod;
+
+    const std::vector<float> lined = render(instance, x);
+    int total = 0, onLine = 0;
+    for (int64_t frame = 80; frame < 290; frame += 3) {
+        ++total;
+        if (std::fabs(outputCents(lined, frame, latency) - 900.0) <= 10.0) ++onLine;
+    }
+    EXPECT_GE(onLine, total * 9 / 10) << onLine << " of " << total;
+
+    moveTo(undo->rect.x + undo->rect.width / 2, undo->rect.y + undo->rect.height / 2);
+    button(true);
+    button(false);
+    EXPECT_TRUE(pumpUntil([&] { return data->getTrackedFrame(200, &f) == kResultOk && std::fabs(f.outputPeriod - rate / 440.0) > 1.0; }));
+    EXPECT_TRUE(render(instance, x) == noteOnly) << "undo gives back the note's render";
+    moveTo(1190, 890);
+    view->removed();
+    view->setFrame(nullptr);
+}
