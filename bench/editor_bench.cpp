@@ -11,7 +11,9 @@
 
 #include "effect/Corvane_SingleComponentEffect.h"
 #include "graph/model/TrackedFrameArray.h"
+#include "graph/model/ObjectEditor.h"
 #include "graph/views/Corvane_GraphView.h"
+#include "graph/views/Corvane_MainGraphView.h"
 #include "vstgui/lib/cbitmap.h"
 #include "vstgui/lib/cframe.h"
 #include "vstgui/lib/coffscreencontext.h"
@@ -195,8 +197,137 @@ void editor_timer_tick_scrolling(benchmark::State& state)
     }
 }
 
+// The pitch graph over the take with a note object made for every sung
+// note, at a frame a pixel, its picture drawn.
+struct PitchGraphOverTake {
+    ObjectEditor editor;
+    std::unique_ptr<Corvane_MainGraphView> view;
+
+    PitchGraphOverTake(int width, int height)
+    {
+        TrackedFrameArray& take = threeHourTake();
+        editor.attach(&take);
+        editor.setRates(takeRate, double(takeFrameSamples));
+        // A note over each sung stretch, on the semitone nearest its middle.
+        static const ObjectList notes = [&] {
+            ObjectList list;
+            for (int64_t start = 44; start + 396 < take.frameCount(); start += 441) {
+                const int64_t middle = start + 198;
+                const int16_t pitch =
+                    int16_t(100 * std::lround((900 + 400 * std::sin(double(middle) / 300.0)) / 100.0));
+                ObjectRecord note, end;
+                note.kind = KindNote;
+                note.position = int32_t(start);
+                note.pitch = pitch;
+                end.kind = KindEnd;
+                end.position = int32_t(start + 396);
+                end.pitch = pitch;
+                list.records.push_back(note);
+                list.records.push_back(end);
+            }
+            return list;
+        }();
+        if (editor.currentList().empty()) {
+            editor.getHistory().pushStep(notes);
+            editor.applyAll();
+        }
+        view = std::make_unique<Corvane_MainGraphView>(VSTGUI::CRect(0, 0, width, height));
+        view->setZoom({1.0, 4.0});
+        view->setFrames(&take, takeFrameSamples, takeRate);
+        view->setScrollOffset({double(take.frameCount() / 2), 2700.0 - height * 2.0});
+        view->setObjects(&editor, [] { return NewObjectSettings(); });
+        view->refresh(false, false, false);
+    }
+    // The first note whose body lies in sight, as a point of the view.
+    bool noteInSight(VSTGUI::CPoint& where) const
+    {
+        for (size_t i = 0; i + 1 < editor.currentList().count(); ++i) {
+            const ObjectRecord& r = editor.currentList().records[i];
+            const ObjectRecord& e = editor.currentList().records[i + 1];
+            const int32_t x0 = view->docToPixelX(r.position), x1 = view->docToPixelX(e.position);
+            const int32_t y = view->docToPixelY(Corvane_GraphView::topCents - r.pitch);
+            if (r.kind == KindNote && x0 > 10 && x1 < view->getWidth() - 10 && x1 - x0 > 20 && y > 40 &&
+                y < view->getHeight() - 40) {
+                where = VSTGUI::CPoint((x0 + x1) / 2, y);
+                return true;
+            }
+        }
+        return false;
+    }
+};
+
+void pitch_graph_full_redraw(benchmark::State& state)
+{
+    PitchGraphOverTake graph(int(state.range(0)), int(state.range(1)));
+    for (auto _ : state) {
+        graph.view->refresh(false, false, false);
+        benchmark::ClobberMemory();
+    }
+    state.counters["objects"] = double(graph.editor.currentList().count());
+}
+
+// One mouse-moved event of an Arrow drag that moves a note up and down:
+// the snapshot put back and the moved note drawn over it.
+void pitch_graph_drag_event(benchmark::State& state)
+{
+    PitchGraphOverTake graph(int(state.range(0)), int(state.range(1)));
+    graph.view->setTool(Corvane_GraphView::toolArrow);
+    VSTGUI::CPoint start;
+    if (!graph.noteInSight(start)) {
+        state.SkipWithError("no note in sight");
+        return;
+    }
+    VSTGUI::CPoint p(start);
+    graph.view->onMouseDown(p, VSTGUI::CButtonState(VSTGUI::kLButton));
+    int step = 0;
+    for (auto _ : state) {
+        VSTGUI::CPoint q(start.x, start.y - 30 + (step++ % 60));
+        graph.view->onMouseMoved(q, VSTGUI::CButtonState(VSTGUI::kLButton));
+        benchmark::ClobberMemory();
+    }
+    graph.view->onMouseUp(p, VSTGUI::CButtonState(VSTGUI::kLButton));
+}
+
+// The end of a drag: the moved note laid over the list as a history step,
+// the frames recomputed and the picture drawn; undone between runs.
+void pitch_graph_drag_release(benchmark::State& state)
+{
+    PitchGraphOverTake graph(int(state.range(0)), int(state.range(1)));
+    graph.view->setTool(Corvane_GraphView::toolArrow);
+    VSTGUI::CPoint start;
+    if (!graph.noteInSight(start)) {
+        state.SkipWithError("no note in sight");
+        return;
+    }
+    for (auto _ : state) {
+        VSTGUI::CPoint p(start), q(start.x, start.y - 25);
+        graph.view->onMouseDown(p, VSTGUI::CButtonState(VSTGUI::kLButton));
+        graph.view->onMouseMoved(q, VSTGUI::CButtonState(VSTGUI::kLButton));
+        graph.view->onMouseUp(q, VSTGUI::CButtonState(VSTGUI::kLButton));
+        state.PauseTiming();
+        graph.editor.undo();
+        graph.view->refresh(false, false, false);
+        state.ResumeTiming();
+    }
+}
+
 } // namespace
 
+BENCHMARK(pitch_graph_full_redraw)
+    ->ArgNames({"width", "height"})
+    ->Args({850, 630})
+    ->Args({1920, 1080})
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK(pitch_graph_drag_event)
+    ->ArgNames({"width", "height"})
+    ->Args({850, 630})
+    ->Args({1920, 1080})
+    ->Unit(benchmark::kMicrosecond);
+BENCHMARK(pitch_graph_drag_release)
+    ->ArgNames({"width", "height"})
+    ->Args({850, 630})
+    ->Args({1920, 1080})
+    ->Unit(benchmark::kMillisecond);
 BENCHMARK(graph_full_redraw)
     ->ArgNames({"width", "height", "zoom"})
     ->Args({850, 630, 1})

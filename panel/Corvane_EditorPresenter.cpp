@@ -227,6 +227,26 @@ void Corvane_EditorPresenter::showPitchGraph()
     }
     if (auto* keyboard = viewRegistry.keyboardGraphView) keyboard->setMainView(graph);
     showGraphNoteNames();
+    // A take already tracked opens with the pitches sung in the first view
+    // in sight: their middle at the middle of the graph.
+    if (TrackedFrameArray* frames = effect.graphFrames()) {
+        const int64_t end = std::min<int64_t>(frames->trackedEnd(), int64_t(graph->getWidth() * graph->getZoom().x));
+        int32_t lowest = INT32_MAX, highest = INT32_MIN;
+        for (int64_t i = 0; i < end; ++i) {
+            const TrackedFrame f = frames->get(i);
+            if (!f.voiced() || f.centsA == TrackedFrame::unvoicedCents) continue;
+            lowest = std::min(lowest, (f.centsA + f.centsB) / 2);
+            highest = std::max(highest, (f.centsA + f.centsB) / 2);
+        }
+        if (lowest <= highest) {
+            const double middle = double(Corvane_GraphView::topCents) - (double(lowest) + double(highest)) / 2.0;
+            const double top = middle - graph->getHeight() / 2.0 * graph->getZoom().y;
+            const double zoomY = graph->getZoom().y;
+            graph->scrollTo(graph->getScrollOffset().x, std::max(0.0, std::round(top / zoomY) * zoomY));
+            graph->refresh(true, true, false);
+            graph->updateThumbs();
+        }
+    }
     // The pitch under the pointer takes the pitch displays from the engine's
     // while the pointer is over the graph.
     graph->setReadoutListener([this](const Corvane_MainGraphView::Readout& r) {

@@ -190,9 +190,11 @@ double outputCents(const std::vector<float>& y, int64_t frame, uint32 latency)
 } // namespace
 
 // A phrase sung at 800 cents is tracked and made into a note. "4" picks the
-// Arrow and "1" Draw Lines; a drag along the graph's middle row, which
-// shows 900 cents, draws a line there over frames 40..300 (a frame a pixel).
-// Played back, the output sings 900 cents over the line; "Undo" on the
+// Arrow and "1" Draw Lines. The graph opens with the pitch sung at its
+// middle row (the row's pitch within a pixel, 4 cents), so that about 900
+// cents lies 25 rows above it; a drag along that row draws a line there
+// over frames 40..300 (a frame a pixel).
+// Played back, the output sings the line's pitch; "Undo" on the
 // panel gives back the render of the note alone, sample for sample.
 TEST_F(GraphEditorX11, ALineDrawnOverANotePlaysAndUndoGivesBackTheRender)
 {
@@ -229,29 +231,32 @@ TEST_F(GraphEditorX11, ALineDrawnOverANotePlaysAndUndoGivesBackTheRender)
     key(XK_1);
     EXPECT_TRUE(pumpUntil([&] { return controller->getParamNormalized(tools) == 0.0; }));
 
-    // The drag: row height / 2 is 900 cents (4 cents a pixel about it).
-    const int row = g.y + g.height / 2;
+    const int row = g.y + g.height / 2 - 25;
     moveTo(g.x + 40, row);
     button(true);
     for (int x = 60; x <= 300; x += 40) moveTo(g.x + x, row);
     button(false);
     TrackedFrame f;
     ASSERT_TRUE(pumpUntil([&] {
-        return data->getTrackedFrame(200, &f) == kResultOk && std::fabs(f.outputPeriod - rate / 440.0) < 0.05;
+        return data->getTrackedFrame(200, &f) == kResultOk && f.outputPeriod > 0.0f &&
+               std::fabs(centsOfHz(rate / f.outputPeriod) - 900.0) <= 4.5;
     })) << f.outputPeriod;
+    const double lineCents = centsOfHz(rate / f.outputPeriod);
 
     const std::vector<float> lined = render(instance, x);
     int total = 0, onLine = 0;
     for (int64_t frame = 80; frame < 290; frame += 3) {
         ++total;
-        if (std::fabs(outputCents(lined, frame, latency) - 900.0) <= 10.0) ++onLine;
+        if (std::fabs(outputCents(lined, frame, latency) - lineCents) <= 10.0) ++onLine;
     }
     EXPECT_GE(onLine, total * 9 / 10) << onLine << " of " << total;
 
     moveTo(undo->rect.x + undo->rect.width / 2, undo->rect.y + undo->rect.height / 2);
     button(true);
     button(false);
-    EXPECT_TRUE(pumpUntil([&] { return data->getTrackedFrame(200, &f) == kResultOk && std::fabs(f.outputPeriod - rate / 440.0) > 1.0; }));
+    EXPECT_TRUE(pumpUntil([&] {
+        return data->getTrackedFrame(200, &f) == kResultOk && std::fabs(centsOfHz(rate / f.outputPeriod) - lineCents) > 50;
+    }));
     EXPECT_TRUE(render(instance, x) == noteOnly) << "undo gives back the note's render";
     moveTo(1190, 890);
     view->removed();

@@ -14,6 +14,8 @@
 #include <cstdio>
 #include <cstring>
 #include <exception>
+#include <fstream>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -45,6 +47,9 @@ const char* const kUsage =
     "\n"
     "  --plugin BUNDLE        the .vst3 bundle (or .so) to load\n"
     "                         (default: " CORVANE_DEFAULT_BUNDLE ")\n"
+    "  --load-state FILE      restore a state saved by corvane-render --save-state\n"
+    "                         (or by a host) before the --set values: the Graph\n"
+    "                         page then shows its tracked take and objects\n"
     "  --set \"Title=value\"    set the parameter of that exact title to the value\n"
     "                         a host would show for it, e.g. \"Correction Mode=Graph\"\n"
     "                         or \"Retune Speed=20\"; may be repeated, applied in order\n"
@@ -58,6 +63,7 @@ const char* const kUsage =
 struct Options {
     std::string plugin = CORVANE_DEFAULT_BUNDLE;
     std::vector<std::string> settings;
+    std::string loadState;
     // 0 leaves the size to the editor.
     int width = 0;
     int height = 0;
@@ -77,6 +83,8 @@ Options parse(int argc, char** argv)
             o.help = true;
         } else if (arg == "--plugin") {
             o.plugin = args.value();
+        } else if (arg == "--load-state") {
+            o.loadState = args.value();
         } else if (arg == "--set") {
             o.settings.push_back(args.value());
         } else if (arg == "--open-dialog") {
@@ -118,6 +126,12 @@ void write_snapshot(const Options& options, cli::Pending_File& output)
     {
         const auto instance = hostlib::Instance::create(*module, "", error);
         if (!instance) fail(error);
+        if (!options.loadState.empty()) {
+            std::ifstream file(options.loadState, std::ios::binary);
+            if (!file) fail("cannot open \"" + options.loadState + "\": " + std::strerror(errno));
+            const std::vector<char> bytes((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
+            if (!instance->set_state(bytes)) fail("the plug-in refuses the state in \"" + options.loadState + "\"");
+        }
         for (const auto& setting : options.settings) cli::set_parameter(*instance, setting);
 
         const auto view = Steinberg::owned(instance->controller()->createView(Steinberg::Vst::ViewType::kEditor));
