@@ -118,7 +118,7 @@ void zoomGraphCanvas(Corvane_GraphView* canvas, Steinberg::Vst::ParamID id)
     default: break;
     }
     if (!zoomed) return;
-    canvas->refresh(true, false, false);
+    canvas->refresh(true, true, false);
     canvas->updateThumbs();
 }
 
@@ -262,6 +262,7 @@ void Corvane_EditorPresenter::willClose()
 {
     effect.keyboardNoteHeld(-1);
     viewRegistry = Corvane_ViewRegistry();
+    graphReadoutShown = false;
     objectKnobEdit = -1;
     openEditor = nullptr;
     dialogs.setFrame(nullptr);

@@ -8,6 +8,7 @@
 #include "Common_VST3/utilities.h"
 #include "graph/model/ObjectEditor.h"
 #include "graph/model/TrackedFrameArray.h"
+#include "graph/views/Corvane_EnvelopeGraphView.h"
 #include "vstgui/lib/cframe.h"
 #include "vstgui/uidescription/iviewcreator.h"
 #include "vstgui/uidescription/uiviewfactory.h"
@@ -95,7 +96,7 @@ void Corvane_MainGraphView::setShowOutputCurve(bool state)
     refresh(false, false, false);
 }
 
-void Corvane_MainGraphView::setFollowers(VSTGUI4_ScrollableView* envelope, CView* keyboard)
+void Corvane_MainGraphView::setFollowers(Corvane_EnvelopeGraphView* envelope, CView* keyboard)
 {
     envelopeView = envelope;
     keyboardView = keyboard;
@@ -156,14 +157,14 @@ int32_t Corvane_MainGraphView::scrollDown(int32_t count)
 int32_t Corvane_MainGraphView::scrollLeft(int32_t count)
 {
     const int32_t moved = Corvane_GraphView::scrollLeft(count);
-    if (moved > 0 && envelopeView) envelopeView->refresh(false, false, false);
+    if (moved > 0 && envelopeView && envelopeView->isLinkedToMain()) envelopeView->refresh(false, false, false);
     return moved;
 }
 
 int32_t Corvane_MainGraphView::scrollRight(int32_t count)
 {
     const int32_t moved = Corvane_GraphView::scrollRight(count);
-    if (moved > 0 && envelopeView) envelopeView->refresh(false, false, false);
+    if (moved > 0 && envelopeView && envelopeView->isLinkedToMain()) envelopeView->refresh(false, false, false);
     return moved;
 }
 

@@ -9,6 +9,7 @@
 #include "graph/views/Corvane_GraphView.h"
 
 class ObjectEditor;
+class Corvane_EnvelopeGraphView;
 
 // The pitch graph: frames across, cents upwards. It paints the tracked
 // input pitch (red), the correction objects (notes as boxes, lines and
@@ -70,8 +71,9 @@ public:
     void setPitchOffset(int16_t cents);
     void setShowOutputCurve(bool state);
     // The views that follow this one: the envelope strip (refreshed with
-    // the picture) and the keyboard strip (marked dirty on vertical moves).
-    void setFollowers(VSTGUI4_ScrollableView* envelope, VSTGUI::CView* keyboard);
+    // the picture, and on horizontal scrolls while it is linked) and the
+    // keyboard strip (marked dirty on vertical moves).
+    void setFollowers(Corvane_EnvelopeGraphView* envelope, VSTGUI::CView* keyboard);
     // Called with the read-outs whenever the pointer's place changes.
     void setReadoutListener(std::function<void(const Readout&)> listener) { readoutListener = std::move(listener); }
     // Called after every edit the view made (a new history step).
@@ -160,7 +162,7 @@ protected:
     std::function<NewObjectSettings()> newSettings;
     std::function<void(const Readout&)> readoutListener;
     std::function<void()> editListener;
-    VSTGUI4_ScrollableView* envelopeView = nullptr;
+    Corvane_EnvelopeGraphView* envelopeView = nullptr;
     VSTGUI::CView* keyboardView = nullptr;
     bool snapToNote = false;
     int16_t pitchOffset = 0;
