@@ -25,6 +25,7 @@
 
 // Xlib's macros (None, Bool, ...) come after every other header.
 #include <X11/Xlib.h>
+#include <X11/Xutil.h>
 #include <X11/extensions/XTest.h>
 #include <X11/keysym.h>
 
@@ -141,6 +142,15 @@ protected:
         XFlush(display);
         pump(50);
     }
+    // What the screen shows at a point of the window, 0xRRGGBB.
+    uint32_t pixel(int x, int y)
+    {
+        XImage* image = XGetImage(display, window, x, y, 1, 1, AllPlanes, ZPixmap);
+        if (!image) return 0;
+        const uint32_t colour = uint32_t(XGetPixel(image, 0, 0) & 0xffffff);
+        XDestroyImage(image);
+        return colour;
+    }
     // The editor of `plugin` in a window at the screen's origin.
     Held<IPlugView> attach(PluginInstance& plugin)
     {
@@ -195,8 +205,12 @@ double outputCents(const std::vector<float>& y, int64_t frame, uint32 latency)
 // cents lies 25 rows above it; a drag along that row draws a line there
 // over frames 40..300 (a frame a pixel).
 // Played back, the output sings the line's pitch; "Undo" on the
-// panel gives back the render of the note alone, sample for sample.
-TEST_F(GraphEditorX11, ALineDrawnOverANotePlaysAndUndoGivesBackTheRender)
+// panel gives back the render of the note alone, sample for sample. Then
+// "4" and a drag of the note 25 rows up (100 cents) moves what plays a
+// semitone up; "7" and a double click with the I-beam select the whole
+// take (its band over the tracked frames only), and "6" with an Alt-drag
+// zooms out to two frames a pixel, halving the band.
+TEST_F(GraphEditorX11, ToolsOverATrackedPhraseEditWhatPlays)
 {
     PluginInstance plugin;
     ASSERT_TRUE(plugin.ok()) << plugin.error;
@@ -205,10 +219,13 @@ TEST_F(GraphEditorX11, ALineDrawnOverANotePlaysAndUndoGivesBackTheRender)
     ICorvaneTrackedData* data = test_tracking::startTracking(instance, folder + "/take", false);
     ASSERT_NE(data, nullptr);
     const double sungHz = 440.0 * std::pow(2.0, -100.0 / 1200.0);
-    const std::vector<float> x = test_signals::sine(size_t(1.6 * rate), sungHz, rate, 0.3, kPi / 2);
+    const std::vector<float> x = test_signals::sine(size_t(3.6 * rate), sungHz, rate, 0.3, kPi / 2);
     ASSERT_FALSE(render(instance, x).empty());
     data->clickControl(corvane::kTrackPitch, 0.0);
     data->clickControl(corvane::kObjectRetuneSpeed, 0.0);
+    // The graph stays at the start of the take while the renders move the
+    // play position.
+    data->clickControl(corvane::kAutoScroll, 0.0);
     data->clickControl(corvane::kMakeNotes, 1.0);
     data->clickControl(corvane::kMakeNotes, 0.0);
     const uint32 latency = instance.latency();
@@ -258,6 +275,54 @@ TEST_F(GraphEditorX11, ALineDrawnOverANotePlaysAndUndoGivesBackTheRender)
         return data->getTrackedFrame(200, &f) == kResultOk && std::fabs(centsOfHz(rate / f.outputPeriod) - lineCents) > 50;
     }));
     EXPECT_TRUE(render(instance, x) == noteOnly) << "undo gives back the note's render";
+
+    ASSERT_EQ(data->getTrackedFrame(200, &f), kResultOk);
+    const double noteCents = centsOfHz(rate / f.outputPeriod);
+    key(XK_4);
+    const int noteRow = g.y + g.height / 2;
+    moveTo(g.x + 150, noteRow);
+    button(true);
+    for (int dy = 5; dy <= 25; dy += 5) moveTo(g.x + 150, noteRow - dy);
+    button(false);
+    EXPECT_TRUE(pumpUntil([&] {
+        return data->getTrackedFrame(200, &f) == kResultOk && std::fabs(centsOfHz(rate / f.outputPeriod) - noteCents - 100.0) < 1.0;
+    })) << centsOfHz(rate / f.outputPeriod) << " after " << noteCents;
+    const std::vector<float> raised = render(instance, x);
+    int up = 0;
+    total = 0;
+    for (int64_t frame = 80; frame < 290; frame += 3) {
+        ++total;
+        if (std::fabs(outputCents(raised, frame, latency) - noteCents - 100.0) <= 10.0) ++up;
+    }
+    EXPECT_GE(up, total * 9 / 10) << up << " of " << total;
+
+    // Rows near the top show the background: white, the I-beam's band in
+    // (216, 224, 236). The take is 864 frames long: at a frame a pixel it
+    // fills the 770 pixels of the graph, at two frames a pixel 432 of them.
+    const int bandRow = g.y + 30;
+    const uint32_t white = 0xffffff, band = 0xd8e0ec;
+    ASSERT_EQ(pixel(g.x + 600, bandRow), white);
+    key(XK_7);
+    moveTo(g.x + 100, bandRow);
+    button(true);
+    button(false);
+    button(true);
+    button(false);
+    EXPECT_TRUE(pumpUntil([&] { return pixel(g.x + 200, bandRow) == band && pixel(g.x + 600, bandRow) == band; }))
+        << std::hex << pixel(g.x + 200, bandRow) << " " << pixel(g.x + 600, bandRow);
+
+    key(XK_6);
+    const KeyCode alt = XKeysymToKeycode(display, XK_Alt_L);
+    XTestFakeKeyEvent(display, alt, True, 0);
+    moveTo(g.x + 100, bandRow);
+    button(true);
+    moveTo(g.x + 200, bandRow + 40);
+    moveTo(g.x + 300, bandRow + 60);
+    button(false);
+    XTestFakeKeyEvent(display, alt, False, 0);
+    XFlush(display);
+    EXPECT_TRUE(pumpUntil([&] { return pixel(g.x + 600, bandRow) == white && pixel(g.x + 400, bandRow) == band; }))
+        << std::hex << pixel(g.x + 600, bandRow) << " " << pixel(g.x + 400, bandRow);
     moveTo(1190, 890);
     view->removed();
     view->setFrame(nullptr);
