@@ -217,6 +217,8 @@ void Corvane_EditorPresenter::showPitchGraph()
     if (auto* detune = effect.panelParameter(corvane::kDetune))
         graph->setPitchOffset(int16_t(detune->toPlain(detune->getNormalized())));
     graph->setShowOutputCurve(effect.userOptions().showOutputCurves);
+    if (auto* midi = effect.panelParameter(corvane::kShowMIDI))
+        graph->setShowMidi(midi->toPlain(midi->getNormalized()) == 1.0);
     if (auto* page = viewRegistry.graphModePage) page->setMainView(graph);
     graph->setFollowers(viewRegistry.envelopeGraphView, viewRegistry.keyboardGraphView);
     if (auto* envelope = viewRegistry.envelopeGraphView) {
@@ -550,6 +552,9 @@ void Corvane_EditorPresenter::parameterChanged(Parameter* parameter)
         break;
     case corvane::kSnapToNote:
         if (viewRegistry.mainGraphView) viewRegistry.mainGraphView->setSnapToNote(press);
+        break;
+    case corvane::kShowMIDI:
+        if (viewRegistry.mainGraphView) viewRegistry.mainGraphView->setShowMidi(press);
         break;
     case corvane::kMakeNotes:
     case corvane::kMakeCurves:

@@ -33,6 +33,7 @@ const CColor noteWaveColour(110, 173, 245, 255);
 const CColor outputPitchColour(0, 96, 32, 255);
 const CColor bandColour(0, 0, 0, 255);
 const CColor rubberColour(0, 0, 128, 255);
+const CColor midiColour(144, 48, 160, 255);
 // Height of the waveform inside a note, as a share of the note's height.
 constexpr float noteEnvelopeScale = 0.8f;
 
@@ -93,6 +94,13 @@ void Corvane_MainGraphView::setShowOutputCurve(bool state)
 {
     if (state == showOutputCurve) return;
     showOutputCurve = state;
+    refresh(false, false, false);
+}
+
+void Corvane_MainGraphView::setShowMidi(bool state)
+{
+    if (state == showMidi) return;
+    showMidi = state;
     refresh(false, false, false);
 }
 
@@ -194,6 +202,7 @@ void Corvane_MainGraphView::drawContent(CDrawContext* context, int32_t left, int
     const ObjectList& list = busy ? workingList : currentList();
     drawObjects(context, list, 2, left, right);
     drawInputPitch(context, left, right);
+    if (showMidi) drawMidiBars(context, left, right);
     drawObjects(context, list, 1, left, right);
     if (showOutputCurve) drawOutputPitch(context, left, right);
     drawRuler(context, true, true, left, right);
@@ -277,6 +286,33 @@ void Corvane_MainGraphView::drawOutputPitch(CDrawContext* context, int32_t left,
         if (any && minY != maxY) context->drawLine(CPoint(c, minY), CPoint(c, maxY));
         previousValid = lastValid;
         previousY = lastY;
+    }
+}
+
+void Corvane_MainGraphView::drawMidiBars(CDrawContext* context, int32_t left, int32_t right)
+{
+    if (!frameArray) return;
+    const int64_t end = std::min(frameArray->trackedEnd(), frameArray->frameCount());
+    // The note of a column is that of its first frame; MIDI note 60 is 0
+    // cents, and a bar spans its note's semitone.
+    auto noteAt = [&](int32_t column) -> int32_t {
+        const int64_t d = pixelToDocX(column);
+        return d >= 0 && d < end ? frameArray->get(d).midiNote : TrackedFrame::noMidiNote;
+    };
+    context->setFrameColor(midiColour);
+    int32_t previous = noteAt(left - 1);
+    for (int32_t c = std::max(left, 0); c < right; ++c) {
+        const int32_t note = noteAt(c);
+        auto edge = [&](int32_t n, int32_t x) {
+            context->drawLine(CPoint(x, pixelOfCents(n * 100 - 5950)), CPoint(x, pixelOfCents(n * 100 - 6050)));
+        };
+        if (previous != note && previous != TrackedFrame::noMidiNote) edge(previous, c);
+        if (note != TrackedFrame::noMidiNote) {
+            if (previous != note) edge(note, c);
+            context->drawLine(CPoint(c, pixelOfCents(note * 100 - 5950)), CPoint(c + 1, pixelOfCents(note * 100 - 5950)));
+            context->drawLine(CPoint(c, pixelOfCents(note * 100 - 6050)), CPoint(c + 1, pixelOfCents(note * 100 - 6050)));
+        }
+        previous = note;
     }
 }
 

@@ -70,6 +70,9 @@ public:
     void setSnapToNote(bool state) { snapToNote = state; }
     void setPitchOffset(int16_t cents);
     void setShowOutputCurve(bool state);
+    // The MIDI notes recorded beside the take, as outlined bars a semitone
+    // high ("Show MIDI").
+    void setShowMidi(bool state);
     // The views that follow this one: the envelope strip (refreshed with
     // the picture, and on horizontal scrolls while it is linked) and the
     // keyboard strip (marked dirty on vertical moves).
@@ -137,6 +140,7 @@ protected:
     void drawNote(VSTGUI::CDrawContext* context, const ObjectRecord& start, const ObjectRecord& end,
                   int32_t left, int32_t right);
     void drawOutputPitch(VSTGUI::CDrawContext* context, int32_t left, int32_t right);
+    void drawMidiBars(VSTGUI::CDrawContext* context, int32_t left, int32_t right);
     void drawGrid(VSTGUI::CDrawContext* context, int32_t left, int32_t right);
     void drawWaveform(VSTGUI::CDrawContext* context, int32_t left, int32_t right);
     // `next` becomes the newest history step; the picture follows.
@@ -167,6 +171,7 @@ protected:
     bool snapToNote = false;
     int16_t pitchOffset = 0;
     bool showOutputCurve = true;
+    bool showMidi = false;
 
     // The list being edited under a drag and what floats over it.
     ObjectList workingList;

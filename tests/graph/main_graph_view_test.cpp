@@ -399,3 +399,24 @@ TEST(EnvelopeGraphView, TheWholeTakeStripShowsAndSteersThePitchGraph)
     EXPECT_EQ(strip.getZoom().x, 2);
     EXPECT_EQ(strip.getScrollOffset().x, 500);
 }
+
+// MIDI note 69 held over frames 100..199 is outlined a semitone high around
+// 900 cents, rows 87 and 112 (1300 - 4 y cents), with "Show MIDI" on only.
+TEST(MainGraphView, HeldMidiNotesAreOutlinedOnTheirSemitone)
+{
+    Graph g;
+    for (int64_t i = 100; i < 200; ++i) {
+        TrackedFrame f = g.frames.get(i);
+        f.midiNote = 69;
+        g.frames.putAll(i, f);
+    }
+    const uint32_t purple = 0x9030a0;
+    g.view.refresh(false, false, false);
+    EXPECT_FALSE(near(pixel(g.view, 150, 87), purple));
+    g.view.setShowMidi(true);
+    EXPECT_TRUE(near(pixel(g.view, 150, 87), purple)) << std::hex << pixel(g.view, 150, 87);
+    EXPECT_TRUE(near(pixel(g.view, 150, 112), purple)) << std::hex << pixel(g.view, 150, 112);
+    EXPECT_TRUE(near(pixel(g.view, 100, 95), purple)) << "the start edge";
+    EXPECT_FALSE(near(pixel(g.view, 150, 95), purple)) << "inside the bar";
+    EXPECT_FALSE(near(pixel(g.view, 250, 87), purple)) << "after the note";
+}
