@@ -59,7 +59,7 @@ public:
     TrackedFrameArray* getFrames() const { return frameArray; }
     double getFramesPerSecond() const;
     // The tool that chooses the cursor and what a drag does.
-    void setTool(int32_t value);
+    virtual void setTool(int32_t value);
     int32_t getTool() const { return tool; }
     // The ruler counts bars and beats instead of clock time.
     void setShowingBarsAndBeats(bool state);

@@ -759,6 +759,12 @@ bool Corvane_MainGraphView::finishLine()
     return commit(mergeObjects(line, rest, frameArray ? frameArray->frameCount() : 0));
 }
 
+void Corvane_MainGraphView::setTool(int32_t value)
+{
+    if (value != tool && !lineVertices.empty()) cancelLine();
+    Corvane_GraphView::setTool(value);
+}
+
 void Corvane_MainGraphView::cancelLine()
 {
     lineVertices.clear();

@@ -110,6 +110,8 @@ public:
     void cancelLine();
 
     //--- Corvane_GraphView
+    // Another tool abandons a line under construction.
+    void setTool(int32_t value) override;
     void drawContent(VSTGUI::CDrawContext* context, int32_t left, int32_t right) override;
     void refresh(bool updateEnvelope, bool updateKeyboard, bool keepPicture) override;
     void getCursorAt(VSTGUI::CPoint where, VSTGUI::CButtonState buttons, uint32_t& kind, uint32_t& id) override;

@@ -191,6 +191,15 @@ TEST(MainGraphView, ALineDraggedOutOfTheViewEndsUnderThePointer)
     ASSERT_EQ(g.list().count(), 2u);
     EXPECT_EQ(g.list().records[0].position, 50);
     EXPECT_EQ(g.list().records[1].position, int32_t(offset) + viewWidth + 100);
+
+    // A line begun and left for another tool is abandoned: it does not come
+    // back with the line tool.
+    g.press(50, 100);
+    g.release(50, 100);
+    g.view.setTool(Corvane_GraphView::toolArrow);
+    g.view.setTool(Corvane_GraphView::toolDrawLines);
+    EXPECT_EQ(g.view.getLineVertexCount(), 0u);
+    EXPECT_FALSE(g.view.isMouseTracking());
 }
 
 // The Arrow moves a note up and down only, in time with Alt too, and lands
