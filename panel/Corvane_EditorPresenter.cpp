@@ -197,13 +197,25 @@ void Corvane_EditorPresenter::didOpen()
 
 void Corvane_EditorPresenter::showGraphNoteNames()
 {
-    Corvane_KeyboardGraphView* keyboard = viewRegistry.keyboardGraphView;
-    if (keyboard == nullptr) return;
     const Scale_State& scale = effect.getScaleState();
     const int scaleIndex = (scale.scale >= 0 && scale.scale < scale_count) ? scale.scale : scale_chromatic;
-    const char* names[12];
-    for (int note = 0; note < 12; ++note) names[note] = Note_Name(scaleIndex, ((scale.key % 12) + 12) % 12, note);
-    keyboard->setNoteNames(names, scale.detune);
+    const int key = ((scale.key % 12) + 12) % 12;
+    if (Corvane_KeyboardGraphView* keyboard = viewRegistry.keyboardGraphView) {
+        const char* names[12];
+        for (int note = 0; note < 12; ++note) names[note] = Note_Name(scaleIndex, key, note);
+        keyboard->setNoteNames(names, scale.detune);
+    }
+    if (Corvane_MainGraphView* graph = viewRegistry.mainGraphView) {
+        // The semitones above C that the scale's notes fall on, from the key
+        // and the intervals (hundredths of a cent): the major, minor and
+        // chromatic scales and those of twelve notes lie on semitones.
+        bool inScale[12] = {};
+        for (int row = 0; row < scale_entries[scaleIndex] - 1; ++row)
+            inScale[(key + int(Round_ToInt(float(double(scale_intervals[scaleIndex][row]) / 10000.0)))) % 12] = true;
+        auto* lanes = effect.panelParameter(corvane::kShowLanes);
+        graph->setLanes(lanes && lanes->toPlain(lanes->getNormalized()) == 1.0,
+                        scaleIndex <= scale_chromatic || Is_TwelveNoteScale(scaleIndex) ? inScale : nullptr);
+    }
 }
 
 void Corvane_EditorPresenter::showPitchGraph()
@@ -555,6 +567,9 @@ void Corvane_EditorPresenter::parameterChanged(Parameter* parameter)
         break;
     case corvane::kShowMIDI:
         if (viewRegistry.mainGraphView) viewRegistry.mainGraphView->setShowMidi(press);
+        break;
+    case corvane::kShowLanes:
+        showGraphNoteNames();
         break;
     case corvane::kMakeNotes:
     case corvane::kMakeCurves:

@@ -133,7 +133,8 @@ private:
     // The pitch graph as the panel opens: its objects, its settings and the
     // read-outs of the pointer.
     void showPitchGraph();
-    // The piano strip's note names in the spelling of the scale and key.
+    // The piano strip's note names in the spelling of the scale and key,
+    // and the pitch graph's lanes of the scale's notes.
     void showGraphNoteNames();
     // The views that show a parameter's consequence, as the values stand.
     void showCorrectionPage();

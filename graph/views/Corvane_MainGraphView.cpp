@@ -34,6 +34,11 @@ const CColor outputPitchColour(0, 96, 32, 255);
 const CColor bandColour(0, 0, 0, 255);
 const CColor rubberColour(0, 0, 128, 255);
 const CColor midiColour(144, 48, 160, 255);
+const CColor laneColour(255, 255, 255, 255);
+const CColor offScaleLaneColour(216, 216, 224, 255);
+const CColor selectedLaneColour(160, 160, 160, 255);
+const CColor selectedOffScaleLaneColour(102, 102, 102, 255);
+const CColor laneWaveformColour(191, 207, 223, 255);
 // Height of the waveform inside a note, as a share of the note's height.
 constexpr float noteEnvelopeScale = 0.8f;
 
@@ -101,6 +106,14 @@ void Corvane_MainGraphView::setShowMidi(bool state)
 {
     if (state == showMidi) return;
     showMidi = state;
+    refresh(false, false, false);
+}
+
+void Corvane_MainGraphView::setLanes(bool show, const bool* inScale)
+{
+    showLanes = show;
+    lanesKnown = inScale != nullptr;
+    for (int i = 0; i < 12; ++i) laneInScale[i] = inScale && inScale[i];
     refresh(false, false, false);
 }
 
@@ -187,18 +200,22 @@ void Corvane_MainGraphView::drawContent(CDrawContext* context, int32_t left, int
     context->setDrawMode(kAntiAliasing);
     context->setLineStyle(kLineSolid);
     context->setLineWidth(1);
-    context->setFillColor(backgroundColour);
-    context->drawRect(CRect(left, 0, right, h), kDrawFilled);
-    if (selectionEnd > selectionStart) {
-        const int32_t x0 = std::max(left, docToPixelX(selectionStart));
-        const int32_t x1 = std::min(right, docToPixelX(selectionEnd) + 1);
-        if (x1 > x0) {
-            context->setFillColor(selectionColour);
-            context->drawRect(CRect(x0, 0, x1, h), kDrawFilled);
+    if (showLanes && lanesKnown) {
+        drawLanes(context, left, right);
+    } else {
+        context->setFillColor(backgroundColour);
+        context->drawRect(CRect(left, 0, right, h), kDrawFilled);
+        if (selectionEnd > selectionStart) {
+            const int32_t x0 = std::max(left, docToPixelX(selectionStart));
+            const int32_t x1 = std::min(right, docToPixelX(selectionEnd) + 1);
+            if (x1 > x0) {
+                context->setFillColor(selectionColour);
+                context->drawRect(CRect(x0, 0, x1, h), kDrawFilled);
+            }
         }
+        drawWaveform(context, left, right, waveformColour);
+        drawGrid(context, left, right);
     }
-    drawWaveform(context, left, right);
-    drawGrid(context, left, right);
     const ObjectList& list = busy ? workingList : currentList();
     drawObjects(context, list, 2, left, right);
     drawInputPitch(context, left, right);
@@ -208,12 +225,37 @@ void Corvane_MainGraphView::drawContent(CDrawContext* context, int32_t left, int
     drawRuler(context, true, true, left, right);
 }
 
-void Corvane_MainGraphView::drawWaveform(CDrawContext* context, int32_t left, int32_t right)
+void Corvane_MainGraphView::drawLanes(CDrawContext* context, int32_t left, int32_t right)
+{
+    const int32_t h = int32_t(getHeight());
+    const int32_t top = int32_t(topCents - pixelToDocY(0)) / 100 * 100 + 200;
+    const int32_t bottom = int32_t(topCents - pixelToDocY(h)) / 100 * 100 - 200;
+    const bool selected = selectionEnd > selectionStart;
+    const int32_t s0 = std::max(left, docToPixelX(selectionStart));
+    const int32_t s1 = std::min(right, docToPixelX(selectionEnd) + 1);
+    for (int32_t c = top; c >= bottom; c -= 100) {
+        const int32_t cents = c + pitchOffset;
+        const int32_t y0 = std::max(0, pixelOfCents(cents + 50)), y1 = std::min(h, pixelOfCents(cents - 50) + 1);
+        if (y1 <= y0) continue;
+        const bool inScale = laneInScale[((c / 100) % 12 + 12) % 12];
+        context->setFillColor(inScale ? laneColour : offScaleLaneColour);
+        context->drawRect(CRect(left, y0, right, y1), kDrawFilled);
+        if (selected && s1 > s0) {
+            context->setFillColor(inScale ? selectedLaneColour : selectedOffScaleLaneColour);
+            context->drawRect(CRect(s0, y0, s1, y1), kDrawFilled);
+        }
+        context->setFrameColor(gridColour);
+        context->drawLine(CPoint(left - 1, y0), CPoint(right + 1, y0));
+    }
+    drawWaveform(context, left, right, laneWaveformColour);
+}
+
+void Corvane_MainGraphView::drawWaveform(CDrawContext* context, int32_t left, int32_t right, const CColor& colour)
 {
     if (!frameArray) return;
     const int32_t h = int32_t(getHeight());
     const int64_t end = std::min(frameArray->trackedEnd(), frameArray->frameCount());
-    context->setFrameColor(waveformColour);
+    context->setFrameColor(colour);
     for (int32_t c = std::max(left, 0); c < right; ++c) {
         const int64_t d0 = std::max<int64_t>(0, pixelToDocX(c));
         const int64_t d1 = std::min(end, pixelToDocX(c + 1));

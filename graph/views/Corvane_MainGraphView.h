@@ -73,6 +73,10 @@ public:
     // The MIDI notes recorded beside the take, as outlined bars a semitone
     // high ("Show MIDI").
     void setShowMidi(bool state);
+    // A lane a semitone high for every note ("Show Lanes"), white for the
+    // notes of the scale (`inScale`, by semitone above C) and grey for the
+    // others; null `inScale` (a scale not of twelve notes) shows no lanes.
+    void setLanes(bool show, const bool* inScale);
     // The views that follow this one: the envelope strip (refreshed with
     // the picture, and on horizontal scrolls while it is linked) and the
     // keyboard strip (marked dirty on vertical moves).
@@ -143,8 +147,9 @@ protected:
                   int32_t left, int32_t right);
     void drawOutputPitch(VSTGUI::CDrawContext* context, int32_t left, int32_t right);
     void drawMidiBars(VSTGUI::CDrawContext* context, int32_t left, int32_t right);
+    void drawLanes(VSTGUI::CDrawContext* context, int32_t left, int32_t right);
     void drawGrid(VSTGUI::CDrawContext* context, int32_t left, int32_t right);
-    void drawWaveform(VSTGUI::CDrawContext* context, int32_t left, int32_t right);
+    void drawWaveform(VSTGUI::CDrawContext* context, int32_t left, int32_t right, const VSTGUI::CColor& colour);
     // `next` becomes the newest history step; the picture follows.
     bool commit(ObjectList next);
     // The picture as it stands kept as the still snapshot under a band.
@@ -174,6 +179,9 @@ protected:
     int16_t pitchOffset = 0;
     bool showOutputCurve = true;
     bool showMidi = false;
+    bool showLanes = false;
+    bool lanesKnown = false;
+    bool laneInScale[12] = {};
 
     // The list being edited under a drag and what floats over it.
     ObjectList workingList;

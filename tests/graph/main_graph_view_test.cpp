@@ -429,3 +429,27 @@ TEST(MainGraphView, HeldMidiNotesAreOutlinedOnTheirSemitone)
     EXPECT_FALSE(near(pixel(g.view, 150, 95), purple)) << "inside the bar";
     EXPECT_FALSE(near(pixel(g.view, 250, 87), purple)) << "after the note";
 }
+
+// With lanes, each semitone's band (4 cents a pixel: 1300 - 4 y cents on
+// row y) is white for a note of the scale and grey for one outside, darker
+// in the I-beam's range.
+TEST(MainGraphView, LanesShadeTheNotesOutsideTheScale)
+{
+    Graph g;
+    const bool cMajor[12] = {1, 0, 1, 0, 1, 1, 0, 1, 0, 1, 0, 1};
+    g.view.setLanes(true, cMajor);
+    const struct {
+        int y;
+        const char* note;
+        uint32_t outside, inside;  // outside and inside the I-beam's range
+    } rows[] = {{25, "C at 1200", 0xffffff, 0xa0a0a0}, {50, "B at 1100", 0xffffff, 0xa0a0a0},
+                {5, "C# at 1300", 0xd8d8e0, 0x666666}};
+    for (const auto& r : rows) EXPECT_EQ(pixel(g.view, 50, r.y), r.outside) << r.note;
+    g.view.setSelection(0, 100);
+    for (const auto& r : rows) {
+        EXPECT_EQ(pixel(g.view, 50, r.y), r.inside) << r.note;
+        EXPECT_EQ(pixel(g.view, 150, r.y), r.outside) << r.note;
+    }
+    g.view.setLanes(true, nullptr);
+    EXPECT_EQ(pixel(g.view, 150, 5), 0xffffffu) << "no lanes without a twelve-note scale";
+}
