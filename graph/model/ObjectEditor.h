@@ -53,10 +53,11 @@ public:
     // Every frame recomputed from the list in force (after a state was read
     // or the frames replaced).
     void applyAll();
+    // `next` (a view's edit of the list in force) becomes the newest step;
+    // only the frames where it differs are recomputed.
+    bool commit(ObjectList next);
 
 private:
-    // `next` becomes the newest step; the frames change where it differs.
-    bool commit(ObjectList next);
     // Recomputes the frames where `before` and the list in force differ.
     void applyChange(const ObjectList& before);
 

@@ -597,10 +597,7 @@ void Corvane_MainGraphView::getCursorAt(CPoint where, CButtonState buttons, uint
 bool Corvane_MainGraphView::commit(ObjectList next)
 {
     if (!objects) return false;
-    objects->getHistory().pushStep(std::move(next));
-    // Recomputes the frames from the new list; it also ends any run of knob
-    // turns held as one step.
-    objects->applyAll();
+    objects->commit(std::move(next));
     refresh(true, false, false);
     if (editListener) editListener();
     return true;
