@@ -123,6 +123,10 @@ public:
     int32_t scrollDown(int32_t count = 0) override;
     int32_t scrollLeft(int32_t count = 0) override;
     int32_t scrollRight(int32_t count = 0) override;
+    // Up and down, a wheel step is a fortieth of the height and a page seven
+    // eighths: the pitch moves about as far as a step in time does.
+    int32_t verticalStep() override { return int32_t(getHeight() / 40 + 0.5); }
+    int32_t verticalPage() override { return int32_t(getHeight() * 7 / 8 + 0.5); }
 
     //--- CView
     VSTGUI::CMouseEventResult onMouseDown(VSTGUI::CPoint& where, const VSTGUI::CButtonState& buttons) override;

@@ -1161,19 +1161,24 @@ TEST_F(EditorModuleX11, TheThumbTheWheelAndTheZoomButtonsMoveWhatTheGraphShows)
         if (x - 19 >= 0) shifted.push_back(x - 19);
     EXPECT_TRUE(pumpUntil([&] { return ticks() == shifted; })) << "ticks first at " << ticks().front();
 
-    // Wheel down (button 5): one pixel, 4 cents; the line rises a pixel.
+    // Wheel down (button 5): a fortieth of the height, rounded; the line
+    // rises as far.
+    const int step = int(g.height / 40.0 + 0.5);
     XTestFakeButtonEvent(display, 5, True, 0);
     XTestFakeButtonEvent(display, 5, False, 0);
     XFlush(display);
-    EXPECT_TRUE(pumpUntil([&] { return cLines() == std::vector<int>{g.height / 2 - 75 - 1}; }));
+    EXPECT_TRUE(pumpUntil([&] { return cLines() == std::vector<int>{g.height / 2 - 75 - step}; })) << cLines().front();
 
-    // V.Zoom Out: 8 cents a pixel about the middle, where 904 cents + 4
-    // stood: the C lines of 1200 and 0 cents at 600 / 8 and 1800 / 8.
+    // V.Zoom Out: 8 cents a pixel about the middle row, whose pitch stays:
+    // the C of 1200 cents, 75 + step rows above the middle, comes half as
+    // near (the row holding that point), and the C of 0 cents lies 1200 / 8
+    // rows below it.
     moveTo(zoomOut->rect.x + zoomOut->rect.width / 2, zoomOut->rect.y + zoomOut->rect.height / 2);
     pump(50);
     button(true);
     button(false);
-    EXPECT_TRUE(pumpUntil([&] { return cLines() == (std::vector<int>{75, 225}); })) << cLines().size();
+    const int c1200 = int(std::floor(g.height / 2.0 - (75 + step) / 2.0));
+    EXPECT_TRUE(pumpUntil([&] { return cLines() == (std::vector<int>{c1200, c1200 + 150}); })) << cLines().front();
 
     // A drag on the thumb by 100 pixels moves it and the ruler with it.
     const int left = thumbLeft();
