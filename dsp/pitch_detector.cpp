@@ -12,6 +12,17 @@ namespace {
 constexpr double lock_floor = 1.65e-5;
 constexpr double hold_floor = 1.5e-5;
 
+// Widening the fine window of a short period (see widen()): periods below
+// widen_below_s seconds are followed over whole periods spanning at least
+// widened_span_s seconds, if the normalised dip (0.5 E - H) / (0.5 E) at the
+// period is at most max_widen_depth. Longer periods keep their one-period
+// lag, whose sums already span 8 ms or more.
+constexpr double widen_below_s = 0.004;
+constexpr double widened_span_s = 0.008;
+constexpr double max_widen_depth = 0.1;
+// The relative change of the period, from the widened window's first
+// decision, that ends the widening: 15 cents.
+constexpr double max_widened_drift = 0.0087;
 
 } // namespace
 
@@ -29,6 +40,8 @@ void pitch_detector::set_rate(double engine_rate) noexcept
     // vibrato's movement between decisions, narrow enough to keep the
     // highest voices (its half width is the shortest period that locks).
     lag_half = std::clamp<int32_t>(int32_t(std::lround(rate / 2000.0)), 4, engine::max_lag_half);
+    min_span = widened_span_s * rate;
+    widen_below = widen_below_s * rate;
     design_filters();
 }
 
@@ -82,6 +95,9 @@ void pitch_detector::reset() noexcept
     std::fill(lag_corr, lag_corr + 2 * engine::max_lag_half, 0.0);
     coarse_count = coarse_index = 0;
     base_lag = 0;
+    multiple = 1;
+    widen_pending = false;
+    held_samples = 0;
     decide_count = 0;
     searching = true;
     search_reset = true;
@@ -175,17 +191,25 @@ int64_t pitch_detector::coarse_update(double x) noexcept
 
 void pitch_detector::fine_start(int64_t lag, int64_t newest) noexcept
 {
+    multiple = 1;
+    widen_pending = true;
+    held_samples = 0;
+    arm(lag, newest);
+}
+
+bool pitch_detector::arm(int64_t lag, int64_t newest) noexcept
+{
     base_lag = lag;
     const int64_t width = 2 * int64_t(lag_half);
     // The window's widest lag must fit twice into the ring.
     if (2 * lag <= 0 || 2 * (lag + width) >= engine::ring_len) {
         lag_energy[0] = 0.0;
-        return;
+        return false;
     }
     const double* h = past.back(newest);
     const double energy = vector_kernels::kernels().dot(h, h, 2 * lag);
     lag_energy[0] = energy;
-    if (energy < lock_floor) return; // too quiet to lock
+    if (energy < lock_floor) return false; // too quiet to lock
     for (int64_t k = 1; k < width; ++k) {
         const int64_t l = base_lag + k;
         const double a = h[2 * l - 2];
@@ -195,6 +219,7 @@ void pitch_detector::fine_start(int64_t lag, int64_t newest) noexcept
     for (int64_t k = 0; k < width; ++k) lag_corr[k] = direct_corr(newest, base_lag + k);
     decide_count = engine::decide_interval - 1; // the next sample decides
     searching = false;
+    return true;
 }
 
 pitch_detector::outcome pitch_detector::fine_update(int64_t newest) noexcept
@@ -257,7 +282,50 @@ pitch_detector::outcome pitch_detector::decide(int64_t newest) noexcept
     const double a = f(k - 1), b = f(k), c = f(k + 1);
     const double denominator = a + c - 2.0 * b;
     const double delta = denominator != 0.0 ? 0.5 * (a - c) / denominator : 0.0;
-    period = last_period = double(k + base_lag) + delta;
+    period = last_period = (double(k + base_lag) + delta) / double(multiple);
+
+    if (multiple > 1) return hold_widened(newest);
+    if (!widen_pending) return outcome::decided;
+    return widen(newest, b / (0.5 * lag_energy[k]));
+}
+
+pitch_detector::outcome pitch_detector::widen(int64_t newest, double depth) noexcept
+{
+    // A short period is followed, once its lock has held for twice the
+    // span, over as many whole periods as span min_span samples: a lag of m
+    // periods averages the jitter and shimmer of m cycles, and a sample of
+    // lag is m times finer in cents. Only a period at which the signal
+    // repeats closely is widened, so that a dip between two multiples of
+    // the period never becomes one. The neighbouring multiples stay outside
+    // the window while the period is 1.5 half widths or longer.
+    if (period >= widen_below || period < 1.5 * double(lag_half)) {
+        widen_pending = false;
+        return outcome::decided;
+    }
+    held_samples += engine::decide_interval;
+    const int32_t m = int32_t(std::ceil(min_span / period));
+    if (double(held_samples) < 2.0 * double(m) * period) return outcome::decided;
+    widen_pending = false;
+    if (depth > max_widen_depth) return outcome::decided;
+    multiple = m;
+    widened_period = 0.0;
+    if (!arm(int64_t(double(m) * period + 0.5) - lag_half, newest)) return lose_lock();
+    return outcome::decided;
+}
+
+pitch_detector::outcome pitch_detector::hold_widened(int64_t newest) noexcept
+{
+    // The widened window's lag lags the pitch by about the span: it serves a
+    // held pitch. Once the period moves away from the widened window's
+    // first decision (a vibrato, a glide), the window goes back to one
+    // period for the rest of the lock, which follows a moving pitch sooner.
+    if (widened_period == 0.0) {
+        widened_period = period;
+        return outcome::decided;
+    }
+    if (std::fabs(period - widened_period) <= max_widened_drift * widened_period) return outcome::decided;
+    multiple = 1;
+    if (!arm(int64_t(period + 0.5) - lag_half, newest)) return lose_lock();
     return outcome::decided;
 }
 

@@ -17,7 +17,10 @@ enum class input_type : int32_t { soprano, alto_tenor, low_male, instrument, bas
 // copy for up to three dips of the normalised difference function; once
 // locked a fine stage keeps running sums for a narrow window of lags around
 // the period on the unfiltered input ring, moves the window with the pitch
-// and refines the minimum by a parabola every fifth sample. Both measure
+// and refines the minimum by a parabola every fifth sample. A short period,
+// once its lock holds, is followed over several whole periods and divided
+// back, so that a decision averages the jitter of several cycles, until the
+// pitch moves. Both measure
 // f(L) = 0.5 E(L) - H(L): E the energy of the last 2L samples, H the
 // correlation of the last L samples with the L before them.
 //
@@ -83,8 +86,17 @@ private:
     int64_t coarse_update(double x) noexcept;
     // Arms the fine stage at a start lag, if the signal is loud enough.
     void fine_start(int64_t lag, int64_t newest) noexcept;
+    // Sets the window at base lag `lag` and fills its sums from the input;
+    // false, unarmed, if the window does not fit or the signal is too quiet.
+    bool arm(int64_t lag, int64_t newest) noexcept;
     outcome fine_update(int64_t newest) noexcept;
     outcome decide(int64_t newest) noexcept;
+    // After a decision of a new lock, with the normalised depth of its dip
+    // (0 for a signal that repeats exactly): widens the window of a short
+    // period to several periods once.
+    outcome widen(int64_t newest, double depth) noexcept;
+    // After a decision of a widened window: keeps it while the pitch holds.
+    outcome hold_widened(int64_t newest) noexcept;
     // The sum over `lag` products of the samples i and i + lag back, from
     // the newest at `newest`; 2 * lag below engine::ring_len.
     double direct_corr(int64_t newest, int64_t lag) const noexcept;
@@ -122,6 +134,17 @@ private:
     double lag_energy[2 * engine::max_lag_half];
     double lag_corr[2 * engine::max_lag_half];
     int64_t decide_count = 0;
+    // The window spans this many periods; the period is its lag over it.
+    int32_t multiple = 1;
+    // The shortest lag, in samples, that the window of a short period spans.
+    double min_span = 0.0;
+    // Periods shorter than this, in samples, are widened.
+    double widen_below = 0.0;
+    // The lock has not been widened yet, and has held this many samples.
+    bool widen_pending = false;
+    int64_t held_samples = 0;
+    // The period at the widened window's first decision, 0.0 before it.
+    double widened_period = 0.0;
 
     double period = 0.0;
     double last_period = 0.0;
