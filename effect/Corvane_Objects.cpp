@@ -118,6 +118,8 @@ bool Corvane_SingleComponentEffect::objectCommand(ParamID id, double plain)
     case corvane::kClearAllData:
         if (!press) return false;
         objectEditor.clearAll();
+        clearGeneration.fetch_add(1, std::memory_order_release);
+        requestFromInterface();
         return true;
     case corvane::kObjectRetuneSpeed:
         return objectEditor.setSelected(ObjectSetting::retuneSpeed, float(int64_t(plain)));

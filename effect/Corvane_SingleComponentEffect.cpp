@@ -173,6 +173,11 @@ void Corvane_SingleComponentEffect::takeInterfaceRequests() noexcept
         dspObject.set_retune(double(int64_t(appliedPlain(corvane::kRetuneSpeed))),
                              double(int64_t(appliedPlain(corvane::kHumanize))));
     }
+    const uint32_t clears = clearGeneration.load(std::memory_order_acquire);
+    if (clears != engineClearGeneration) {
+        engineClearGeneration = clears;
+        clearAllData();
+    }
     const uint32_t marks = marksGeneration.load(std::memory_order_acquire);
     const int held = heldKeyboardNote.load(std::memory_order_relaxed);
     if (marks != engineMarksGeneration || held != engineHeldNote) {

@@ -294,6 +294,7 @@ protected:
     bool engineGraphMode = false;
     int engineHeldNote = -1;
     uint32_t engineMarksGeneration = 0;
+    uint32_t engineClearGeneration = 0;
     Note_Table noteTable;
     bool noteTableStale = true;
     bool retuneStale = true;
@@ -326,6 +327,10 @@ protected:
     // interface thread counts its edits here so that the owner rebuilds.
     Scale_State scaleState;
     std::atomic<uint32_t> marksGeneration{0};
+    // Presses of "Clear All Data" on the interface thread, counted so that
+    // the engine's owner clears the frames and the recording even when the
+    // press and its release reach the mailbox before one block does.
+    std::atomic<uint32_t> clearGeneration{0};
     // Written by the interface thread, read by the audio thread.
     std::atomic<Steinberg::int32> midiScaleMode{corvane::kMidiOff};
     // Settings kept in the session besides the parameters; readSettings

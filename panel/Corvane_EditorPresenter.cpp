@@ -424,6 +424,14 @@ void Corvane_EditorPresenter::onTimer(int32 tick)
         launchFolderDlg(getDialogs(), effect.dataFolder(), effect.defaultDataParent());
         if (!openEditor) return;
     }
+    if (clearAllRequested) {
+        clearAllRequested = false;
+        if (confirmClearAll(getDialogs(), clearAllShift)) {
+            effect.editParameter(corvane::kClearAllData, 1.0);
+            effect.editParameter(corvane::kClearAllData, 0.0);
+        }
+        if (!openEditor) return;
+    }
     Scale_State& scaleState = effect.getScaleState();
     // Scale and key automated while the panel is open reach the scale here:
     // the audio side leaves them to the panel then.
@@ -511,6 +519,13 @@ void Corvane_EditorPresenter::autoRepeat(int32 tag)
         return;
     }
     effect.stopAutoRepeat();
+}
+
+void Corvane_EditorPresenter::clearAllClicked(bool shiftHeld)
+{
+    if (!openEditor) return;
+    clearAllRequested = true;
+    clearAllShift = shiftHeld;
 }
 
 //--- What a change of a parameter does beyond the engine.

@@ -80,6 +80,10 @@ public:
     // editor is closed and are skipped; null and ids past the panel's rows
     // do nothing.
     void parameterChanged(Steinberg::Vst::Parameter* parameter);
+    // Interface thread. A click on the panel's "Clear All": at the next tick
+    // the question comes up (not with Shift held), and only a yes presses
+    // "Clear All Data" as an edit the host hears.
+    void clearAllClicked(bool shiftHeld);
     // A gesture on a control begins or ends: the knobs that edit a
     // selection of graph objects keep the edit in progress.
     void controlEditBegun(VSTGUI::CControl* control);
@@ -179,6 +183,10 @@ private:
     // the next tick, outside the button's own event.
     bool optionsRequested = false;
     bool dataFolderRequested = false;
+    // A click on "Clear All", answered at the next tick; Shift held skips
+    // the question.
+    bool clearAllRequested = false;
+    bool clearAllShift = false;
     // The engine's frame at the last tick.
     int64_t lastPlayFrame = 0;
     // The pitch graph's read-outs are in the pitch displays.

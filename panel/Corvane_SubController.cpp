@@ -225,3 +225,33 @@ CMessageResult Corvane_SubController::notify(CBaseObject* sender, IdStringPtr me
     }
     return kMessageUnknown;
 }
+
+namespace {
+
+bool isClearAll(const CControl* control) { return control && control->getTag() == corvane::kClearAllData; }
+
+} // namespace
+
+IControlListener* Corvane_SubController::getControlListener(UTF8StringPtr controlTagName)
+{
+    if (controlTagName && std::strcmp(controlTagName, "ClearAllData") == 0) return this;
+    return VSTGUI4_SubController::getControlListener(controlTagName);
+}
+
+void Corvane_SubController::valueChanged(CControl* control)
+{
+    if (!isClearAll(control)) return VSTGUI4_SubController::valueChanged(control);
+    if (owner == nullptr || control->getValue() < 0.5f) return;
+    const CFrame* frame = control->getFrame();
+    owner->clearAllClicked(frame && (frame->getCurrentMouseButtons() & kShift));
+}
+
+void Corvane_SubController::controlBeginEdit(CControl* control)
+{
+    if (!isClearAll(control)) VSTGUI4_SubController::controlBeginEdit(control);
+}
+
+void Corvane_SubController::controlEndEdit(CControl* control)
+{
+    if (!isClearAll(control)) VSTGUI4_SubController::controlEndEdit(control);
+}

@@ -26,6 +26,14 @@ public:
     // hooks: 1 when handled, else 0.
     VSTGUI::CMessageResult notify(VSTGUI::CBaseObject* sender, VSTGUI::IdStringPtr message) override;
 
+    // Interface thread. The "Clear All" button listens here instead of on
+    // the editor: its press goes to the presenter, which asks before
+    // anything is cleared, and no edit of its own reaches the host.
+    VSTGUI::IControlListener* getControlListener(VSTGUI::UTF8StringPtr controlTagName) override;
+    void valueChanged(VSTGUI::CControl* control) override;
+    void controlBeginEdit(VSTGUI::CControl* control) override;
+    void controlEndEdit(VSTGUI::CControl* control) override;
+
     // The number of names the registry knows.
     static int registryRowCount();
     // The registry name of a row, 0 based, or null past the end.

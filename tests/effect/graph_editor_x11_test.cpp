@@ -6,10 +6,12 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <chrono>
 #include <cmath>
 #include <functional>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "panel/Corvane_ParameterIds.h"
@@ -22,6 +24,7 @@
 #include "support/tracked_data.h"
 #include "support/ui_layout.h"
 #include "support/virtual_display.h"
+#include "support/x11_hand.h"
 
 // Xlib's macros (None, Bool, ...) come after every other header.
 #include <X11/Xlib.h>
@@ -323,6 +326,46 @@ TEST_F(GraphEditorX11, ToolsOverATrackedPhraseEditWhatPlays)
     XFlush(display);
     EXPECT_TRUE(pumpUntil([&] { return pixel(g.x + 600, bandRow) == white && pixel(g.x + 400, bandRow) == band; }))
         << std::hex << pixel(g.x + 600, bandRow) << " " << pixel(g.x + 400, bandRow);
+
+    // "Clear All" asks first (an alert sheet 460 wide over the window):
+    // Escape answers no and keeps the take and its notes. A Shift-click
+    // clears without asking: the objects at once, the frames at the next
+    // block the host plays. The question holds the interface thread, which
+    // runs the host's loop, so a hand of its own answers it.
+    const UiView* clearAll = layout().find("ClearAllButton");
+    ASSERT_TRUE(clearAll);
+    const int alertX = (850 - 460) / 2 + 4, alertY = 60;
+    const uint32_t sheetGrey = 0xececec;
+    std::atomic<bool> done{false};
+    bool asked = false, answered = false, askedWithShift = false;
+    std::thread hand([&] {
+        test_x11::Hand h(server->name, window);
+        h.click(clearAll->rect.centreX(), clearAll->rect.centreY());
+        asked = h.waitFor(alertX, alertY, sheetGrey);
+        h.key(XK_Escape);
+        answered = h.waitFor(alertX, alertY, sheetGrey, false);
+        const KeyCode shift = XKeysymToKeycode(h.display, XK_Shift_L);
+        XTestFakeKeyEvent(h.display, shift, True, 0);
+        h.click(clearAll->rect.centreX(), clearAll->rect.centreY());
+        XTestFakeKeyEvent(h.display, shift, False, 0);
+        XFlush(h.display);
+        askedWithShift = h.waitFor(alertX, alertY, sheetGrey);
+        if (askedWithShift) h.key(XK_Escape);
+        done = true;
+    });
+    const auto end = std::chrono::steady_clock::now() + 4 * kPatience;
+    bool keptAfterNo = false;
+    while (!done && std::chrono::steady_clock::now() < end) {
+        pump(10);
+        if (answered && !keptAfterNo)
+            keptAfterNo = data->getTrackedFrame(200, &f) == kResultOk && f.outputPeriod > 0.0f;
+    }
+    hand.join();
+    EXPECT_TRUE(asked && answered && keptAfterNo) << asked << answered << keptAfterNo;
+    EXPECT_FALSE(askedWithShift);
+    EXPECT_TRUE(pumpUntil([&] { return data->getTrackedFrame(200, &f) == kResultOk && f.outputPeriod == 0.0f; }));
+    render(instance, std::vector<float>(size_t(block), 0.0f));
+    EXPECT_LT(data->getTrackedFrameCount(), 200);
     moveTo(1190, 890);
     view->removed();
     view->setFrame(nullptr);
