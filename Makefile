@@ -31,11 +31,16 @@ demo: build
 SNAPSHOT_HOME = $(CURDIR)/$(BUILD_DIR)/snapshot-home
 snapshots: build
 	@mkdir -p docs
-	@rm -rf "$(SNAPSHOT_HOME)"
+	@rm -rf "$(SNAPSHOT_HOME)" && mkdir -p "$(SNAPSHOT_HOME)"
 	XDG_CONFIG_HOME="$(SNAPSHOT_HOME)" $(SNAPSHOT) docs/panel-auto.png
 	XDG_CONFIG_HOME="$(SNAPSHOT_HOME)" $(SNAPSHOT) --set "Correction Mode=Graph" docs/panel-graph.png
 	XDG_CONFIG_HOME="$(SNAPSHOT_HOME)" $(SNAPSHOT) --open-dialog options docs/dialog-options.png
 	XDG_CONFIG_HOME="$(SNAPSHOT_HOME)" $(SNAPSHOT) --set "Correction Mode=Graph" --open-dialog paste-hint docs/dialog-hint.png
+	XDG_CONFIG_HOME="$(SNAPSHOT_HOME)" $(RENDER) --data-folder "$(SNAPSHOT_HOME)/data" --set "Correction Mode=Graph" \
+		--press "Track Pitch" --save-state "$(SNAPSHOT_HOME)/tracked.state" "$(SNAPSHOT_HOME)/tracked.wav"
+	XDG_CONFIG_HOME="$(SNAPSHOT_HOME)" $(RENDER) --data-folder "$(SNAPSHOT_HOME)/data" --load-state "$(SNAPSHOT_HOME)/tracked.state" \
+		--snap --object-retune 0 --press "Make Notes" --save-state "$(SNAPSHOT_HOME)/noted.state" "$(SNAPSHOT_HOME)/noted.wav"
+	XDG_CONFIG_HOME="$(SNAPSHOT_HOME)" $(SNAPSHOT) --load-state "$(SNAPSHOT_HOME)/noted.state" docs/panel-graph-session.png
 
 test: build
 	ctest --test-dir $(BUILD_DIR) --output-on-failure -j $(JOBS)
