@@ -259,54 +259,60 @@ void Corvane_GraphView::drawContent(CDrawContext* context, int32_t left, int32_t
 
 void Corvane_GraphView::drawInputPitch(CDrawContext* context, int32_t left, int32_t right)
 {
-    // The tracked input pitch: per column the span of its voiced frames,
-    // joined to the column before when both ends are voiced. A joining
-    // line may touch the columns on either side of its own two, so columns
-    // from two before `left` to one past `right` are visited: every line
-    // that reaches into the columns is drawn, as a drawing of the whole
-    // width draws it.
+    auto voicedPitch = [](const TrackedFrame& f, const void*) {
+        return f.voiced() && f.centsA != TrackedFrame::unvoicedCents ? inputPitch(f) : TrackedFrame::unvoicedCents;
+    };
+    drawPitchTrace(context, left, right, inputPitchColour, voicedPitch, nullptr);
+}
+
+void Corvane_GraphView::drawPitchTrace(CDrawContext* context, int32_t left, int32_t right, const CColor& colour,
+                                       int32_t (*centsOf)(const TrackedFrame&, const void*), const void* data)
+{
+    // Per column the span of the frames' pitch, joined to the column before
+    // when both ends have one. A joining line may touch the columns on
+    // either side of its own two, so columns from two before `left` to one
+    // past `right` are visited: every line that reaches into the columns is
+    // drawn, as a drawing of the whole width draws it.
     if (!frameArray) return;
-    {
-        const int64_t end = std::min(frameArray->trackedEnd(), frameArray->frameCount());
-        context->setFrameColor(inputPitchColour);
-        bool previousVoiced = false;
-        int32_t previousY = 0;
-        for (int32_t c = left - 2; c <= right + 1; ++c) {
-            int64_t d0 = pixelToDocX(c), d1 = pixelToDocX(c + 1);
-            if (d0 >= end) break;
-            d0 = std::max<int64_t>(d0, 0);
-            d1 = std::min(d1, end);
-            if (d1 <= d0) {
-                previousVoiced = false;
-                continue;
-            }
-            bool any = false, firstVoiced = false, lastVoiced = false;
-            int32_t minY = 0, maxY = 0, firstY = 0, lastY = 0;
-            for (int64_t d = d0; d < d1; ++d) {
-                const TrackedFrame f = frameArray->get(d);
-                const bool voiced = f.voiced() && f.centsA != TrackedFrame::unvoicedCents;
-                if (voiced) {
-                    const int32_t y = docToPixelY(topCents - inputPitch(f));
-                    if (!any) minY = maxY = y;
-                    minY = std::min(minY, y);
-                    maxY = std::max(maxY, y);
-                    if (d == d0) {
-                        firstVoiced = true;
-                        firstY = y;
-                    }
-                    lastY = y;
-                    any = true;
-                }
-                lastVoiced = voiced;
-            }
-            if (previousVoiced && firstVoiced)
-                context->drawLine(CPoint(c - 1, previousY), CPoint(c, firstY));
-            else if (any && minY == maxY)
-                context->drawPoint(CPoint(c, minY), inputPitchColour);
-            if (any && minY != maxY) context->drawLine(CPoint(c, minY), CPoint(c, maxY));
-            previousVoiced = lastVoiced;
-            previousY = lastY;
+    const int64_t end = std::min(frameArray->trackedEnd(), frameArray->frameCount());
+    context->setFrameColor(colour);
+    bool previousHas = false;
+    int32_t previousY = 0;
+    for (int32_t c = left - 2; c <= right + 1; ++c) {
+        int64_t d0 = pixelToDocX(c), d1 = pixelToDocX(c + 1);
+        if (d0 >= end) break;
+        d0 = std::max<int64_t>(d0, 0);
+        d1 = std::min(d1, end);
+        if (d1 <= d0) {
+            previousHas = false;
+            continue;
         }
+        bool any = false, firstHas = false, lastHas = false;
+        int32_t minY = 0, maxY = 0, firstY = 0, lastY = 0;
+        for (int64_t d = d0; d < d1; ++d) {
+            const int32_t cents = centsOf(frameArray->get(d), data);
+            const bool has = cents != TrackedFrame::unvoicedCents;
+            if (has) {
+                const int32_t y = docToPixelY(int64_t(topCents) - cents);
+                if (!any) minY = maxY = y;
+                minY = std::min(minY, y);
+                maxY = std::max(maxY, y);
+                if (d == d0) {
+                    firstHas = true;
+                    firstY = y;
+                }
+                lastY = y;
+                any = true;
+            }
+            lastHas = has;
+        }
+        if (previousHas && firstHas)
+            context->drawLine(CPoint(c - 1, previousY), CPoint(c, firstY));
+        else if (any && minY == maxY)
+            context->drawPoint(CPoint(c, minY), colour);
+        if (any && minY != maxY) context->drawLine(CPoint(c, minY), CPoint(c, maxY));
+        previousHas = lastHas;
+        previousY = lastY;
     }
 }
 

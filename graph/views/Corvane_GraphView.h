@@ -6,6 +6,7 @@
 #include "Common_VST3/VSTGUI4_ScrollableView.h"
 
 class TrackedFrameArray;
+struct TrackedFrame;
 class Corvane_CursorSet;
 
 // The base of the time-based graph views: a scrolling view of the tracked
@@ -142,6 +143,11 @@ protected:
     // The tracked input pitch in red between columns left..right: per
     // column the span of its voiced frames, joined to the column before.
     void drawInputPitch(VSTGUI::CDrawContext* context, int32_t left, int32_t right);
+    // A pitch of the frames in `colour` between columns left..right, the
+    // same way: `centsOf(frame, data)` gives a frame's cents, or
+    // TrackedFrame::unvoicedCents where it has none.
+    void drawPitchTrace(VSTGUI::CDrawContext* context, int32_t left, int32_t right, const VSTGUI::CColor& colour,
+                        int32_t (*centsOf)(const TrackedFrame&, const void*), const void* data);
     // Draws the ruler's label band at the top of the picture again.
     void repaintLabelBand();
     // The picture made anew when the frame's content scale changed.

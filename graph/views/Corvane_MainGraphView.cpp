@@ -290,45 +290,8 @@ void Corvane_MainGraphView::drawGrid(CDrawContext* context, int32_t left, int32_
 
 void Corvane_MainGraphView::drawOutputPitch(CDrawContext* context, int32_t left, int32_t right)
 {
-    if (!frameArray) return;
-    const int64_t end = std::min(frameArray->trackedEnd(), frameArray->frameCount());
-    context->setFrameColor(outputPitchColour);
-    bool previousValid = false;
-    int32_t previousY = 0;
-    for (int32_t c = left - 2; c <= right + 1; ++c) {
-        const int64_t d0 = std::max<int64_t>(0, pixelToDocX(c));
-        const int64_t d1 = std::min(end, pixelToDocX(c + 1));
-        if (d0 >= end) break;
-        bool any = false;
-        int32_t minY = 0, maxY = 0, firstY = 0;
-        bool firstValid = false;
-        bool lastValid = false;
-        int32_t lastY = 0;
-        for (int64_t d = d0; d < d1; ++d) {
-            const int32_t cents = outputCents(frameArray->get(d), sampleRate);
-            const bool valid = cents != TrackedFrame::unvoicedCents;
-            if (valid) {
-                const int32_t y = pixelOfCents(cents);
-                if (!any) minY = maxY = y;
-                minY = std::min(minY, y);
-                maxY = std::max(maxY, y);
-                if (d == d0) {
-                    firstValid = true;
-                    firstY = y;
-                }
-                lastY = y;
-                any = true;
-            }
-            lastValid = valid;
-        }
-        if (previousValid && firstValid)
-            context->drawLine(CPoint(c - 1, previousY), CPoint(c, firstY));
-        else if (any && minY == maxY)
-            context->drawPoint(CPoint(c, minY), outputPitchColour);
-        if (any && minY != maxY) context->drawLine(CPoint(c, minY), CPoint(c, maxY));
-        previousValid = lastValid;
-        previousY = lastY;
-    }
+    auto output = [](const TrackedFrame& f, const void* rate) { return outputCents(f, *static_cast<const double*>(rate)); };
+    drawPitchTrace(context, left, right, outputPitchColour, output, &sampleRate);
 }
 
 void Corvane_MainGraphView::drawMidiBars(CDrawContext* context, int32_t left, int32_t right)

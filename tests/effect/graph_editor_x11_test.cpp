@@ -336,14 +336,16 @@ TEST_F(GraphEditorX11, ToolsOverATrackedPhraseEditWhatPlays)
     ASSERT_TRUE(clearAll);
     const int alertX = (850 - 460) / 2 + 4, alertY = 60;
     const uint32_t sheetGrey = 0xececec;
-    std::atomic<bool> done{false};
-    bool asked = false, answered = false, askedWithShift = false;
+    std::atomic<bool> done{false}, answered{false}, checked{false};
+    bool asked = false, askedWithShift = false;
     std::thread hand([&] {
         test_x11::Hand h(server->name, window);
         h.click(clearAll->rect.centreX(), clearAll->rect.centreY());
         asked = h.waitFor(alertX, alertY, sheetGrey);
         h.key(XK_Escape);
         answered = h.waitFor(alertX, alertY, sheetGrey, false);
+        // The notes are looked at before the next click.
+        for (int i = 0; i < 500 && !checked; ++i) std::this_thread::sleep_for(std::chrono::milliseconds(10));
         const KeyCode shift = XKeysymToKeycode(h.display, XK_Shift_L);
         XTestFakeKeyEvent(h.display, shift, True, 0);
         h.click(clearAll->rect.centreX(), clearAll->rect.centreY());
@@ -357,8 +359,10 @@ TEST_F(GraphEditorX11, ToolsOverATrackedPhraseEditWhatPlays)
     bool keptAfterNo = false;
     while (!done && std::chrono::steady_clock::now() < end) {
         pump(10);
-        if (answered && !keptAfterNo)
+        if (answered && !checked) {
             keptAfterNo = data->getTrackedFrame(200, &f) == kResultOk && f.outputPeriod > 0.0f;
+            checked = true;
+        }
     }
     hand.join();
     EXPECT_TRUE(asked && answered && keptAfterNo) << asked << answered << keptAfterNo;
