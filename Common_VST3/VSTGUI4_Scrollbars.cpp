@@ -3,10 +3,9 @@
 #include <algorithm>
 #include <cmath>
 
+#include "Common_VST3/VSTGUI4_PlainViewCreator.h"
 #include "Common_VST3/VSTGUI4_ScrollableView.h"
 #include "Common_VST3/VSTGUI4_ViewWithMinimumSize.h"
-#include "vstgui/uidescription/iviewcreator.h"
-#include "vstgui/uidescription/uiviewfactory.h"
 
 using namespace VSTGUI;
 
@@ -127,30 +126,9 @@ bool VSTGUI4_Scrollbar::removed(CView* parent)
     return CViewContainer::removed(parent);
 }
 
-namespace {
-
-template <class View>
-class PlainCreator : public ViewCreatorAdapter {
-public:
-    PlainCreator(IdStringPtr name, IdStringPtr baseName) : name(name), baseName(baseName) {}
-    IdStringPtr getViewName() const override { return name; }
-    IdStringPtr getBaseViewName() const override { return baseName; }
-    CView* create(const UIAttributes&, const IUIDescription*) const override { return new View(CRect()); }
-
-private:
-    IdStringPtr name;
-    IdStringPtr baseName;
-};
-
-} // namespace
-
 void VSTGUI4_registerScrolling()
 {
-    static const PlainCreator<VSTGUI4_HorizontalScrollbar> horizontal("VSTGUI4_HorizontalScrollbar", "CViewContainer");
-    static const PlainCreator<VSTGUI4_VerticalScrollbar> vertical("VSTGUI4_VerticalScrollbar", "CViewContainer");
-    static const PlainCreator<VSTGUI4_ScrollableView> scrollable("VSTGUI4_ScrollableView", "CView");
-    static const bool registered = (UIViewFactory::registerViewCreator(horizontal),
-                                    UIViewFactory::registerViewCreator(vertical),
-                                    UIViewFactory::registerViewCreator(scrollable), true);
-    (void)registered;
+    VSTGUI4_registerPlainView<VSTGUI4_HorizontalScrollbar>("VSTGUI4_HorizontalScrollbar", "CViewContainer");
+    VSTGUI4_registerPlainView<VSTGUI4_VerticalScrollbar>("VSTGUI4_VerticalScrollbar", "CViewContainer");
+    VSTGUI4_registerPlainView<VSTGUI4_ScrollableView>("VSTGUI4_ScrollableView", "CView");
 }

@@ -2,15 +2,14 @@
 
 #include <cmath>
 
+#include "Common_VST3/VSTGUI4_PlainViewCreator.h"
 #include "dsp/Scale_State.h"
 #include "dsp/scale_tables.h"
 #include "panel/Corvane_PanelOwner.h"
 #include "vstgui/lib/cbitmap.h"
 #include "vstgui/lib/cdrawcontext.h"
 #include "vstgui/uidescription/iuidescription.h"
-#include "vstgui/uidescription/iviewcreator.h"
 #include "vstgui/uidescription/uiattributes.h"
-#include "vstgui/uidescription/uiviewfactory.h"
 
 using namespace VSTGUI;
 
@@ -459,24 +458,8 @@ CMouseEventResult Corvane_KeyboardView::onMouseMoved(CPoint& where, const CButto
 
 //--- Creator
 
-namespace {
-
-class KeyboardView_Creator : public ViewCreatorAdapter {
-public:
-    IdStringPtr getViewName() const override { return "Corvane_KeyboardView"; }
-    IdStringPtr getBaseViewName() const override { return "CView"; }
-    // The pictures are read when the sub-controller binds the view.
-    CView* create(const UIAttributes&, const IUIDescription*) const override
-    {
-        return new Corvane_KeyboardView(CRect());
-    }
-};
-
-} // namespace
-
 void Corvane_KeyboardView_register()
 {
-    static const KeyboardView_Creator creator;
-    static const bool registered = (UIViewFactory::registerViewCreator(creator), true);
-    (void)registered;
+    // The pictures are read when the sub-controller binds the view.
+    VSTGUI4_registerPlainView<Corvane_KeyboardView>("Corvane_KeyboardView", "CView");
 }

@@ -1,8 +1,7 @@
 #include "panel/Corvane_MeterView.h"
 
+#include "Common_VST3/VSTGUI4_PlainViewCreator.h"
 #include "vstgui/lib/cbitmap.h"
-#include "vstgui/uidescription/iviewcreator.h"
-#include "vstgui/uidescription/uiviewfactory.h"
 
 using namespace VSTGUI;
 
@@ -41,25 +40,9 @@ void Corvane_MeterView::draw(CDrawContext* context)
     setDirty(false);
 }
 
-namespace {
-
-class MeterView_Creator : public ViewCreatorAdapter {
-public:
-    IdStringPtr getViewName() const override { return "Corvane_MeterView"; }
-    IdStringPtr getBaseViewName() const override { return "CVuMeter"; }
-    // The pictures, segments and binding come from the attributes, which
-    // the factory hands to the creators of the bases.
-    CView* create(const UIAttributes&, const IUIDescription*) const override
-    {
-        return new Corvane_MeterView(CRect());
-    }
-};
-
-} // namespace
-
 void Corvane_MeterView_register()
 {
-    static const MeterView_Creator creator;
-    static const bool registered = (UIViewFactory::registerViewCreator(creator), true);
-    (void)registered;
+    // The pictures, segments and binding come from the attributes, which
+    // the factory hands to the creators of the bases.
+    VSTGUI4_registerPlainView<Corvane_MeterView>("Corvane_MeterView", "CVuMeter");
 }

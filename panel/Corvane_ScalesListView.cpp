@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <string>
 
+#include "Common_VST3/VSTGUI4_PlainViewCreator.h"
 #include "dsp/Scale_State.h"
 #include "dsp/scale_tables.h"
 #include "panel/Corvane_KeyboardView.h"
@@ -12,9 +13,7 @@
 #include "vstgui/lib/cdrawcontext.h"
 #include "vstgui/lib/cfont.h"
 #include "vstgui/uidescription/iuidescription.h"
-#include "vstgui/uidescription/iviewcreator.h"
 #include "vstgui/uidescription/uiattributes.h"
-#include "vstgui/uidescription/uiviewfactory.h"
 
 using namespace VSTGUI;
 
@@ -272,23 +271,7 @@ CMouseEventResult Corvane_ScalesListView::onMouseDown(CPoint& where, const CButt
     return kMouseDownEventHandledButDontNeedMovedOrUpEvents;
 }
 
-namespace {
-
-class ScalesListView_Creator : public ViewCreatorAdapter {
-public:
-    IdStringPtr getViewName() const override { return "Corvane_ScalesListView"; }
-    IdStringPtr getBaseViewName() const override { return "CView"; }
-    CView* create(const UIAttributes&, const IUIDescription*) const override
-    {
-        return new Corvane_ScalesListView(CRect());
-    }
-};
-
-} // namespace
-
 void Corvane_ScalesListView_register()
 {
-    static const ScalesListView_Creator creator;
-    static const bool registered = (UIViewFactory::registerViewCreator(creator), true);
-    (void)registered;
+    VSTGUI4_registerPlainView<Corvane_ScalesListView>("Corvane_ScalesListView", "CView");
 }

@@ -3,11 +3,10 @@
 #include <algorithm>
 #include <cmath>
 
+#include "Common_VST3/VSTGUI4_PlainViewCreator.h"
 #include "graph/model/TrackedFrameArray.h"
 #include "graph/views/Corvane_MainGraphView.h"
 #include "vstgui/lib/cframe.h"
-#include "vstgui/uidescription/iviewcreator.h"
-#include "vstgui/uidescription/uiviewfactory.h"
 
 using namespace VSTGUI;
 
@@ -224,23 +223,7 @@ bool Corvane_EnvelopeGraphView::onWheel(const CPoint&, const CMouseWheelAxis&, c
     return false;
 }
 
-namespace {
-
-class EnvelopeGraphView_Creator : public ViewCreatorAdapter {
-public:
-    IdStringPtr getViewName() const override { return "Corvane_EnvelopeGraphView"; }
-    IdStringPtr getBaseViewName() const override { return "Corvane_GraphView"; }
-    CView* create(const UIAttributes&, const IUIDescription*) const override
-    {
-        return new Corvane_EnvelopeGraphView(CRect());
-    }
-};
-
-} // namespace
-
 void Corvane_EnvelopeGraphView_register()
 {
-    static const EnvelopeGraphView_Creator creator;
-    static const bool registered = (UIViewFactory::registerViewCreator(creator), true);
-    (void)registered;
+    VSTGUI4_registerPlainView<Corvane_EnvelopeGraphView>("Corvane_EnvelopeGraphView", "Corvane_GraphView");
 }

@@ -1,8 +1,7 @@
 #include "graph/views/Corvane_GraphContainerView.h"
 
+#include "Common_VST3/VSTGUI4_PlainViewCreator.h"
 #include "graph/views/Corvane_MainGraphView.h"
-#include "vstgui/uidescription/iviewcreator.h"
-#include "vstgui/uidescription/uiviewfactory.h"
 
 using namespace VSTGUI;
 
@@ -19,23 +18,7 @@ CMouseEventResult Corvane_GraphContainerView::onMouseMoved(CPoint& where, const 
     return CViewContainer::onMouseMoved(where, buttons);
 }
 
-namespace {
-
-class Corvane_GraphContainerView_Creator : public ViewCreatorAdapter {
-public:
-    IdStringPtr getViewName() const override { return "Corvane_GraphContainerView"; }
-    IdStringPtr getBaseViewName() const override { return "CViewContainer"; }
-    CView* create(const UIAttributes&, const IUIDescription*) const override
-    {
-        return new Corvane_GraphContainerView(CRect());
-    }
-};
-
-} // namespace
-
 void Corvane_GraphContainerView_register()
 {
-    static const Corvane_GraphContainerView_Creator creator;
-    static const bool registered = (UIViewFactory::registerViewCreator(creator), true);
-    (void)registered;
+    VSTGUI4_registerPlainView<Corvane_GraphContainerView>("Corvane_GraphContainerView", "CViewContainer");
 }

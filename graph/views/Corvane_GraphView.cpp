@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdio>
 
+#include "Common_VST3/VSTGUI4_PlainViewCreator.h"
 #include "Common_VST3/utilities.h"
 #include "graph/model/TrackedFrameArray.h"
 #include "graph/views/Corvane_Cursors.h"
@@ -11,8 +12,6 @@
 #include "graph/views/Corvane_KeyboardGraphView.h"
 #include "graph/views/Corvane_MainGraphView.h"
 #include "vstgui/lib/cframe.h"
-#include "vstgui/uidescription/iviewcreator.h"
-#include "vstgui/uidescription/uiviewfactory.h"
 
 using namespace VSTGUI;
 
@@ -567,22 +566,9 @@ CMouseEventResult Corvane_GraphView::onMouseExited(CPoint&, const CButtonState& 
     return kMouseEventHandled;
 }
 
-namespace {
-
-class GraphView_Creator : public ViewCreatorAdapter {
-public:
-    IdStringPtr getViewName() const override { return "Corvane_GraphView"; }
-    IdStringPtr getBaseViewName() const override { return "VSTGUI4_ScrollableView"; }
-    CView* create(const UIAttributes&, const IUIDescription*) const override { return new Corvane_GraphView(CRect()); }
-};
-
-} // namespace
-
 void Corvane_GraphView_register()
 {
-    static const GraphView_Creator creator;
-    static const bool registered = (UIViewFactory::registerViewCreator(creator), true);
-    (void)registered;
+    VSTGUI4_registerPlainView<Corvane_GraphView>("Corvane_GraphView", "VSTGUI4_ScrollableView");
     Corvane_MainGraphView_register();
     Corvane_EnvelopeGraphView_register();
     Corvane_KeyboardGraphView_register();

@@ -3,10 +3,9 @@
 #include <cmath>
 #include <cstdio>
 
+#include "Common_VST3/VSTGUI4_PlainViewCreator.h"
 #include "graph/views/Corvane_MainGraphView.h"
 #include "vstgui/lib/cdrawcontext.h"
-#include "vstgui/uidescription/iviewcreator.h"
-#include "vstgui/uidescription/uiviewfactory.h"
 
 using namespace VSTGUI;
 
@@ -114,23 +113,7 @@ bool Corvane_KeyboardGraphView::onWheel(const CPoint&, const CMouseWheelAxis& ax
     return true;
 }
 
-namespace {
-
-class KeyboardGraphView_Creator : public ViewCreatorAdapter {
-public:
-    IdStringPtr getViewName() const override { return "Corvane_KeyboardGraphView"; }
-    IdStringPtr getBaseViewName() const override { return "CView"; }
-    CView* create(const UIAttributes&, const IUIDescription*) const override
-    {
-        return new Corvane_KeyboardGraphView(CRect());
-    }
-};
-
-} // namespace
-
 void Corvane_KeyboardGraphView_register()
 {
-    static const KeyboardGraphView_Creator creator;
-    static const bool registered = (UIViewFactory::registerViewCreator(creator), true);
-    (void)registered;
+    VSTGUI4_registerPlainView<Corvane_KeyboardGraphView>("Corvane_KeyboardGraphView", "CView");
 }

@@ -5,13 +5,12 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "Common_VST3/VSTGUI4_PlainViewCreator.h"
 #include "Common_VST3/utilities.h"
 #include "graph/model/ObjectEditor.h"
 #include "graph/model/TrackedFrameArray.h"
 #include "graph/views/Corvane_EnvelopeGraphView.h"
 #include "vstgui/lib/cframe.h"
-#include "vstgui/uidescription/iviewcreator.h"
-#include "vstgui/uidescription/uiviewfactory.h"
 
 using namespace VSTGUI;
 
@@ -1106,23 +1105,7 @@ bool Corvane_MainGraphView::onWheel(const CPoint& where, const CMouseWheelAxis& 
     return handled;
 }
 
-namespace {
-
-class MainGraphView_Creator : public ViewCreatorAdapter {
-public:
-    IdStringPtr getViewName() const override { return "Corvane_MainGraphView"; }
-    IdStringPtr getBaseViewName() const override { return "Corvane_GraphView"; }
-    CView* create(const UIAttributes&, const IUIDescription*) const override
-    {
-        return new Corvane_MainGraphView(CRect());
-    }
-};
-
-} // namespace
-
 void Corvane_MainGraphView_register()
 {
-    static const MainGraphView_Creator creator;
-    static const bool registered = (UIViewFactory::registerViewCreator(creator), true);
-    (void)registered;
+    VSTGUI4_registerPlainView<Corvane_MainGraphView>("Corvane_MainGraphView", "Corvane_GraphView");
 }
