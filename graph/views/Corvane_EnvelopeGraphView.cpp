@@ -88,13 +88,7 @@ void Corvane_EnvelopeGraphView::drawContent(CDrawContext* context, int32_t left,
 {
     const int32_t w = int32_t(getWidth());
     const int32_t h = int32_t(getHeight());
-    if (right < 0) {
-        left = 0;
-        right = w;
-    }
-    context->setDrawMode(kAntiAliasing);
-    context->setLineStyle(kLineSolid);
-    context->setLineWidth(1);
+    beginContent(context, left, right);
     context->setFillColor(backgroundColour);
     context->drawRect(CRect(left, 0, right, h), kDrawFilled);
     if (mainView && mainView->getSelectionEnd() > mainView->getSelectionStart()) {

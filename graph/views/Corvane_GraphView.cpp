@@ -229,17 +229,21 @@ void Corvane_GraphView::followFrameScale()
     if (offscreen && getFrame() && offscreen->getScaleFactor() != getFrame()->getZoom()) releaseOffscreens();
 }
 
-void Corvane_GraphView::drawContent(CDrawContext* context, int32_t left, int32_t right)
+void Corvane_GraphView::beginContent(CDrawContext* context, int32_t& left, int32_t& right) const
 {
-    const int32_t w = int32_t(getWidth());
-    const int32_t h = int32_t(getHeight());
     if (right < 0) {
         left = 0;
-        right = w;
+        right = int32_t(getWidth());
     }
     context->setDrawMode(kAntiAliasing);
     context->setLineStyle(kLineSolid);
     context->setLineWidth(1);
+}
+
+void Corvane_GraphView::drawContent(CDrawContext* context, int32_t left, int32_t right)
+{
+    const int32_t h = int32_t(getHeight());
+    beginContent(context, left, right);
     context->setFillColor(backgroundColour);
     context->drawRect(CRect(left, 0, right, h), kDrawFilled);
 

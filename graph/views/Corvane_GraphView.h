@@ -143,6 +143,9 @@ protected:
     // The tracked input pitch in red between columns left..right: per
     // column the span of its voiced frames, joined to the column before.
     void drawInputPitch(VSTGUI::CDrawContext* context, int32_t left, int32_t right);
+    // The columns a drawContent call covers (all of them for a `right` below
+    // 0), and the context's smooth one-pixel solid lines.
+    void beginContent(VSTGUI::CDrawContext* context, int32_t& left, int32_t& right) const;
     // A pitch of the frames in `colour` between columns left..right, the
     // same way: `centsOf(frame, data)` gives a frame's cents, or
     // TrackedFrame::unvoicedCents where it has none.

@@ -190,15 +190,8 @@ int32_t Corvane_MainGraphView::scrollRight(int32_t count)
 
 void Corvane_MainGraphView::drawContent(CDrawContext* context, int32_t left, int32_t right)
 {
-    const int32_t w = int32_t(getWidth());
     const int32_t h = int32_t(getHeight());
-    if (right < 0) {
-        left = 0;
-        right = w;
-    }
-    context->setDrawMode(kAntiAliasing);
-    context->setLineStyle(kLineSolid);
-    context->setLineWidth(1);
+    beginContent(context, left, right);
     if (showLanes && lanesKnown) {
         drawLanes(context, left, right);
     } else {
