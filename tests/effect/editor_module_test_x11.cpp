@@ -34,6 +34,7 @@
 #include "support/tracked_data.h"
 #include "support/ui_layout.h"
 #include "support/virtual_display.h"
+#include "support/x11_editor.h"
 #include "support/x11_hand.h"
 
 // Xlib's macros (None, Bool, ...) come after every other header.
@@ -52,63 +53,15 @@ using test_panel::Picture;
 using test_panel::Rect;
 using test_panel::UiView;
 using test_x11::Hand;
+using test_x11::HostFrame;
+using test_x11::hostLoop;
+using test_x11::kPatience;
+using test_x11::layout;
 using Edit = RecordingHandler::Edit;
 
 namespace {
 
 constexpr double kPi = 3.14159265358979323846;
-// How long the loop runs at most for something to show.
-constexpr auto kPatience = std::chrono::seconds(5);
-
-// The host's run loop, for the whole program: a plug-in may keep the run
-// loop it was given referenced after its editor has gone.
-test_host::HostRunLoop& hostLoop()
-{
-    static test_host::HostRunLoop loop;
-    return loop;
-}
-
-// The frame of one host window: offers the run loop and resizes the window
-// with the view as the plug-in asks.
-class HostFrame : public IPlugFrame {
-public:
-    Display* display = nullptr;
-    Window window = 0;
-    std::vector<std::pair<int, int>> resizes;
-
-    tresult PLUGIN_API resizeView(IPlugView* view, ViewRect* r) override
-    {
-        resizes.emplace_back(r->getWidth(), r->getHeight());
-        XResizeWindow(display, window, unsigned(r->getWidth()), unsigned(r->getHeight()));
-        return view->onSize(r);
-    }
-    tresult PLUGIN_API queryInterface(const TUID iid, void** obj) override
-    {
-        if (FUnknownPrivate::iidEqual(iid, Linux::IRunLoop::iid)) {
-            hostLoop().addRef();
-            *obj = static_cast<Linux::IRunLoop*>(&hostLoop());
-            return kResultTrue;
-        }
-        QUERY_INTERFACE(iid, obj, FUnknown::iid, IPlugFrame)
-        QUERY_INTERFACE(iid, obj, IPlugFrame::iid, IPlugFrame)
-        *obj = nullptr;
-        return kNoInterface;
-    }
-    uint32 PLUGIN_API addRef() override { return 1; }
-    uint32 PLUGIN_API release() override { return 1; }
-};
-
-const test_panel::UiLayout& layout()
-{
-    static test_panel::UiLayout loaded;
-    static bool done = false;
-    if (!done) {
-        done = true;
-        loaded.load(test_host::resourcePath("Corvane_Editor.uidesc"), "Corvane_Editor");
-    }
-    return loaded;
-}
-
 // The one control of that class bound to a parameter.
 const UiView* controlOf(ParamID id, const std::string& className)
 {
@@ -178,50 +131,16 @@ struct EmbeddedEditor {
     }
 };
 
-class EditorModuleX11 : public ::testing::Test {
+class EditorModuleX11 : public test_x11::EditorTest {
 protected:
-    static void SetUpTestSuite()
-    {
-        if (!test_x11::haveXvfb()) return;
-        server = new test_x11::VirtualDisplay("2000x1400x24");
-        if (server->ok()) ::setenv("DISPLAY", server->name.c_str(), 1);
-    }
-    static void TearDownTestSuite()
-    {
-        delete server;
-        server = nullptr;
-    }
-
     void SetUp() override
     {
-        if (!test_x11::haveXvfb()) GTEST_SKIP() << "Xvfb is not installed: the editor is not tried in a window";
-        if (!server || !server->ok()) GTEST_SKIP() << "Xvfb could not be started: the editor is not tried in a window";
-        ASSERT_TRUE(layout().error().empty()) << layout().error();
-        display = XOpenDisplay(server->name.c_str());
-        ASSERT_NE(display, nullptr);
+        EditorTest::SetUp();
+        if (IsSkipped() || HasFatalFailure()) return;
         folder = test_host::scratchFolder("editor_x11");
-        // The pointer rests away from every window.
-        XTestFakeMotionEvent(display, DefaultScreen(display), 1990, 1390, 0);
-        XSync(display, False);
         handlersBefore = hostLoop().handlerCount();
         timersBefore = hostLoop().timerCount();
     }
-
-    void TearDown() override
-    {
-        if (display) XCloseDisplay(display);
-    }
-
-    bool pumpUntil(const std::function<bool()>& condition)
-    {
-        const auto end = std::chrono::steady_clock::now() + kPatience;
-        while (std::chrono::steady_clock::now() < end) {
-            hostLoop().runFor(10);
-            if (condition()) return true;
-        }
-        return false;
-    }
-    void pump(unsigned milliseconds) { hostLoop().runFor(milliseconds); }
 
     void moveTo(int x, int y)
     {
@@ -268,14 +187,11 @@ protected:
         return pumpUntil([&] { return handler.edits.size() >= count; });
     }
 
-    static test_x11::VirtualDisplay* server;
-    Display* display = nullptr;
     std::string folder;
     size_t handlersBefore = 0;
     size_t timersBefore = 0;
 };
 
-test_x11::VirtualDisplay* EditorModuleX11::server = nullptr;
 
 void expectEdits(const std::vector<Edit>& heard, const std::vector<Edit>& expected, double tolerance = 1e-6)
 {

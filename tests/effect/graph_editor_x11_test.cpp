@@ -24,6 +24,7 @@
 #include "support/tracked_data.h"
 #include "support/ui_layout.h"
 #include "support/virtual_display.h"
+#include "support/x11_editor.h"
 #include "support/x11_hand.h"
 
 // Xlib's macros (None, Bool, ...) come after every other header.
@@ -38,6 +39,9 @@ using Steinberg::Vst::ParamID;
 using test_host::Held;
 using test_host::PluginInstance;
 using test_panel::UiView;
+using test_x11::HostFrame;
+using test_x11::kPatience;
+using test_x11::layout;
 
 namespace {
 
@@ -45,86 +49,24 @@ constexpr double rate = 48000.0;
 constexpr int64_t hop = 200;  // host samples a frame
 constexpr int32 block = 512;
 constexpr double kPi = 3.14159265358979323846;
-constexpr auto kPatience = std::chrono::seconds(5);
-
-test_host::HostRunLoop& hostLoop()
-{
-    static test_host::HostRunLoop loop;
-    return loop;
-}
-
-// The frame of the host's window: offers the run loop.
-class HostFrame : public IPlugFrame {
-public:
-    tresult PLUGIN_API resizeView(IPlugView* view, ViewRect* r) override { return view->onSize(r); }
-    tresult PLUGIN_API queryInterface(const TUID iid, void** obj) override
-    {
-        if (FUnknownPrivate::iidEqual(iid, Linux::IRunLoop::iid)) {
-            hostLoop().addRef();
-            *obj = static_cast<Linux::IRunLoop*>(&hostLoop());
-            return kResultTrue;
-        }
-        QUERY_INTERFACE(iid, obj, FUnknown::iid, IPlugFrame)
-        QUERY_INTERFACE(iid, obj, IPlugFrame::iid, IPlugFrame)
-        *obj = nullptr;
-        return kNoInterface;
-    }
-    uint32 PLUGIN_API addRef() override { return 1; }
-    uint32 PLUGIN_API release() override { return 1; }
-};
-
-const test_panel::UiLayout& layout()
-{
-    static test_panel::UiLayout loaded;
-    static bool done = false;
-    if (!done) {
-        done = true;
-        loaded.load(test_host::resourcePath("Corvane_Editor.uidesc"), "Corvane_Editor");
-    }
-    return loaded;
-}
 
 double centsOfHz(double hz) { return 900.0 + 1200.0 * std::log2(hz / 440.0); }
 
-class GraphEditorX11 : public ::testing::Test {
+class GraphEditorX11 : public test_x11::EditorTest {
 protected:
-    static void SetUpTestSuite()
-    {
-        if (!test_x11::haveXvfb()) return;
-        server = new test_x11::VirtualDisplay("1200x900x24");
-        if (server->ok()) ::setenv("DISPLAY", server->name.c_str(), 1);
-    }
-    static void TearDownTestSuite()
-    {
-        delete server;
-        server = nullptr;
-    }
     void SetUp() override
     {
-        if (!test_x11::haveXvfb()) GTEST_SKIP() << "Xvfb is not installed: the editor is not tried in a window";
-        if (!server || !server->ok()) GTEST_SKIP() << "Xvfb could not be started: the editor is not tried in a window";
-        ASSERT_TRUE(layout().error().empty()) << layout().error();
-        display = XOpenDisplay(server->name.c_str());
-        ASSERT_NE(display, nullptr);
+        EditorTest::SetUp();
+        if (IsSkipped() || HasFatalFailure()) return;
         folder = test_host::scratchFolder("graph_editor_x11");
         moveTo(1190, 890);
     }
     void TearDown() override
     {
         if (window) XDestroyWindow(display, window);
-        if (display) XCloseDisplay(display);
+        EditorTest::TearDown();
     }
 
-    bool pumpUntil(const std::function<bool()>& condition)
-    {
-        const auto end = std::chrono::steady_clock::now() + kPatience;
-        while (std::chrono::steady_clock::now() < end) {
-            hostLoop().runFor(10);
-            if (condition()) return true;
-        }
-        return false;
-    }
-    void pump(unsigned milliseconds) { hostLoop().runFor(milliseconds); }
     void moveTo(int x, int y)
     {
         XTestFakeMotionEvent(display, DefaultScreen(display), x, y, 0);
@@ -171,8 +113,6 @@ protected:
         return view;
     }
 
-    static inline test_x11::VirtualDisplay* server = nullptr;
-    Display* display = nullptr;
     Window window = 0;
     HostFrame frame;
     std::string folder;
