@@ -233,7 +233,7 @@ void CV_DSPObject::analyze_sample(double primary, double secondary, bool two_cha
     shifter.store_input(primary, secondary);
     const int64_t newest = shifter.newest();
 
-    switch (detector.process(primary, shifter.input(0), newest)) {
+    switch (detector.process(primary, newest)) {
     case pitch_detector::outcome::none: break;
     case pitch_detector::outcome::cleared:
         frame_min_period = engine::no_min_period;

@@ -58,13 +58,11 @@ public:
     // Unlocked, with every sum and filter state cleared.
     void reset() noexcept;
 
-    // Audio thread. One input sample `x`, already stored as the newest entry
-    // `newest` of the engine's input ring `ring` (engine::ring_len long).
-    // The detector reads its own copy of that ring, which holds the same
-    // samples as long as it is fed every sample from the same reset.
-    outcome process(double x, const double* ring, int64_t newest) noexcept
+    // Audio thread. One input sample `x` at position `newest` of the
+    // engine's input ring (engine::ring_len long); the detector keeps its
+    // own copy of the samples it is fed, at the same positions.
+    outcome process(double x, int64_t newest) noexcept
     {
-        (void)ring;
         past.store(newest, x);
         double filtered = pre_filter[1].process(pre_filter[0].process(x));
         if (third_filter_on) filtered = pre_filter[2].process(filtered);

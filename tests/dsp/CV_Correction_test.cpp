@@ -72,11 +72,10 @@ double hz_at(const std::vector<float>& y, double seconds, double rate)
 
 namespace {
 
-// A detector fed sample by sample through an input ring of its own, as the
+// A detector fed sample by sample at the positions of an input ring, as the
 // engine feeds it.
 struct Fed_Detector {
     pitch_detector detector;
-    std::vector<double> ring = std::vector<double>(size_t(engine::ring_len), 0.0);
     int64_t newest = 0;
 
     explicit Fed_Detector(double rate)
@@ -87,8 +86,7 @@ struct Fed_Detector {
     void feed(double x)
     {
         newest = engine::ring_next(newest, engine::ring_len);
-        ring[size_t(newest)] = x;
-        detector.process(x, ring.data(), newest);
+        detector.process(x, newest);
     }
 };
 
