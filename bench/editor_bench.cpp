@@ -239,6 +239,12 @@ struct PitchGraphOverTake {
         view->refresh(false, false, false);
     }
     // The first note whose body lies in sight, as a point of the view.
+    // The Arrow picked and a point on a note in sight; false without one.
+    bool arrowOnNote(VSTGUI::CPoint& where)
+    {
+        view->setTool(Corvane_GraphView::toolArrow);
+        return noteInSight(where);
+    }
     bool noteInSight(VSTGUI::CPoint& where) const
     {
         for (size_t i = 0; i + 1 < editor.currentList().count(); ++i) {
@@ -271,9 +277,8 @@ void pitch_graph_full_redraw(benchmark::State& state)
 void pitch_graph_drag_event(benchmark::State& state)
 {
     PitchGraphOverTake graph(int(state.range(0)), int(state.range(1)));
-    graph.view->setTool(Corvane_GraphView::toolArrow);
     VSTGUI::CPoint start;
-    if (!graph.noteInSight(start)) {
+    if (!graph.arrowOnNote(start)) {
         state.SkipWithError("no note in sight");
         return;
     }
@@ -293,9 +298,8 @@ void pitch_graph_drag_event(benchmark::State& state)
 void pitch_graph_drag_release(benchmark::State& state)
 {
     PitchGraphOverTake graph(int(state.range(0)), int(state.range(1)));
-    graph.view->setTool(Corvane_GraphView::toolArrow);
     VSTGUI::CPoint start;
-    if (!graph.noteInSight(start)) {
+    if (!graph.arrowOnNote(start)) {
         state.SkipWithError("no note in sight");
         return;
     }
