@@ -514,7 +514,7 @@ void Corvane_EditorPresenter::autoRepeat(int32 tag)
         stepScalesList(ParamID(tag));
         return;
     }
-    if (tag >= corvane::kGraphScrollUp && tag <= corvane::kGraphScrollRight && viewRegistry.graphCanvas) {
+    if (tag >= int32(corvane::kGraphScrollUp) && tag <= int32(corvane::kGraphScrollRight) && viewRegistry.graphCanvas) {
         stepGraphCanvas(viewRegistry.graphCanvas, ParamID(tag));
         return;
     }

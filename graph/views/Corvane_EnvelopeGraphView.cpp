@@ -111,14 +111,8 @@ void Corvane_EnvelopeGraphView::drawContent(CDrawContext* context, int32_t left,
             const int64_t d0 = std::max<int64_t>(0, pixelToDocX(c));
             if (d0 >= end) break;
             const int64_t d1 = std::min(end, std::max(d0 + 1, pixelToDocX(c + 1)));
-            float lo = 1.0f, hi = -1.0f;
-            for (int64_t d = d0; d < d1; ++d) {
-                const TrackedFrame f = frameArray->get(d);
-                if (!f.filled()) continue;
-                lo = std::min(lo, f.minSample);
-                hi = std::max(hi, f.maxSample);
-            }
-            if (lo == 1.0f) continue;
+            float lo, hi;
+            if (!framePeaks(d0, d1, lo, hi)) continue;
             const double y0 = std::min(double(h), baseline - lo * scale);
             const double y1 = std::max(0.0, baseline - hi * scale);
             context->drawLine(CPoint(c, y0), CPoint(c, std::min(y1, y0 - 1)));

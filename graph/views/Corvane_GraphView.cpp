@@ -229,6 +229,19 @@ void Corvane_GraphView::followFrameScale()
     if (offscreen && getFrame() && offscreen->getScaleFactor() != getFrame()->getZoom()) releaseOffscreens();
 }
 
+bool Corvane_GraphView::framePeaks(int64_t from, int64_t to, float& lo, float& hi) const
+{
+    lo = 1.0f;
+    hi = -1.0f;
+    for (int64_t d = from; d < to; ++d) {
+        const TrackedFrame f = frameArray->get(d);
+        if (!f.filled()) continue;
+        lo = std::min(lo, f.minSample);
+        hi = std::max(hi, f.maxSample);
+    }
+    return lo != 1.0f;
+}
+
 void Corvane_GraphView::beginContent(CDrawContext* context, int32_t& left, int32_t& right) const
 {
     if (right < 0) {

@@ -143,6 +143,9 @@ protected:
     // The tracked input pitch in red between columns left..right: per
     // column the span of its voiced frames, joined to the column before.
     void drawInputPitch(VSTGUI::CDrawContext* context, int32_t left, int32_t right);
+    // The smallest and largest sample of the filled frames from..to (to
+    // excluded); false when none of them is filled.
+    bool framePeaks(int64_t from, int64_t to, float& lo, float& hi) const;
     // The columns a drawContent call covers (all of them for a `right` below
     // 0), and the context's smooth one-pixel solid lines.
     void beginContent(VSTGUI::CDrawContext* context, int32_t& left, int32_t& right) const;

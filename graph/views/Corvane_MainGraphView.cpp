@@ -252,14 +252,8 @@ void Corvane_MainGraphView::drawWaveform(CDrawContext* context, int32_t left, in
         const int64_t d0 = std::max<int64_t>(0, pixelToDocX(c));
         const int64_t d1 = std::min(end, pixelToDocX(c + 1));
         if (d0 >= end) break;
-        float lo = 1.0f, hi = -1.0f;
-        for (int64_t d = d0; d < d1; ++d) {
-            const TrackedFrame f = frameArray->get(d);
-            if (!f.filled()) continue;
-            lo = std::min(lo, f.minSample);
-            hi = std::max(hi, f.maxSample);
-        }
-        if (lo == 1.0f) continue;
+        float lo, hi;
+        if (!framePeaks(d0, d1, lo, hi)) continue;
         const double y0 = h / 2 - lo * h * 0.8, y1 = h / 2 - hi * h * 0.8;
         context->drawLine(CPoint(c, y0), CPoint(c, y1));
     }
@@ -334,14 +328,8 @@ void Corvane_MainGraphView::drawNote(CDrawContext* context, const ObjectRecord& 
         const int64_t tracked = frameArray->trackedEnd();
         for (int32_t c = std::max(x0 + 1, left); c < std::min(x1, right + 1); ++c) {
             const int64_t d0 = std::max<int64_t>(pixelToDocX(c), 0), d1 = std::min(pixelToDocX(c + 1), tracked);
-            float lo = 1.0f, hi = -1.0f;
-            for (int64_t d = d0; d < d1; ++d) {
-                const TrackedFrame f = frameArray->get(d);
-                if (!f.filled()) continue;
-                lo = std::min(lo, f.minSample);
-                hi = std::max(hi, f.maxSample);
-            }
-            if (lo == 1.0f) continue;
+            float lo, hi;
+            if (!framePeaks(d0, d1, lo, hi)) continue;
             context->drawLine(CPoint(c, pitchY - lo * s), CPoint(c, pitchY - hi * s));
         }
     }
