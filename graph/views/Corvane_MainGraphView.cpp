@@ -662,22 +662,26 @@ void Corvane_MainGraphView::split(int64_t frame)
     }
 }
 
+void Corvane_MainGraphView::scrollWithDrag(const CPoint& where)
+{
+    CPoint delta;
+    autoScroll(delta, where.x, where.y);
+    if (delta.x == 0 && delta.y == 0) return;
+    mouseDownPoint.offset(delta.x, delta.y);
+    lastMousePoint.offset(delta.x, delta.y);
+    // What is drawn follows document points: the still picture under it is
+    // drawn anew at the new offset.
+    repaint(0, -1);
+    if (offscreen && overlayOffscreen) offscreen->copyFrom(overlayOffscreen, CRect(0, 0, getWidth(), getHeight()));
+}
+
 //--- The line under construction.
 
 bool Corvane_MainGraphView::moveRubberLine(CPoint where, const CButtonState& buttons)
 {
     if (!mouseTracking || tool != toolDrawLines || lineVertices.empty() || !offscreen || !overlayOffscreen)
         return false;
-    CPoint delta;
-    autoScroll(delta, where.x, where.y);
-    if (delta.x != 0 || delta.y != 0) {
-        mouseDownPoint.offset(delta.x, delta.y);
-        lastMousePoint.offset(delta.x, delta.y);
-        // The corners are document points: the still picture is drawn anew
-        // at the new offset.
-        repaint(0, -1);
-        offscreen->copyFrom(overlayOffscreen, CRect(0, 0, getWidth(), getHeight()));
-    }
+    scrollWithDrag(where);
     const Vertex& last = lineVertices.back();
     int64_t frame = frameAtX(where.x);
     int32_t cents = centsAtPixel(int32_t(std::floor(where.y - size.top)));
@@ -864,14 +868,7 @@ void Corvane_MainGraphView::arrowDrag(const CPoint& whereIn, const CButtonState&
         if (overlayOffscreen) dragBand(where, bandColour);
         return;
     }
-    CPoint delta;
-    autoScroll(delta, where.x, where.y);
-    if (delta.x != 0 || delta.y != 0) {
-        mouseDownPoint.offset(delta.x, delta.y);
-        lastMousePoint.offset(delta.x, delta.y);
-        repaint(0, -1);
-        if (overlayOffscreen) offscreen->copyFrom(overlayOffscreen, CRect(0, 0, getWidth(), getHeight()));
-    }
+    scrollWithDrag(where);
     const int64_t frame = frameAtX(where.x);
     if (dragMode == dragSelection) {
         const bool alt = (int32_t(lastButtons) & kAlt) != 0;
@@ -936,13 +933,7 @@ CMouseEventResult Corvane_MainGraphView::onMouseMoved(CPoint& where, const CButt
     case toolDrawCurves:
     case toolDrawNotes:
         if (drag && !freehandPoints.empty() && offscreen && overlayOffscreen) {
-            CPoint delta;
-            autoScroll(delta, where.x, where.y);
-            if (delta.x != 0 || delta.y != 0) {
-                mouseDownPoint.offset(delta.x, delta.y);
-                repaint(0, -1);
-                offscreen->copyFrom(overlayOffscreen, CRect(0, 0, getWidth(), getHeight()));
-            }
+            scrollWithDrag(where);
             const int64_t frame = frameAtX(where.x);
             const int32_t cents = centsAtPixel(int32_t(std::floor(where.y - size.top)));
             if (tool == toolDrawCurves) {

@@ -143,6 +143,9 @@ public:
     enum DragMode : int32_t { dragGround = 0, dragSelection, dragNoteStart, dragNoteEnd };
 
 protected:
+    // A drag whose pointer left the graph scrolls it and moves the points
+    // where the drag began and last was along.
+    void scrollWithDrag(const VSTGUI::CPoint& where);
     // The objects of `list` between columns left..right: flag 1 lines and
     // curves, flag 2 notes.
     void drawObjects(VSTGUI::CDrawContext* context, const ObjectList& list, int32_t flags, int32_t left,
