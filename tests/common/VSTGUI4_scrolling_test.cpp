@@ -49,7 +49,9 @@ TEST(VSTGUI4Scrolling, ScrollsStopAtTheDocumentsEdgesAndAnswerTheStepsThatFitted
         const int32_t steps = c.right ? view.scrollRight(c.count) : view.scrollLeft(c.count);
         EXPECT_EQ(steps, c.steps) << c.what;
         EXPECT_EQ(view.getScrollOffset().x, c.endX) << c.what;
-        if (c.steps == 0) EXPECT_EQ(view.fullRedraws, 0) << c.what << ": nothing drawn";
+        if (c.steps == 0) {
+            EXPECT_EQ(view.fullRedraws, 0) << c.what << ": nothing drawn";
+        }
     }
 }
 
@@ -98,7 +100,9 @@ TEST(VSTGUI4Scrolling, VerticalZoomKeepsWholeStepsTheCentreAndTheDocument)
         EXPECT_EQ(answered, c.answered) << c.what;
         EXPECT_EQ(view.getZoom().y, c.zoomAfter) << c.what;
         EXPECT_EQ(view.getScrollOffset().y, c.offsetAfter) << c.what;
-        if (answered) EXPECT_EQ(visible, int32_t(50 * c.zoomAfter)) << c.what;
+        if (answered) {
+            EXPECT_EQ(visible, int32_t(50 * c.zoomAfter)) << c.what;
+        }
     }
 }
 
