@@ -23,6 +23,12 @@ const char* const corvane_clear_all_text =
     "All tracking and correction data will be lost.\nYou cannot Undo this action.\n\n"
     "(Shift-click \"Clear All\" to bypass this warning.)";
 
+const char* const corvane_missing_files_title = "Are you sure?";
+const char* const corvane_missing_files_text =
+    "This session specified one or more files that were not found in the expected location. If you wish to "
+    "locate the expected data, click \"Cancel\" and then click the flashing red button to open the Data File "
+    "Settings window. If you wish to abandon the previous data and re-track the audio now, click \"OK\".";
+
 bool showHint(Corvane_DialogPlatform& platform, Corvane_Hint which,
               Corvane_OptionsDlgData* instanceRecord, const std::string& preferencesFile) {
     bool& shown = which == kPasteHint ? instanceRecord->showPasteInstructions

@@ -30,3 +30,8 @@ bool showHint(Corvane_DialogPlatform& platform, Corvane_Hint which,
 bool confirmClearAll(Corvane_DialogPlatform& platform, bool shiftHeld);
 extern const char* const corvane_clear_all_title;
 extern const char* const corvane_clear_all_text;
+
+// The question before tracking starts over a session whose data files are
+// not where it expects them.
+extern const char* const corvane_missing_files_title;
+extern const char* const corvane_missing_files_text;

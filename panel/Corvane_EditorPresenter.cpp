@@ -392,7 +392,12 @@ bool Corvane_EditorPresenter::runKeyCommand(int command)
         effect.editParameter(id, high);
         effect.editParameter(id, low);
         break;
-    case Corvane_KeyCommand::kToggle: effect.editParameter(id, plain == high ? low : high); break;
+    case Corvane_KeyCommand::kToggle:
+        if ((id == corvane::kTrackPitch || id == corvane::kTrackPitchAndTime) && plain != high &&
+            trackingClicked(id))
+            break;
+        effect.editParameter(id, plain == high ? low : high);
+        break;
     case Corvane_KeyCommand::kSetValue: effect.editParameter(id, row.value); break;
     case Corvane_KeyCommand::kStepUp:
     case Corvane_KeyCommand::kStepDown: {
@@ -429,6 +434,17 @@ void Corvane_EditorPresenter::onTimer(int32 tick)
         if (confirmClearAll(getDialogs(), clearAllShift)) {
             effect.editParameter(corvane::kClearAllData, 1.0);
             effect.editParameter(corvane::kClearAllData, 0.0);
+        }
+        if (!openEditor) return;
+    }
+    if (trackingRequested != 0) {
+        const ParamID id = trackingRequested;
+        trackingRequested = 0;
+        if (getDialogs().confirmAlert(corvane_missing_files_title, corvane_missing_files_text)) {
+            // The old take is abandoned: the store forgets it and the data
+            // folder's button stops flashing.
+            effect.dataFolder().dropData();
+            effect.editParameter(id, 1.0);
         }
         if (!openEditor) return;
     }
@@ -519,6 +535,13 @@ void Corvane_EditorPresenter::autoRepeat(int32 tag)
         return;
     }
     effect.stopAutoRepeat();
+}
+
+bool Corvane_EditorPresenter::trackingClicked(ParamID id)
+{
+    if (!openEditor || !effect.dataFilesMissing()) return false;
+    trackingRequested = id;
+    return true;
 }
 
 void Corvane_EditorPresenter::clearAllClicked(bool shiftHeld)

@@ -84,6 +84,12 @@ public:
     // the question comes up (not with Shift held), and only a yes presses
     // "Clear All Data" as an edit the host hears.
     void clearAllClicked(bool shiftHeld);
+    // Interface thread. A press that turns "Track Pitch" or "Track Pitch
+    // and Time" (`id`) on: while the session's data files are missing, the
+    // question whether to abandon them comes up at the next tick and true is
+    // answered (the press waits for it); otherwise false, and the press goes
+    // on as usual.
+    bool trackingClicked(Steinberg::Vst::ParamID id);
     // A gesture on a control begins or ends: the knobs that edit a
     // selection of graph objects keep the edit in progress.
     void controlEditBegun(VSTGUI::CControl* control);
@@ -187,6 +193,9 @@ private:
     // the question.
     bool clearAllRequested = false;
     bool clearAllShift = false;
+    // A tracking button (its id) waiting for the missing-files question; 0
+    // for none.
+    Steinberg::Vst::ParamID trackingRequested = 0;
     // The engine's frame at the last tick.
     int64_t lastPlayFrame = 0;
     // The pitch graph's read-outs are in the pitch displays.

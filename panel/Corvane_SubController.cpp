@@ -229,17 +229,31 @@ CMessageResult Corvane_SubController::notify(CBaseObject* sender, IdStringPtr me
 namespace {
 
 bool isClearAll(const CControl* control) { return control && control->getTag() == corvane::kClearAllData; }
+bool isTracking(const CControl* control)
+{
+    return control && (control->getTag() == corvane::kTrackPitch || control->getTag() == corvane::kTrackPitchAndTime);
+}
 
 } // namespace
 
 IControlListener* Corvane_SubController::getControlListener(UTF8StringPtr controlTagName)
 {
-    if (controlTagName && std::strcmp(controlTagName, "ClearAllData") == 0) return this;
+    for (const char* name : {"ClearAllData", "TrackPitch", "TrackPitchAndTime"})
+        if (controlTagName && std::strcmp(controlTagName, name) == 0) return this;
     return VSTGUI4_SubController::getControlListener(controlTagName);
 }
 
 void Corvane_SubController::valueChanged(CControl* control)
 {
+    if (isTracking(control)) {
+        // Turning tracking on over a session whose files are missing waits
+        // for the presenter's question; the button stays off meanwhile.
+        if (owner == nullptr || control->getValue() < 0.5f || !owner->trackingClicked(Steinberg::Vst::ParamID(control->getTag())))
+            return VSTGUI4_SubController::valueChanged(control);
+        control->setValue(0.0f);
+        control->invalid();
+        return;
+    }
     if (!isClearAll(control)) return VSTGUI4_SubController::valueChanged(control);
     if (owner == nullptr || control->getValue() < 0.5f) return;
     const CFrame* frame = control->getFrame();

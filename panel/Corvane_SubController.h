@@ -28,7 +28,10 @@ public:
 
     // Interface thread. The "Clear All" button listens here instead of on
     // the editor: its press goes to the presenter, which asks before
-    // anything is cleared, and no edit of its own reaches the host.
+    // anything is cleared, and no edit of its own reaches the host. The
+    // two tracking buttons listen here too: a press that turns tracking on
+    // while the session's files are missing waits for the presenter's
+    // question; every other change goes on to the editor.
     VSTGUI::IControlListener* getControlListener(VSTGUI::UTF8StringPtr controlTagName) override;
     void valueChanged(VSTGUI::CControl* control) override;
     void controlBeginEdit(VSTGUI::CControl* control) override;

@@ -7,6 +7,8 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <cstdio>
+#include <filesystem>
 #include <chrono>
 #include <cmath>
 #include <functional>
@@ -16,6 +18,7 @@
 
 #include "panel/Corvane_ParameterIds.h"
 #include "pluginterfaces/gui/iplugview.h"
+#include "public.sdk/source/common/memorystream.h"
 #include "pluginterfaces/vst/ivsteditcontroller.h"
 #include "support/editor_host.h"
 #include "support/host_run_loop.h"
@@ -310,6 +313,74 @@ TEST_F(GraphEditorX11, ToolsOverATrackedPhraseEditWhatPlays)
     EXPECT_TRUE(pumpUntil([&] { return data->getTrackedFrame(200, &f) == kResultOk && f.outputPeriod == 0.0f; }));
     render(instance, std::vector<float>(size_t(block), 0.0f));
     EXPECT_LT(data->getTrackedFrameCount(), 200);
+    moveTo(1190, 890);
+    view->removed();
+    view->setFrame(nullptr);
+}
+
+// A session whose data folder went away: pressing "Track Pitch and Time"
+// asks before the old take is abandoned. Escape keeps it (tracking stays
+// off, the files still missing); OK forgets it and tracking starts.
+TEST_F(GraphEditorX11, TrackingOverMissingFilesAsksBeforeTheTakeIsAbandoned)
+{
+    PluginInstance plugin;
+    ASSERT_TRUE(plugin.ok()) << plugin.error;
+    hostlib::Instance& instance = *plugin.instance;
+    ASSERT_TRUE(instance.set_channels(1, 1) && instance.setup(rate, block, true) && instance.activate(true));
+    ICorvaneTrackedData* data = test_tracking::startTracking(instance, folder + "/lost", true);
+    ASSERT_NE(data, nullptr);
+    ASSERT_FALSE(render(instance, test_signals::sine(size_t(rate), 220.0, rate, 0.3, 0.0)).empty());
+    data->clickControl(corvane::kTrackPitchAndTime, 0.0);
+    data->waitForDisk();
+    Steinberg::MemoryStream state;
+    ASSERT_EQ(instance.component()->getState(&state), kResultOk);
+    std::filesystem::remove_all(folder + "/moved");
+    ASSERT_EQ(std::rename((folder + "/lost").c_str(), (folder + "/moved").c_str()), 0);
+    state.seek(0, IBStream::kIBSeekSet, nullptr);
+    ASSERT_EQ(instance.component()->setState(&state), kResultOk);
+    const auto missing = [&] { return data->getStoreStatus(nullptr, nullptr) != 0; };
+    ASSERT_TRUE(missing());
+
+    Held<IPlugView> view = attach(plugin);
+    ASSERT_TRUE(view);
+    const UiView* track = layout().find("TrackPitchAndTimeButton");
+    ASSERT_TRUE(track);
+    pump(200);
+    IEditController* controller = instance.controller();
+    const auto tracking = [&] { return controller->getParamNormalized(corvane::kTrackPitchAndTime) > 0.5; };
+
+    const int alertX = (850 - 460) / 2 + 4, alertY = 60;
+    const uint32_t sheetGrey = 0xececec;
+    std::atomic<bool> done{false}, answered{false}, checked{false};
+    bool askedFirst = false, askedAgain = false, trackingAfterNo = true, missingAfterNo = false;
+    std::thread hand([&] {
+        test_x11::Hand h(server->name, window);
+        h.click(track->rect.centreX(), track->rect.centreY());
+        askedFirst = h.waitFor(alertX, alertY, sheetGrey);
+        h.key(XK_Escape);
+        answered = h.waitFor(alertX, alertY, sheetGrey, false);
+        for (int i = 0; i < 500 && !checked; ++i) std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        h.click(track->rect.centreX(), track->rect.centreY());
+        askedAgain = h.waitFor(alertX, alertY, sheetGrey);
+        h.key(XK_Return);
+        h.waitFor(alertX, alertY, sheetGrey, false);
+        done = true;
+    });
+    const auto end = std::chrono::steady_clock::now() + 4 * kPatience;
+    while (!done && std::chrono::steady_clock::now() < end) {
+        pump(10);
+        if (answered && !checked) {
+            pump(100);
+            trackingAfterNo = tracking();
+            missingAfterNo = missing();
+            checked = true;
+        }
+    }
+    hand.join();
+    EXPECT_TRUE(askedFirst && askedAgain);
+    EXPECT_FALSE(trackingAfterNo);
+    EXPECT_TRUE(missingAfterNo);
+    EXPECT_TRUE(pumpUntil([&] { return tracking() && !missing(); }));
     moveTo(1190, 890);
     view->removed();
     view->setFrame(nullptr);
