@@ -490,14 +490,46 @@ Corvane_MainGraphView::Readout Corvane_MainGraphView::readoutAt(int32_t x, int32
         out.target = pitch;
     }
     if (barsAndBeats) {
-        const TrackedFrame f = frameArray->get(d0);
-        if (f.bar > 0 && f.beat > 0) std::snprintf(out.position, sizeof out.position, "%d:%d", f.bar, int(f.beat));
+        beatPosition(d0, out.position, sizeof out.position);
     } else if (sampleRate > 0.0) {
         char text[time_string_capacity];
         Samples_ToTimeString(d0 * samplesPerFrame, text, nullptr, sampleRate);
         std::snprintf(out.position, sizeof out.position, "%s", text);
     }
     return out;
+}
+
+void Corvane_MainGraphView::beatPosition(int64_t frame, char* text, size_t size) const
+{
+    const auto hasBeat = [this](int64_t d) {
+        const TrackedFrame f = frameArray->get(d);
+        return f.bar > 0 && f.beat > 0;
+    };
+    const TrackedFrame here = frameArray->get(frame);
+    if (hasBeat(frame)) {
+        std::snprintf(text, size, "%d:%d", here.bar, int(here.beat));
+        return;
+    }
+    // The nearest beats either side, looked for up to half a view beyond
+    // what is on screen.
+    const int64_t first = pixelToDocX(0), last = pixelToDocX(int32_t(getWidth()));
+    const int64_t reach = (last - first) / 2;
+    const int64_t low = std::max<int64_t>(0, first - reach);
+    const int64_t high = std::min(frameArray->frameCount(), last + reach);
+    int64_t back = frame - 1, ahead = frame + 1;
+    while (back >= low && !hasBeat(back)) --back;
+    while (ahead < high && !hasBeat(ahead)) ++ahead;
+    if (back < low || ahead >= high) return;
+    const TrackedFrame a = frameArray->get(back), b = frameArray->get(ahead);
+    // Two neighbouring beats of one bar, or a bar's last beat and the
+    // next bar's first.
+    const bool neighbours = (b.bar == a.bar && b.beat == a.beat + 1) || (b.bar == a.bar + 1 && b.beat == 1);
+    if (!neighbours) return;
+    const int32_t percent = int32_t(double(frame - back) / double(ahead - back) * 100.0);
+    if (percent < 1)
+        std::snprintf(text, size, "%d:%d", a.bar, int(a.beat));
+    else
+        std::snprintf(text, size, "%d:%d.%d", a.bar, int(a.beat), percent);
 }
 
 void Corvane_MainGraphView::reportReadout(const CPoint& where)

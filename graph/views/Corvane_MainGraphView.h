@@ -173,6 +173,10 @@ protected:
     void arrowDrag(const VSTGUI::CPoint& where, const VSTGUI::CButtonState& buttons);
     void arrowUp(const VSTGUI::CPoint& where);
     void split(int64_t frame);
+    // The bar and beat of `frame` as "bar:beat", or between two
+    // neighbouring beats "bar:beat.percent" of the way to the next; empty
+    // when no such pair lies within half a view of the screen.
+    void beatPosition(int64_t frame, char* text, size_t size) const;
     void reportReadout(const VSTGUI::CPoint& where);
     void endDrag();
 

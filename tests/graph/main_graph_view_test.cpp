@@ -11,6 +11,7 @@
 
 #include <cmath>
 #include <string>
+#include <tuple>
 #include <vector>
 
 using namespace VSTGUI;
@@ -316,6 +317,21 @@ TEST(MainGraphView, ANoteDrawnOverTheTrackedEndOfATakeStillTracking)
     EXPECT_EQ(q.input, 900);
     EXPECT_TRUE(q.hasTarget);
     EXPECT_EQ(q.target, 900);
+}
+
+// With bars and beats shown, the position between two neighbouring beats
+// is the earlier beat and the percentage of the way to the next (a frame a
+// pixel); beats that are not neighbours, or none in reach, give nothing.
+TEST(MainGraphView, TheBarAndBeatReadoutCountsTheWayToTheNextBeat)
+{
+    Graph g;
+    g.view.setShowingBarsAndBeats(true);
+    for (auto [frame, bar, beat] : {std::tuple{100, 2, 3}, {150, 2, 4}, {200, 3, 1}, {300, 5, 1}})
+        g.frames.putBarBeat(frame, bar, uint8_t(beat));
+    const std::pair<int32_t, std::string> cases[] = {
+        {100, "2:3"}, {101, "2:3.2"}, {125, "2:3.50"}, {175, "2:4.50"}, {199, "2:4.98"}, {250, ""}, {50, ""},
+    };
+    for (const auto& [x, expected] : cases) EXPECT_EQ(g.view.readoutAt(x, 100).position, expected) << x;
 }
 
 // The container hands a move with no button to the line under
