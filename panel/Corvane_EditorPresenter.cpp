@@ -16,6 +16,7 @@
 #include "graph/views/Corvane_Cursors.h"
 #include "graph/views/Corvane_GraphContainerView.h"
 #include "graph/views/Corvane_GraphView.h"
+#include "graph/model/ObjectEditor.h"
 #include "graph/model/TrackedFrameArray.h"
 #include "graph/views/Corvane_EnvelopeGraphView.h"
 #include "graph/views/Corvane_KeyboardGraphView.h"
@@ -361,6 +362,9 @@ int numberKeySlot(const VstKeyCode& code)
 int32_t Corvane_EditorPresenter::onKeyDown(const VstKeyCode& code)
 {
     if (!effect.isGraphMode()) return -1;
+    // Escape ends the graph's paste, line or drag without an edit.
+    if (code.virt == VKEY_ESCAPE)
+        return viewRegistry.mainGraphView && viewRegistry.mainGraphView->cancelGesture() ? 1 : -1;
     const int slot = numberKeySlot(code);
     if (slot < 0) return -1;
     return runKeyCommand(keyBindings[slot]) ? 1 : -1;
@@ -389,6 +393,7 @@ bool Corvane_EditorPresenter::runKeyCommand(int command)
     const double high = parameter->toPlain(1.0);
     switch (row.action) {
     case Corvane_KeyCommand::kPress:
+        if (id == corvane::kPaste && pasteClicked()) break;
         effect.editParameter(id, high);
         effect.editParameter(id, low);
         break;
@@ -447,6 +452,14 @@ void Corvane_EditorPresenter::onTimer(int32 tick)
             effect.editParameter(id, 1.0);
         }
         if (!openEditor) return;
+    }
+    if (pasteRequested || ibeamHintRequested) {
+        const bool paste = pasteRequested;
+        const Corvane_Hint hint = paste ? kPasteHint : kIBeamHint;
+        pasteRequested = ibeamHintRequested = false;
+        showHint(getDialogs(), hint, &effect.userOptions(), preferencesPath());
+        if (!openEditor) return;
+        if (paste && viewRegistry.mainGraphView) viewRegistry.mainGraphView->beginPaste();
     }
     Scale_State& scaleState = effect.getScaleState();
     // Scale and key automated while the panel is open reach the scale here:
@@ -541,6 +554,15 @@ bool Corvane_EditorPresenter::trackingClicked(ParamID id)
 {
     if (!openEditor || !effect.dataFilesMissing()) return false;
     trackingRequested = id;
+    return true;
+}
+
+bool Corvane_EditorPresenter::pasteClicked()
+{
+    Corvane_MainGraphView* graph = viewRegistry.mainGraphView;
+    if (!openEditor || !graph || !graph->getObjects() || graph->getObjects()->clipboardAt(0).records.empty())
+        return false;
+    pasteRequested = true;
     return true;
 }
 
@@ -698,6 +720,10 @@ void Corvane_EditorPresenter::parameterChanged(Parameter* parameter)
         break;
     case corvane::kGraphTools:
         if (viewRegistry.graphCanvas) viewRegistry.graphCanvas->setTool(int32(plain));
+        if (int32(plain) == Corvane_GraphView::toolIBeam && viewRegistry.mainGraphView && !ibeamHintOffered) {
+            ibeamHintOffered = true;
+            ibeamHintRequested = true;
+        }
         break;
     case corvane::kTimeDisplay:
         if (viewRegistry.graphCanvas) viewRegistry.graphCanvas->setShowingBarsAndBeats(press);

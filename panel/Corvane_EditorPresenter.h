@@ -90,6 +90,12 @@ public:
     // answered (the press waits for it); otherwise false, and the press goes
     // on as usual.
     bool trackingClicked(Steinberg::Vst::ParamID id);
+    // Interface thread. "Paste" pressed on the panel or by its key: with
+    // the pitch graph open and objects copied, the paste hint (while the
+    // user's options ask for it) and then the graph's paste drag follow at
+    // the next tick, and true is answered; otherwise false, and the press
+    // pastes at the play position as with the panel closed.
+    bool pasteClicked();
     // A gesture on a control begins or ends: the knobs that edit a
     // selection of graph objects keep the edit in progress.
     void controlEditBegun(VSTGUI::CControl* control);
@@ -196,6 +202,11 @@ private:
     // A tracking button (its id) waiting for the missing-files question; 0
     // for none.
     Steinberg::Vst::ParamID trackingRequested = 0;
+    bool pasteRequested = false;
+    // The I-beam's hint comes up once in an instance, when the tool is
+    // first chosen.
+    bool ibeamHintRequested = false;
+    bool ibeamHintOffered = false;
     // The engine's frame at the last tick.
     int64_t lastPlayFrame = 0;
     // The pitch graph's read-outs are in the pitch displays.

@@ -238,7 +238,7 @@ bool isTracking(const CControl* control)
 
 IControlListener* Corvane_SubController::getControlListener(UTF8StringPtr controlTagName)
 {
-    for (const char* name : {"ClearAllData", "TrackPitch", "TrackPitchAndTime"})
+    for (const char* name : {"ClearAllData", "TrackPitch", "TrackPitchAndTime", "Paste"})
         if (controlTagName && std::strcmp(controlTagName, name) == 0) return this;
     return VSTGUI4_SubController::getControlListener(controlTagName);
 }
@@ -252,6 +252,12 @@ void Corvane_SubController::valueChanged(CControl* control)
             return VSTGUI4_SubController::valueChanged(control);
         control->setValue(0.0f);
         control->invalid();
+        return;
+    }
+    if (control->getTag() == corvane::kPaste) {
+        // The press becomes the graph's paste drag when the graph is open.
+        if (owner == nullptr || control->getValue() < 0.5f || !owner->pasteClicked())
+            VSTGUI4_SubController::valueChanged(control);
         return;
     }
     if (!isClearAll(control)) return VSTGUI4_SubController::valueChanged(control);

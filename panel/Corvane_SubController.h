@@ -31,7 +31,8 @@ public:
     // anything is cleared, and no edit of its own reaches the host. The
     // two tracking buttons listen here too: a press that turns tracking on
     // while the session's files are missing waits for the presenter's
-    // question; every other change goes on to the editor.
+    // question; every other change goes on to the editor. "Paste" becomes
+    // the pitch graph's paste drag while the graph is open.
     VSTGUI::IControlListener* getControlListener(VSTGUI::UTF8StringPtr controlTagName) override;
     void valueChanged(VSTGUI::CControl* control) override;
     void controlBeginEdit(VSTGUI::CControl* control) override;

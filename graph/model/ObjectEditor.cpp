@@ -155,12 +155,19 @@ bool ObjectEditor::cut()
     return commit(withoutSelected(currentList()));
 }
 
+ObjectList ObjectEditor::clipboardAt(int64_t frame) const
+{
+    ObjectList placed = history.clipboard;
+    if (placed.records.empty()) return placed;
+    const int32_t shift = int32_t(frame - placed.records.front().position);
+    for (ObjectRecord& r : placed.records) r.position += shift;
+    return placed;
+}
+
 bool ObjectEditor::paste(int64_t frame)
 {
     if (history.clipboard.empty() || frame < 0) return false;
-    ObjectList placed = history.clipboard;
-    const int32_t shift = int32_t(frame - placed.records.front().position);
-    for (ObjectRecord& r : placed.records) r.position += shift;
+    ObjectList placed = clipboardAt(frame);
     ObjectList rest = currentList();
     ::selectAll(rest, false);
     return commit(mergeObjects(placed, rest, frames ? frames->trackedEnd() : 0));

@@ -42,6 +42,9 @@ public:
     bool cut();
     bool copy();
     bool paste(int64_t frame);
+    // What Paste would lay down at `frame`: the copied objects, the first
+    // at that frame; empty when nothing is copied.
+    ObjectList clipboardAt(int64_t frame) const;
     // The selected objects moved by frames and cents.
     bool nudge(int32_t deltaFrames, int16_t deltaPitch, bool snap, int16_t pitchOffset);
     // A knob's value into every selected record. Turns of the same knob

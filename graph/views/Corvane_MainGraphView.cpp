@@ -547,6 +547,11 @@ void Corvane_MainGraphView::reportReadout(const CPoint& where)
 void Corvane_MainGraphView::getCursorAt(CPoint where, CButtonState buttons, uint32_t& kind, uint32_t& id)
 {
     Corvane_GraphView::getCursorAt(where, buttons, kind, id);
+    if (pasteMode) {
+        kind = isPlaying() ? uint32_t(kCursorNotAllowed) : customCursorKind;
+        id = isPlaying() ? 0 : 9014;
+        return;
+    }
     if (tool != toolArrow || kind == kCursorNotAllowed) return;
     int32_t code = hitCode;
     if (!(mouseTracking && dragMode != dragGround)) {
@@ -791,6 +796,36 @@ void Corvane_MainGraphView::cancelLine()
     refresh(false, false, false);
 }
 
+bool Corvane_MainGraphView::beginPaste()
+{
+    if (!objects || objects->clipboardAt(0).records.empty()) return false;
+    if (!lineVertices.empty()) cancelLine();
+    pasteMode = true;
+    if (getFrame()) setCursor(CPoint(size.left, size.top), CButtonState(), true);
+    return true;
+}
+
+void Corvane_MainGraphView::pasteMoved(const CPoint& where)
+{
+    scrollWithDrag(where);
+    drawFloating(objects->clipboardAt(frameAtX(where.x)));
+    lastMousePoint = where;
+}
+
+bool Corvane_MainGraphView::cancelGesture()
+{
+    if (!pasteMode && !mouseTracking && lineVertices.empty()) return false;
+    pasteMode = false;
+    if (!lineVertices.empty()) {
+        cancelLine();
+        return true;
+    }
+    mouseTracking = false;
+    endDrag();
+    refresh(false, false, false);
+    return true;
+}
+
 //--- Mouse.
 
 CMouseEventResult Corvane_MainGraphView::onMouseDown(CPoint& where, const CButtonState& buttons)
@@ -803,7 +838,14 @@ CMouseEventResult Corvane_MainGraphView::onMouseDown(CPoint& where, const CButto
         return kMouseEventHandled;
     }
     if ((int32_t(buttons) & buttonMask) != kLButton) return kMouseEventNotHandled;
-    if (isPlaying() && tool != toolHandScroll) return kMouseEventHandled;
+    if (isPlaying() && (pasteMode || tool != toolHandScroll)) return kMouseEventHandled;
+    if (pasteMode) {
+        mouseDownPoint = lastMousePoint = where;
+        mouseTracking = true;
+        beginFloatingDrag();
+        pasteMoved(where);
+        return kMouseEventHandled;
+    }
     const int64_t frame = frameAtX(where.x);
     const int32_t cents = centsAtPixel(int32_t(local.y));
     switch (tool) {
@@ -960,6 +1002,12 @@ CMouseEventResult Corvane_MainGraphView::onMouseMoved(CPoint& where, const CButt
 {
     lastButtons = buttons;
     const bool drag = mouseTracking && (int32_t(buttons) & buttonMask) == kLButton;
+    if (pasteMode) {
+        if (drag) pasteMoved(where);
+        reportReadout(where);
+        setCursor(where, buttons, false);
+        return kMouseEventHandled;
+    }
     switch (tool) {
     case toolDrawLines: moveRubberLine(where, buttons); break;
     case toolDrawCurves:
@@ -1020,6 +1068,19 @@ CMouseEventResult Corvane_MainGraphView::onMouseMoved(CPoint& where, const CButt
 CMouseEventResult Corvane_MainGraphView::onMouseUp(CPoint& where, const CButtonState& buttons)
 {
     if (!mouseTracking) return kMouseEventNotHandled;
+    if (pasteMode) {
+        pasteMode = false;
+        mouseTracking = false;
+        endDrag();
+        if (objects && objects->paste(frameAtX(where.x))) {
+            refresh(true, false, false);
+            if (editListener) editListener();
+        } else {
+            refresh(false, false, false);
+        }
+        setCursor(where, buttons, true);
+        return kMouseEventHandled;
+    }
     switch (tool) {
     case toolDrawLines:
         // A press, drag and release draws a line in one gesture; a click

@@ -113,6 +113,16 @@ public:
     // Ends the construction without an edit.
     void cancelLine();
 
+    //--- Paste. Paste is a drag: after beginPaste the next press on the
+    // graph picks the copied objects up with the first at the pointer's
+    // frame, they follow the pointer, and the release lays them there as one
+    // step of the history. False (nothing to paste) leaves the view as it was.
+    bool beginPaste();
+    bool isPasting() const { return pasteMode; }
+    // Escape: ends a paste, a line under construction or a drag without an
+    // edit. False when none was going on.
+    bool cancelGesture();
+
     //--- Corvane_GraphView
     // Another tool abandons a line under construction.
     void setTool(int32_t value) override;
@@ -177,6 +187,8 @@ protected:
     // neighbouring beats "bar:beat.percent" of the way to the next; empty
     // when no such pair lies within half a view of the screen.
     void beatPosition(int64_t frame, char* text, size_t size) const;
+    // The copied objects drawn over the picture at the pointer's frame.
+    void pasteMoved(const VSTGUI::CPoint& where);
     void reportReadout(const VSTGUI::CPoint& where);
     void endDrag();
 
@@ -201,6 +213,7 @@ protected:
     // The list with the selection made at mouse-down, before any move.
     ObjectList pressedList;
     bool busy = false;
+    bool pasteMode = false;
     int32_t dragMode = dragGround;
     int32_t hitCode = hitNone;
     int32_t mouseX = -1;

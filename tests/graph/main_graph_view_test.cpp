@@ -266,6 +266,34 @@ TEST(MainGraphView, ArrowAndScissorsEditAndUndoRestores)
     }
 }
 
+// Paste is a drag: the copied note follows the pointer and lands where
+// the button is released, as one step; Escape during the drag pastes
+// nothing; with nothing copied there is no paste to begin.
+TEST(MainGraphView, PasteIsADragThatLandsAtTheRelease)
+{
+    Graph g;
+    EXPECT_FALSE(g.view.beginPaste());
+    g.view.setTool(Corvane_GraphView::toolDrawNotes);
+    g.drag(100, 100, 200, 100);
+    ASSERT_TRUE(g.editor.selectAll() && g.editor.copy());
+    const size_t steps = g.editor.getHistory().stepCount();
+
+    ASSERT_TRUE(g.view.beginPaste());
+    g.press(250, 60);
+    g.move(280, 60);
+    EXPECT_TRUE(g.view.cancelGesture());
+    g.release(280, 60);
+    EXPECT_FALSE(g.view.isPasting());
+    EXPECT_EQ(g.editor.getHistory().stepCount(), steps);
+
+    ASSERT_TRUE(g.view.beginPaste());
+    g.drag(250, 60, 300, 60);
+    EXPECT_FALSE(g.view.isPasting());
+    EXPECT_EQ(text(recordsOf(g.list())),
+              text({{KindNote, 100, 900}, {KindEnd, 200, 900}, {KindNote, 300, 900}, {KindEnd, 400, 900}}));
+    EXPECT_EQ(g.editor.getHistory().stepCount(), steps + 1);
+}
+
 // Pitch is (1300 - 4 y) cents on row y, so a drag of -22 rows is +88 cents.
 // The pass follows the list: with a retune speed of 0 the output of the
 // note's frames is the note's pitch, and the picture shows it in green on
