@@ -221,7 +221,7 @@ TimeDragRange TimeBreakpointList::rangeOf(const Anchors& a, double& pointMapped)
     return r;
 }
 
-int TimeBreakpointList::move(const Anchors& a, double target)
+int TimeBreakpointList::move(const Anchors& a, double target, bool pin)
 {
     double mS = 0.0;
     const TimeDragRange range = rangeOf(a, mS);
@@ -234,12 +234,22 @@ int TimeBreakpointList::move(const Anchors& a, double target)
         T = range.high;
         code = range.highCode;
     }
-    // The new position as the stream keeps it, not beyond the range.
-    float f = float(T);
-    if (double(f) > range.high) f = std::nextafter(f, -HUGE_VALF);
-    if (double(f) < range.low) f = std::nextafter(f, HUGE_VALF);
-    T = double(f) >= range.low && double(f) <= range.high ? double(f) : mS;
-    if (T == mS) return code;
+    if (T != mS) {
+        // The new position as the stream keeps it, not beyond the range by
+        // more than the rounding of the range's own arithmetic.
+        const double slack = 1e-12 * std::max(1.0, std::fabs(T));
+        float f = float(T);
+        if (double(f) > range.high + slack) f = std::nextafter(f, -HUGE_VALF);
+        if (double(f) < range.low - slack) f = std::nextafter(f, HUGE_VALF);
+        T = double(f) >= range.low - slack && double(f) <= range.high + slack ? double(f) : mS;
+    }
+    if (T == mS) {
+        if (pin) {
+            TimeBreakpoint* cursor = head;
+            breakpointAt(cursor, nullptr, a.point);
+        }
+        return code;
+    }
 
     TimeBreakpoint* cursor = head;
     TimeBreakpoint* nL = breakpointAt(cursor, nullptr, a.left);
@@ -301,7 +311,7 @@ int TimeBreakpointList::moveTimeRegion(double left, double start, double end, do
 {
     Anchors a{};
     if (!std::isfinite(target) || !anchorsOf(left, start, end, right, scale, a)) return noLimit;
-    return move(a, mappedAt(a.point) + (target - start) * scale);
+    return move(a, mappedAt(a.point) + (target - start) * scale, false);
 }
 
 TimeMap TimeBreakpointList::buildMap() const
@@ -337,7 +347,7 @@ TimeMap movePoint(const TimeMap& current, double fromSample, double toSample, in
         if (point > list.head->time && point <= list.tail->time) {
             double left = list.head->time;
             for (const TimeBreakpoint* n = list.head; n && n->time < point; n = n->next) left = n->time;
-            code = list.move({left, point, point, TimeBreakpointList::shiftRest}, toSample);
+            code = list.move({left, point, point, TimeBreakpointList::shiftRest}, toSample, true);
             TimeMap moved = list.buildMap();
             if (moved.getPointCount() >= 2) result = std::move(moved);
         }

@@ -138,7 +138,10 @@ private:
     bool anchorsOf(double left, double point, double end, double right, double scale, Anchors& a) const;
     void sideBounds(double from, double to, double& low, double& high) const;
     TimeDragRange rangeOf(const Anchors& a, double& pointMapped) const;
-    int move(const Anchors& a, double target);
+    // Moves the point (or region start) a.point to output position
+    // `target`, held within the limits; `pin`: a point that does not move
+    // still becomes a breakpoint.
+    int move(const Anchors& a, double target, bool pin);
     friend TimeMap movePoint(const TimeMap& current, double fromSample, double toSample, int* limitCode);
 
     TimeBreakpoint* head = nullptr;

@@ -62,13 +62,24 @@ std::optional<TimeMap> TimeMap::fromBreakpoints(std::vector<double> sourceTimes,
 
 bool TimeMap::isIdentity() const noexcept { return sources == targets; }
 
+double TimeMap::slopeFrom(size_t i) const noexcept
+{
+    const size_t j = i + 1 < sources.size() ? i : i - 1;
+    return (targets[j + 1] - targets[j]) / (sources[j + 1] - sources[j]);
+}
+
 bool TimeMap::lookUp(SegmentCache& cache, double t, double& value, double& slope) const noexcept
 {
     if (cache.index >= 0) {
         const double(&s)[4] = cache.segment;
-        if (t == s[0] || t == s[2]) {
-            value = t == s[0] ? s[1] : s[3];
+        if (t == s[0]) {
+            value = s[1];
             slope = slopeOf(s);
+            return true;
+        }
+        if (t == s[2]) {
+            value = s[3];
+            slope = slopeFrom(size_t(cache.index) + 1);
             return true;
         }
         if (t > s[0] && t < s[2]) {
@@ -80,7 +91,7 @@ bool TimeMap::lookUp(SegmentCache& cache, double t, double& value, double& slope
     const size_t n = sources.size();
     if (t == sources[0]) {
         value = targets[0];
-        slope = (targets[1] - targets[0]) / (sources[1] - sources[0]);
+        slope = slopeFrom(0);
         return true;
     }
     if (!(t > sources[0])) return false;
@@ -99,8 +110,13 @@ bool TimeMap::lookUp(SegmentCache& cache, double t, double& value, double& slope
     s[1] = targets[i - 1];
     s[2] = sources[i];
     s[3] = targets[i];
-    value = t == s[2] ? s[3] : interpolate(s, t);
-    slope = slopeOf(s);
+    if (t == s[2]) {
+        value = s[3];
+        slope = slopeFrom(i);
+    } else {
+        value = interpolate(s, t);
+        slope = slopeOf(s);
+    }
     return true;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <vector>
@@ -51,7 +52,8 @@ public:
     // through the view cache. From rangeEnd on: getOutputEnd(); before
     // rangeStart, and with fewer than two breakpoints: rangeStart; with two
     // breakpoints: t. `slope`, when given, receives the slope of the segment
-    // that gave the answer (output over source samples), else 1.0.
+    // that gave the answer (output over source samples; on a breakpoint, of
+    // the segment that begins there), else 1.0.
     double mapForView(double t, double* slope = nullptr) const;
 
     // Audio thread: the same through the engine cache, except that before
@@ -102,6 +104,9 @@ private:
     // scanned answers are the same numbers.
     bool lookUp(SegmentCache& cache, double t, double& value, double& slope) const noexcept;
     double unmap(double y) const noexcept;
+    // The slope of the segment that begins at breakpoint i (at the last,
+    // of the segment that ends there).
+    double slopeFrom(size_t i) const noexcept;
 
     double rangeStart = 0.0;
     double rangeEnd = 0.0;
