@@ -5,13 +5,6 @@
 
 namespace {
 
-// One formula for every interpolated answer, cached or scanned.
-inline double interpolate(const double (&s)[4], double t) noexcept
-{
-    return s[1] + (t - s[0]) * ((s[3] - s[1]) / (s[2] - s[0]));
-}
-
-inline double slopeOf(const double (&s)[4]) noexcept { return (s[3] - s[1]) / (s[2] - s[0]); }
 
 bool strictlyIncreasing(const std::vector<double>& v)
 {
@@ -74,7 +67,7 @@ bool TimeMap::lookUp(SegmentCache& cache, double t, double& value, double& slope
         const double(&s)[4] = cache.segment;
         if (t == s[0]) {
             value = s[1];
-            slope = slopeOf(s);
+            slope = cache.slope;
             return true;
         }
         if (t == s[2]) {
@@ -83,8 +76,9 @@ bool TimeMap::lookUp(SegmentCache& cache, double t, double& value, double& slope
             return true;
         }
         if (t > s[0] && t < s[2]) {
-            value = interpolate(s, t);
-            slope = slopeOf(s);
+            // One formula for every interpolated answer, cached or scanned.
+            value = s[1] + (t - s[0]) * cache.slope;
+            slope = cache.slope;
             return true;
         }
     }
@@ -110,12 +104,13 @@ bool TimeMap::lookUp(SegmentCache& cache, double t, double& value, double& slope
     s[1] = targets[i - 1];
     s[2] = sources[i];
     s[3] = targets[i];
+    cache.slope = (s[3] - s[1]) / (s[2] - s[0]);
     if (t == s[2]) {
         value = s[3];
         slope = slopeFrom(i);
     } else {
-        value = interpolate(s, t);
-        slope = slopeOf(s);
+        value = s[1] + (t - s[0]) * cache.slope;
+        slope = cache.slope;
     }
     return true;
 }

@@ -92,11 +92,12 @@ public:
     bool operator!=(const TimeMap& other) const noexcept { return !(*this == other); }
 
 private:
-    // The last segment found: x0, y0, x1, y1, with the index of its first
-    // breakpoint; index -1 when empty.
+    // The last segment found: x0, y0, x1, y1 and its slope, with the index
+    // of its first breakpoint; index -1 when empty.
     struct SegmentCache {
         int32_t index = -1;
         double segment[4] = {0.0, 0.0, 0.0, 0.0};
+        double slope = 1.0;
     };
 
     // Looks t up inside rangeStart..rangeEnd through `cache`; false when no
