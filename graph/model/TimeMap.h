@@ -29,7 +29,9 @@
 //
 // Two look-up caches hold the last segment found, one for the engine's
 // look-ups and one for the views', so that neither thread writes what the
-// other reads. A map is replaced whole, never edited in place.
+// other reads. A map is replaced whole, never edited in place; copying one
+// reads both caches, so a map is copied only while no other thread looks
+// it up (the engine's copy is handed over, not copied from).
 class TimeMap {
 public:
     // Any thread. An empty map: no breakpoint, range 0..0.
