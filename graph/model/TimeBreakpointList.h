@@ -100,9 +100,13 @@ public:
     // and what lies between an anchor and the point is stretched or
     // compressed evenly. `right` = shiftRest: what follows the point shifts
     // with it. The target is held within pointRange; answers the limit code
-    // that held it, else noLimit. Needs left < point < right inside the
-    // chain; otherwise nothing moves. Call resetEdit first at each step of a
-    // drag: the move applies to the list as it stands.
+    // that held it, else noLimit. Positions are taken to whole source
+    // samples, and to a breakpoint within minimumSpacing; an anchor on the
+    // point (at a take's end, say) holds it where it is. Needs
+    // left <= point <= right inside the chain; otherwise nothing moves and
+    // the answer is noLimit. Call resetEdit first at each step of a drag:
+    // the move applies to the list as it stands. A move that rounding to
+    // floats would make cross leaves the list at the drag's start.
     int moveTimePoint(double left, double point, double right, double target, double scale);
     TimeDragRange pointRange(double left, double point, double right, double scale) const;
 
