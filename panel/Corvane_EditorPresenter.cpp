@@ -271,6 +271,13 @@ void Corvane_EditorPresenter::showPitchGraph()
         if (r.hasTarget) setPitchDisplay(2, r.target); else clearPitchDisplay(2);
         setCursorPositionText(r.position[0] ? r.position : " ");
     });
+    // The first range dragged with the I-beam in an instance brings up the
+    // hint on the double click that selects the whole take.
+    graph->setIBeamListener([this] {
+        if (ibeamHintOffered) return;
+        ibeamHintOffered = true;
+        ibeamHintRequested = true;
+    });
 }
 
 void Corvane_EditorPresenter::willClose()
@@ -720,10 +727,6 @@ void Corvane_EditorPresenter::parameterChanged(Parameter* parameter)
         break;
     case corvane::kGraphTools:
         if (viewRegistry.graphCanvas) viewRegistry.graphCanvas->setTool(int32(plain));
-        if (int32(plain) == Corvane_GraphView::toolIBeam && viewRegistry.mainGraphView && !ibeamHintOffered) {
-            ibeamHintOffered = true;
-            ibeamHintRequested = true;
-        }
         break;
     case corvane::kTimeDisplay:
         if (viewRegistry.graphCanvas) viewRegistry.graphCanvas->setShowingBarsAndBeats(press);

@@ -203,8 +203,8 @@ private:
     // for none.
     Steinberg::Vst::ParamID trackingRequested = 0;
     bool pasteRequested = false;
-    // The I-beam's hint comes up once in an instance, when the tool is
-    // first chosen.
+    // The I-beam's hint comes up once in an instance, after the first range
+    // dragged with the tool.
     bool ibeamHintRequested = false;
     bool ibeamHintOffered = false;
     // The engine's frame at the last tick.

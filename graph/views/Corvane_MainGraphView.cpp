@@ -1146,6 +1146,7 @@ CMouseEventResult Corvane_MainGraphView::onMouseUp(CPoint& where, const CButtonS
         break;
     case toolIBeam:
         mouseTracking = false;
+        if (selectionEnd > selectionStart && ibeamListener) ibeamListener();
         break;
     default: return Corvane_GraphView::onMouseUp(where, buttons);
     }

@@ -85,6 +85,9 @@ public:
     void setReadoutListener(std::function<void(const Readout&)> listener) { readoutListener = std::move(listener); }
     // Called after every edit the view made (a new history step).
     void setEditListener(std::function<void()> listener) { editListener = std::move(listener); }
+    // Called when an I-beam drag has chosen a range (not on a double
+    // click, which is the shortcut the I-beam's hint teaches).
+    void setIBeamListener(std::function<void()> listener) { ibeamListener = std::move(listener); }
 
     //--- The I-beam range, frames; empty when start >= end.
     int64_t getSelectionStart() const { return selectionStart; }
@@ -196,6 +199,7 @@ protected:
     std::function<NewObjectSettings()> newSettings;
     std::function<void(const Readout&)> readoutListener;
     std::function<void()> editListener;
+    std::function<void()> ibeamListener;
     Corvane_EnvelopeGraphView* envelopeView = nullptr;
     VSTGUI::CView* keyboardView = nullptr;
     bool snapToNote = false;

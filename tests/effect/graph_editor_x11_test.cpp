@@ -242,12 +242,34 @@ TEST_F(GraphEditorX11, ToolsOverATrackedPhraseEditWhatPlays)
     }
     EXPECT_GE(up, total * 9 / 10) << up << " of " << total;
 
+    // "5" and a click on the raised note split it there: the column shows
+    // the two notes' edges (it differs from a column inside the note), and
+    // Undo joins them again.
+    const auto edgesAt = [&](int x) {
+        int edges = 0;
+        for (int y = noteRow - 34; y <= noteRow - 16; ++y) edges += pixel(x, y) != pixel(x - 30, y);
+        return edges;
+    };
+    ASSERT_LE(edgesAt(g.x + 150), 2);
+    key(XK_5);
+    moveTo(g.x + 150, noteRow - 25);
+    button(true);
+    button(false);
+    EXPECT_TRUE(pumpUntil([&] { return edgesAt(g.x + 150) >= 15; }));
+    moveTo(undo->rect.x + undo->rect.width / 2, undo->rect.y + undo->rect.height / 2);
+    button(true);
+    button(false);
+    EXPECT_TRUE(pumpUntil([&] { return edgesAt(g.x + 150) <= 2; }));
+
     // Rows near the top show the background: white, the I-beam's band in
     // (216, 224, 236). The take is 864 frames long: at a frame a pixel it
     // fills the 770 pixels of the graph, at two frames a pixel 432 of them.
+    // A double click is the shortcut the I-beam's hint teaches: no hint.
     const int bandRow = g.y + 30;
     const uint32_t white = 0xffffff, band = 0xd8e0ec;
     ASSERT_EQ(pixel(g.x + 600, bandRow), white);
+    const int alertX = (850 - 460) / 2 + 4, alertY = 60;
+    const uint32_t sheetGrey = 0xececec;
     key(XK_7);
     moveTo(g.x + 100, bandRow);
     button(true);
@@ -270,6 +292,27 @@ TEST_F(GraphEditorX11, ToolsOverATrackedPhraseEditWhatPlays)
     EXPECT_TRUE(pumpUntil([&] { return pixel(g.x + 600, bandRow) == white && pixel(g.x + 400, bandRow) == band; }))
         << std::hex << pixel(g.x + 600, bandRow) << " " << pixel(g.x + 400, bandRow);
 
+    // The first range dragged with the I-beam brings its hint up (a sheet
+    // over the window), which the hand answers; the band is the range.
+    {
+        key(XK_7);
+        std::atomic<bool> hinted{false}, closed{false};
+        std::thread hand([&] {
+            test_x11::Hand h(server->name, window);
+            // Away from the zoom's press, which a press there would make a
+            // double click of.
+            h.drag(g.x + 120, bandRow, g.x + 170, bandRow);
+            hinted = h.waitFor(alertX, alertY, sheetGrey);
+            h.key(XK_Return);
+            closed = h.waitFor(alertX, alertY, sheetGrey, false);
+        });
+        const auto end = std::chrono::steady_clock::now() + 2 * kPatience;
+        while (!closed && std::chrono::steady_clock::now() < end) pump(10);
+        hand.join();
+        EXPECT_TRUE(hinted && closed);
+        EXPECT_TRUE(pumpUntil([&] { return pixel(g.x + 145, bandRow) == band && pixel(g.x + 300, bandRow) == white; }));
+    }
+
     // "Clear All" asks first (an alert sheet 460 wide over the window):
     // Escape answers no and keeps the take and its notes. A Shift-click
     // clears without asking: the objects at once, the frames at the next
@@ -277,8 +320,6 @@ TEST_F(GraphEditorX11, ToolsOverATrackedPhraseEditWhatPlays)
     // runs the host's loop, so a hand of its own answers it.
     const UiView* clearAll = layout().find("ClearAllButton");
     ASSERT_TRUE(clearAll);
-    const int alertX = (850 - 460) / 2 + 4, alertY = 60;
-    const uint32_t sheetGrey = 0xececec;
     std::atomic<bool> done{false}, answered{false}, checked{false};
     bool asked = false, askedWithShift = false;
     std::thread hand([&] {

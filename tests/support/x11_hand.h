@@ -32,6 +32,21 @@ struct Hand {
         XTestFakeButtonEvent(display, 1, False, 0);
         XFlush(display);
     }
+    // A press at one place, a move in steps and a release at another.
+    void drag(int x0, int y0, int x1, int y1)
+    {
+        const int screen = DefaultScreen(display);
+        XTestFakeMotionEvent(display, screen, x0, y0, 0);
+        XTestFakeButtonEvent(display, 1, True, 0);
+        XFlush(display);
+        for (int step = 1; step <= 4; ++step) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(30));
+            XTestFakeMotionEvent(display, screen, x0 + (x1 - x0) * step / 4, y0 + (y1 - y0) * step / 4, 0);
+            XFlush(display);
+        }
+        XTestFakeButtonEvent(display, 1, False, 0);
+        XFlush(display);
+    }
     void key(KeySym sym, int times = 1)
     {
         const KeyCode code = XKeysymToKeycode(display, sym);
