@@ -16,6 +16,8 @@ const CColor backgroundColour(191, 207, 223, 255);
 const CColor rangeColour(160, 160, 160, 255);
 const CColor waveColour(80, 112, 112, 255);
 const CColor markerColour(0, 0, 0, 255);
+const CColor timeRegionColour(160, 176, 192, 255);
+const CColor moveRegionColour(128, 144, 160, 255);
 
 } // namespace
 
@@ -44,7 +46,9 @@ void Corvane_EnvelopeGraphView::followMain()
         unlinkedWidth = w;
         return;
     }
-    const int64_t frames = frameArray ? std::max<int64_t>(1, frameArray->trackedEnd()) : 1;
+    int64_t frames = frameArray ? std::max<int64_t>(1, frameArray->trackedEnd()) : 1;
+    // A take that plays longer than it was tracked shows whole above.
+    if (isTimeControlOn()) frames = std::max(frames, int64_t(std::ceil(frameToOutput(double(frames)))));
     zoom.x = double(std::max<int64_t>(1, (frames + w - 1) / w));
     scrollOffset.x = 0.0;
     unlinkedWidth = int32_t(std::min<int64_t>(w, (frames + int64_t(zoom.x) - 1) / int64_t(zoom.x)));
@@ -84,39 +88,85 @@ void Corvane_EnvelopeGraphView::refresh(bool, bool, bool keepPicture)
     VSTGUI4_ScrollableView::refresh(false, false, keepPicture);
 }
 
+const TimeMap* Corvane_EnvelopeGraphView::activeTimeMap(double* scale) const
+{
+    return mainView ? mainView->activeTimeMap(scale) : nullptr;
+}
+
+void Corvane_EnvelopeGraphView::drawBand(CDrawContext* context, int32_t left, int32_t right, int32_t top,
+                                         int32_t bottom, bool throughMap)
+{
+    context->setFillColor(backgroundColour);
+    context->drawRect(CRect(left, top, right, bottom), kDrawFilled);
+    if (!mainView) return;
+    // Columns of source frames and of output frames in this band.
+    auto ofFrame = [&](int64_t frame) { return throughMap ? frameToPixelMapped(frame) : docToPixelX(frame); };
+    auto ofOutput = [&](int64_t output) {
+        return throughMap ? docToPixelX(output) : docToPixelX(int64_t(std::floor(outputToFrame(double(output)))));
+    };
+    auto stretch = [&](int32_t x0, int32_t x1, const CColor& colour) {
+        x0 = std::max(left, x0);
+        x1 = std::min(right, x1 + 1);
+        if (x1 <= x0) return;
+        context->setFillColor(colour);
+        context->drawRect(CRect(x0, top, x1, bottom), kDrawFilled);
+    };
+    const int64_t s0 = mainView->getSelectionStart(), s1 = mainView->getSelectionEnd();
+    const int64_t t0 = mainView->getTimeRegionStart(), t1 = mainView->getTimeRegionEnd();
+    if (s1 > s0) {
+        stretch(ofFrame(s0), ofFrame(s1), rangeColour);
+    } else if (t1 > t0 && isTimeControlOn()) {
+        stretch(ofOutput(t0), ofOutput(t1), timeRegionColour);
+        const int64_t m0 = std::max(t0, mainView->getMoveRegionStart());
+        const int64_t m1 = std::min(t1, mainView->getMoveRegionEnd());
+        if (m1 > m0) stretch(ofOutput(m0), ofOutput(m1), moveRegionColour);
+    }
+}
+
+void Corvane_EnvelopeGraphView::drawLane(CDrawContext* context, int32_t left, int32_t right, double baseline,
+                                         double scale, double top, double bottom, bool throughMap)
+{
+    if (!frameArray || frameArray->frameCount() == 0) return;
+    const int64_t end = std::min(frameArray->trackedEnd(), frameArray->frameCount());
+    auto frameAt = [&](int32_t x) { return throughMap ? pixelToFrameMapped(x) : pixelToDocX(x); };
+    for (int32_t c = std::max(left, 0); c < right; ++c) {
+        const int64_t d0 = std::max<int64_t>(0, frameAt(c));
+        if (d0 >= end) break;
+        const int64_t d1 = std::min(end, std::max(d0 + 1, frameAt(c + 1)));
+        float lo, hi;
+        if (!framePeaks(d0, d1, lo, hi)) continue;
+        const double y0 = std::min(bottom, baseline - lo * scale);
+        const double y1 = std::max(top, baseline - hi * scale);
+        context->drawLine(CPoint(c, y0), CPoint(c, std::min(y1, y0 - 1)));
+    }
+}
+
 void Corvane_EnvelopeGraphView::drawContent(CDrawContext* context, int32_t left, int32_t right)
 {
     const int32_t w = int32_t(getWidth());
     const int32_t h = int32_t(getHeight());
     beginContent(context, left, right);
-    context->setFillColor(backgroundColour);
-    context->drawRect(CRect(left, 0, right, h), kDrawFilled);
-    if (mainView && mainView->getSelectionEnd() > mainView->getSelectionStart()) {
-        const int32_t x0 = std::max(left, docToPixelX(mainView->getSelectionStart()));
-        const int32_t x1 = std::min(right, docToPixelX(mainView->getSelectionEnd()) + 1);
-        if (x1 > x0) {
-            context->setFillColor(rangeColour);
-            context->drawRect(CRect(x0, 0, x1, h), kDrawFilled);
-        }
+    // With time control the audio shows twice: above as it plays through
+    // the map, below as it was tracked.
+    const bool twoLanes = isTimeControlOn();
+    if (twoLanes) {
+        drawBand(context, left, right, 0, h / 2, true);
+        drawBand(context, left, right, h / 2, h, false);
+    } else {
+        drawBand(context, left, right, 0, h, true);
     }
     const int32_t audioRight = std::min(right, linkedToMain ? w : unlinkedWidth);
     context->setFrameColor(waveColour);
-    if (std::max(left, 0) < audioRight)
-        context->drawLine(CPoint(std::max(left, 0), h / 2), CPoint(audioRight, h / 2));
-    if (frameArray && frameArray->frameCount() > 0) {
-        const int64_t end = std::min(frameArray->trackedEnd(), frameArray->frameCount());
-        const double baseline = h / 2;
-        const double scale = std::trunc(h * 0.8);
-        for (int32_t c = std::max(left, 0); c < audioRight; ++c) {
-            const int64_t d0 = std::max<int64_t>(0, pixelToDocX(c));
-            if (d0 >= end) break;
-            const int64_t d1 = std::min(end, std::max(d0 + 1, pixelToDocX(c + 1)));
-            float lo, hi;
-            if (!framePeaks(d0, d1, lo, hi)) continue;
-            const double y0 = std::min(double(h), baseline - lo * scale);
-            const double y1 = std::max(0.0, baseline - hi * scale);
-            context->drawLine(CPoint(c, y0), CPoint(c, std::min(y1, y0 - 1)));
-        }
+    if (std::max(left, 0) < audioRight) {
+        for (int32_t y : {h / 2, twoLanes ? h / 4 : -1, twoLanes ? h * 3 / 4 : -1})
+            if (y >= 0) context->drawLine(CPoint(std::max(left, 0), y), CPoint(audioRight, y));
+    }
+    if (twoLanes) {
+        const double scale = std::trunc(0.4 * h);
+        drawLane(context, left, audioRight, 0.25 * h, scale, 0.0, h / 2, true);
+        drawLane(context, left, audioRight, 0.75 * h, scale, h / 2, double(h), false);
+    } else {
+        drawLane(context, left, audioRight, h / 2, std::trunc(h * 0.8), 0.0, double(h), true);
     }
     drawRuler(context, true, true, left, std::min(right, linkedToMain ? w : unlinkedWidth));
 }
@@ -142,6 +192,8 @@ CMouseEventResult Corvane_EnvelopeGraphView::onMouseDown(CPoint& where, const CB
     anchorFrame = std::max<int64_t>(0, pixelToDocX(int32_t(where.x - size.left)));
     mouseTracking = true;
     if (mainView->getTool() == toolIBeam) {
+        // The I-beam range is in source frames: as the pitch graph shows them.
+        anchorFrame = std::max<int64_t>(0, pixelToFrameMapped(int32_t(where.x - size.left)));
         mainView->setSelection(anchorFrame, anchorFrame);
     } else if (getOffscreen()) {
         overlayOffscreen = owned(
@@ -156,8 +208,8 @@ CMouseEventResult Corvane_EnvelopeGraphView::onMouseMoved(CPoint& where, const C
 {
     lastButtons = buttons;
     if (mainView && mouseTracking && (int32_t(buttons) & buttonMask) == kLButton) {
-        const int64_t frame = std::max<int64_t>(0, pixelToDocX(int32_t(where.x - size.left)));
         if (mainView->getTool() == toolIBeam) {
+            const int64_t frame = std::max<int64_t>(0, pixelToFrameMapped(int32_t(where.x - size.left)));
             mainView->setSelection(std::min(anchorFrame, frame), std::max(anchorFrame, frame));
         } else if (offscreen && overlayOffscreen) {
             overlayOffscreen->copyFrom(offscreen, CRect(0, 0, getWidth(), getHeight()));

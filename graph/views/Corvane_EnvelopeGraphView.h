@@ -13,6 +13,11 @@ class Corvane_MainGraphView;
 // I-beam range instead); a click in the whole-take mode brings the frame
 // clicked to the middle of the main view.
 //
+// With time control on, the strip shows the take twice: the upper half as
+// it plays, through the time map, the lower half as it was tracked, each
+// around its own centre line; the time regions of the main view are shaded
+// in both where they fall.
+//
 // Every operation: interface thread.
 class Corvane_EnvelopeGraphView : public Corvane_GraphView {
 public:
@@ -31,6 +36,8 @@ public:
     bool isPlaying() override;
     VSTGUI::CPoint getGraphSize() override;
     void getCursorAt(VSTGUI::CPoint where, VSTGUI::CButtonState buttons, uint32_t& kind, uint32_t& id) override;
+    // The main view's.
+    const TimeMap* activeTimeMap(double* scale = nullptr) const override;
     void drawContent(VSTGUI::CDrawContext* context, int32_t left, int32_t right) override;
     void drawOverlay(VSTGUI::CDrawContext* context) override;
     // Takes the main view's horizontal scroll and zoom (linked) or the
@@ -56,6 +63,15 @@ public:
 protected:
     // The horizontal mapping of the mode in force.
     void followMain();
+    // The background between rows top..bottom with the main view's I-beam
+    // range or time regions, placed through the time map or as tracked.
+    void drawBand(VSTGUI::CDrawContext* context, int32_t left, int32_t right, int32_t top, int32_t bottom,
+                  bool throughMap);
+    // The waveform of columns left..right around `baseline`, `scale` pixels
+    // to full scale, kept within rows top..bottom; its frames through the
+    // time map or as tracked.
+    void drawLane(VSTGUI::CDrawContext* context, int32_t left, int32_t right, double baseline, double scale,
+                  double top, double bottom, bool throughMap);
 
     Corvane_MainGraphView* mainView = nullptr;
     bool linkedToMain = true;

@@ -6,6 +6,7 @@
 
 #include "Common_VST3/VSTGUI4_PlainViewCreator.h"
 #include "Common_VST3/utilities.h"
+#include "graph/model/TimeMap.h"
 #include "graph/model/TrackedFrameArray.h"
 #include "graph/views/Corvane_Cursors.h"
 #include "graph/views/Corvane_EnvelopeGraphView.h"
@@ -62,6 +63,21 @@ int32_t inputPitch(const TrackedFrame& f)
     return (f.centsA + f.centsB) / 2;
 }
 
+// A map's values are floats times a whole scale: a frame that lands on a
+// whole output frame may come back a hair below it, and is still that frame.
+constexpr double frameTolerance = 1e-6;
+
+// Output position of source position t (engine samples). Past the take the
+// source runs on unchanged in length from where the take's end plays, as
+// the inverse does, so that objects beyond the take keep their lengths.
+double outputOf(const TimeMap& map, double t)
+{
+    if (map.getPointCount() < 2) return t;
+    if (t >= map.getRangeEnd()) return map.getOutputEnd() + (t - map.getRangeEnd());
+    if (t < map.getRangeStart()) return t + (map.getTargetTimes().front() - map.getSourceTimes().front());
+    return map.mapForView(t);
+}
+
 } // namespace
 
 Corvane_GraphView::Corvane_GraphView(const CRect& size) : VSTGUI4_ScrollableView(size)
@@ -76,14 +92,61 @@ void Corvane_GraphView::setFrames(TrackedFrameArray* frames, int64_t frameSample
     frameArray = frames;
     samplesPerFrame = effectiveSamplesPerFrame(frameSamples);
     sampleRate = rate;
-    documentSize.x = frames ? double(frames->frameCount()) : 0.0;
+    fitDocumentWidth();
+    refresh(true, false, false);
+    updateThumbs();
+}
+
+void Corvane_GraphView::fitDocumentWidth()
+{
+    const double frames = frameArray ? double(frameArray->frameCount()) : 0.0;
+    documentSize.x = frames;
+    if (frames > 0.0 && isTimeControlOn()) documentSize.x = std::max(frames, std::ceil(frameToOutput(frames)));
     documentSize.y = double(documentHeight);
     const double maxX = std::max(0.0, documentSize.x - std::floor(getWidth()) * zoom.x);
     const double maxY = std::max(0.0, documentSize.y - std::floor(getHeight()) * zoom.y);
     scrollOffset.x = std::min(scrollOffset.x, maxX);
     scrollOffset.y = std::min(scrollOffset.y, maxY);
-    refresh(true, false, false);
-    updateThumbs();
+}
+
+//--- Time map.
+
+const TimeMap* Corvane_GraphView::activeTimeMap(double*) const
+{
+    return nullptr;
+}
+
+double Corvane_GraphView::frameToOutput(double frame) const
+{
+    double scale = 1.0;
+    const TimeMap* map = activeTimeMap(&scale);
+    return map && scale > 0.0 ? outputOf(*map, frame * scale) / scale : frame;
+}
+
+double Corvane_GraphView::outputToFrame(double output) const
+{
+    double scale = 1.0;
+    const TimeMap* map = activeTimeMap(&scale);
+    return map && scale > 0.0 ? map->unmapForView(output * scale) / scale : output;
+}
+
+int32_t Corvane_GraphView::frameToPixelMapped(int64_t frame) const
+{
+    double scale = 1.0;
+    const TimeMap* map = activeTimeMap(&scale);
+    if (!map || !(scale > 0.0)) return docToPixelX(frame);
+    const double x = std::floor(outputOf(*map, double(frame) * scale) / scale + frameTolerance);
+    return docToPixelX(int64_t(std::clamp(x, -1e15, 1e15)));
+}
+
+int64_t Corvane_GraphView::pixelToFrameMapped(int32_t x) const
+{
+    const int64_t doc = pixelToDocX(x);
+    double scale = 1.0;
+    const TimeMap* map = activeTimeMap(&scale);
+    if (!map || !(scale > 0.0)) return doc;
+    const double frame = std::floor(map->unmapForView(double(doc) * scale) / scale + frameTolerance);
+    return int64_t(std::clamp(frame, -1e15, 1e15));
 }
 
 double Corvane_GraphView::getFramesPerSecond() const
@@ -134,8 +197,8 @@ void Corvane_GraphView::repaintFrames(int64_t low, int64_t high)
 {
     if (!offscreen || low > high) return;  // the next draw paints everything
     const int32_t w = int32_t(getWidth());
-    const int32_t left = std::max(0, docToPixelX(low) - 1);
-    const int32_t right = std::min(w, docToPixelX(high) + 2);
+    const int32_t left = std::max(0, frameToPixelMapped(low) - 1);
+    const int32_t right = std::min(w, frameToPixelMapped(high + 1) + 2);
     if (left < right) {
         repaint(left, right);
         setDirty(true);
@@ -150,7 +213,7 @@ void Corvane_GraphView::followPlayhead(int64_t frame, bool isPlaying, bool autoS
     if (playing) playheadFrame = frame;
     if (playing && autoScrollOn && !mouseTracking) {
         const int32_t w = int32_t(getWidth());
-        const int32_t x = docToPixelX(frame);
+        const int32_t x = frameToPixelMapped(frame);
         const int32_t distance = x - w / 2;
         if (x < 0)
             scrollLeft(-distance);
@@ -295,7 +358,9 @@ void Corvane_GraphView::drawPitchTrace(CDrawContext* context, int32_t left, int3
     bool previousHas = false;
     int32_t previousY = 0;
     for (int32_t c = left - 2; c <= right + 1; ++c) {
-        int64_t d0 = pixelToDocX(c), d1 = pixelToDocX(c + 1);
+        // A column shows at least the frame under it, also where the time
+        // map stretches a frame over several columns.
+        int64_t d0 = pixelToFrameMapped(c), d1 = std::max(d0 + 1, pixelToFrameMapped(c + 1));
         if (d0 >= end) break;
         d0 = std::max<int64_t>(d0, 0);
         d1 = std::min(d1, end);
@@ -448,7 +513,7 @@ void Corvane_GraphView::drawRuler(CDrawContext* context, bool drawTicks, bool dr
 
 void Corvane_GraphView::drawOverlay(CDrawContext* context)
 {
-    const int32_t x = docToPixelX(playheadFrame);
+    const int32_t x = frameToPixelMapped(playheadFrame);
     if (playheadFrame > 0 && x > 0 && x < int32_t(getWidth())) {
         context->setFrameColor(playheadColour);
         context->setLineStyle(kLineSolid);

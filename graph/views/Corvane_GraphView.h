@@ -8,6 +8,7 @@
 class TrackedFrameArray;
 struct TrackedFrame;
 class Corvane_CursorSet;
+class TimeMap;
 
 // The base of the time-based graph views: a scrolling view of the tracked
 // frames. Document X counts frames, document Y counts 3600 - cents, so that
@@ -21,6 +22,16 @@ class Corvane_CursorSet;
 // The frames are written by the audio thread while it tracks; the view
 // reads them without a lock (TrackedFrameArray keeps each word whole) and
 // learns of changed frames from the array's dirty range on each tick.
+//
+// Time control. With a time map in force (activeTimeMap), document X is
+// output time: the frame at which a sound plays. The tracked frames, the
+// correction objects, the I-beam range and the playhead stay in source time
+// (the frame where a sound lies in the recording, the index of its tracked
+// frame) and are only drawn and hit-tested through the map:
+// frameToPixelMapped and pixelToFrameMapped. The ruler, its bars and beats
+// and the position read-out belong to the host's timeline and so stay in
+// document X; so do the time tools' regions, which are where the user sees
+// them. Without a map both conversions are docToPixelX and pixelToDocX.
 //
 // Every operation: interface thread.
 class Corvane_GraphView : public VSTGUI4_ScrollableView {
@@ -82,10 +93,15 @@ public:
     int64_t getPlayheadFrame() const { return playheadFrame; }
     // A drag held outside the view scrolls on, a step per autoScrollInterval,
     // even while the pointer stands still.
-    void continueDrag();
+    virtual void continueDrag();
 
     //--- Virtual operations for the views built on this one.
-    virtual bool isTimeControlOn() { return false; }
+    // Time control is on: a map is in force and the frames are drawn
+    // through it.
+    virtual bool isTimeControlOn() { return activeTimeMap() != nullptr; }
+    // The map the frames are drawn through and, in `scale`, engine samples
+    // per frame; null while time control is off. Here always null.
+    virtual const TimeMap* activeTimeMap(double* scale = nullptr) const;
     virtual bool isShowingBarsAndBeats() { return barsAndBeats; }
     // Width and height of the view, pixels.
     virtual VSTGUI::CPoint getGraphSize() { return VSTGUI::CPoint(int32_t(getWidth()), int32_t(getHeight())); }
@@ -111,6 +127,16 @@ public:
     void setCursor(VSTGUI::CPoint where, VSTGUI::CButtonState buttons, bool force);
     uint32_t getLastCursorKind() const { return lastCursorKind; }
     uint32_t getLastCursorId() const { return lastCursorId; }
+
+    //--- Source frames and document X (output frames) through the time
+    // map in force; the identity while time control is off.
+    // The pixel column of source frame `frame`.
+    int32_t frameToPixelMapped(int64_t frame) const;
+    // The source frame shown at pixel column x.
+    int64_t pixelToFrameMapped(int32_t x) const;
+    // Output frame of a source frame and back, fractional.
+    double frameToOutput(double frame) const;
+    double outputToFrame(double output) const;
 
     //--- VSTGUI4_ScrollableView
     void releaseOffscreens() override;
@@ -158,6 +184,9 @@ protected:
     void repaintLabelBand();
     // The picture made anew when the frame's content scale changed.
     void followFrameScale();
+    // The document's width: the frames, or where the last of them plays
+    // when time control stretches the take beyond them.
+    void fitDocumentWidth();
 
     TrackedFrameArray* frameArray = nullptr;
     const Corvane_CursorSet* cursorBitmaps = nullptr;

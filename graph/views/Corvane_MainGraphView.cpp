@@ -38,6 +38,8 @@ const CColor offScaleLaneColour(216, 216, 224, 255);
 const CColor selectedLaneColour(160, 160, 160, 255);
 const CColor selectedOffScaleLaneColour(102, 102, 102, 255);
 const CColor laneWaveformColour(191, 207, 223, 255);
+const CColor timeRegionColour(160, 176, 192, 255);
+const CColor moveRegionColour(128, 144, 160, 255);
 // Height of the waveform inside a note, as a share of the note's height.
 constexpr float noteEnvelopeScale = 0.8f;
 
@@ -134,7 +136,7 @@ void Corvane_MainGraphView::setSelection(int64_t start, int64_t end)
 int64_t Corvane_MainGraphView::frameAtX(CCoord x) const
 {
     const int64_t last = frameArray ? std::max<int64_t>(0, frameArray->frameCount() - 1) : 0;
-    return std::clamp<int64_t>(pixelToDocX(int32_t(std::floor(x - size.left))), 0, last);
+    return std::clamp<int64_t>(pixelToFrameMapped(int32_t(std::floor(x - size.left))), 0, last);
 }
 
 int32_t Corvane_MainGraphView::centsAtPixel(int32_t y) const
@@ -195,16 +197,7 @@ void Corvane_MainGraphView::drawContent(CDrawContext* context, int32_t left, int
     if (showLanes && lanesKnown) {
         drawLanes(context, left, right);
     } else {
-        context->setFillColor(backgroundColour);
-        context->drawRect(CRect(left, 0, right, h), kDrawFilled);
-        if (selectionEnd > selectionStart) {
-            const int32_t x0 = std::max(left, docToPixelX(selectionStart));
-            const int32_t x1 = std::min(right, docToPixelX(selectionEnd) + 1);
-            if (x1 > x0) {
-                context->setFillColor(selectionColour);
-                context->drawRect(CRect(x0, 0, x1, h), kDrawFilled);
-            }
-        }
+        drawRangeBand(context, left, right, 0, h, backgroundColour, selectionColour);
         drawWaveform(context, left, right, waveformColour);
         drawGrid(context, left, right);
     }
@@ -222,24 +215,39 @@ void Corvane_MainGraphView::drawLanes(CDrawContext* context, int32_t left, int32
     const int32_t h = int32_t(getHeight());
     const int32_t top = int32_t(topCents - pixelToDocY(0)) / 100 * 100 + 200;
     const int32_t bottom = int32_t(topCents - pixelToDocY(h)) / 100 * 100 - 200;
-    const bool selected = selectionEnd > selectionStart;
-    const int32_t s0 = std::max(left, docToPixelX(selectionStart));
-    const int32_t s1 = std::min(right, docToPixelX(selectionEnd) + 1);
     for (int32_t c = top; c >= bottom; c -= 100) {
         const int32_t cents = c + pitchOffset;
         const int32_t y0 = std::max(0, pixelOfCents(cents + 50)), y1 = std::min(h, pixelOfCents(cents - 50) + 1);
         if (y1 <= y0) continue;
         const bool inScale = laneInScale[((c / 100) % 12 + 12) % 12];
-        context->setFillColor(inScale ? laneColour : offScaleLaneColour);
-        context->drawRect(CRect(left, y0, right, y1), kDrawFilled);
-        if (selected && s1 > s0) {
-            context->setFillColor(inScale ? selectedLaneColour : selectedOffScaleLaneColour);
-            context->drawRect(CRect(s0, y0, s1, y1), kDrawFilled);
-        }
+        drawRangeBand(context, left, right, y0, y1, inScale ? laneColour : offScaleLaneColour,
+                      inScale ? selectedLaneColour : selectedOffScaleLaneColour);
         context->setFrameColor(gridColour);
         context->drawLine(CPoint(left - 1, y0), CPoint(right + 1, y0));
     }
     drawWaveform(context, left, right, laneWaveformColour);
+}
+
+void Corvane_MainGraphView::drawRangeBand(CDrawContext* context, int32_t left, int32_t right, int32_t top,
+                                          int32_t bottom, const CColor& plain, const CColor& selected)
+{
+    context->setFillColor(plain);
+    context->drawRect(CRect(left, top, right, bottom), kDrawFilled);
+    // A stretch from x0 to one pixel past x1, within left..right.
+    auto stretch = [&](int32_t x0, int32_t x1, const CColor& colour) {
+        x0 = std::max(left, x0);
+        x1 = std::min(right, x1 + 1);
+        if (x1 <= x0) return;
+        context->setFillColor(colour);
+        context->drawRect(CRect(x0, top, x1, bottom), kDrawFilled);
+    };
+    if (selectionEnd > selectionStart) {
+        stretch(frameToPixelMapped(selectionStart), frameToPixelMapped(selectionEnd), selected);
+    } else if (timeRegionEnd > timeRegionStart && isTimeControlOn()) {
+        stretch(docToPixelX(timeRegionStart), docToPixelX(timeRegionEnd), timeRegionColour);
+        const int64_t m0 = std::max(moveRegionStart, timeRegionStart), m1 = std::min(moveRegionEnd, timeRegionEnd);
+        if (m1 > m0) stretch(docToPixelX(m0), docToPixelX(m1), moveRegionColour);
+    }
 }
 
 void Corvane_MainGraphView::drawWaveform(CDrawContext* context, int32_t left, int32_t right, const CColor& colour)
@@ -249,8 +257,8 @@ void Corvane_MainGraphView::drawWaveform(CDrawContext* context, int32_t left, in
     const int64_t end = std::min(frameArray->trackedEnd(), frameArray->frameCount());
     context->setFrameColor(colour);
     for (int32_t c = std::max(left, 0); c < right; ++c) {
-        const int64_t d0 = std::max<int64_t>(0, pixelToDocX(c));
-        const int64_t d1 = std::min(end, pixelToDocX(c + 1));
+        const int64_t d0 = std::max<int64_t>(0, pixelToFrameMapped(c));
+        const int64_t d1 = std::min(end, std::max(d0 + 1, pixelToFrameMapped(c + 1)));
         if (d0 >= end) break;
         float lo, hi;
         if (!framePeaks(d0, d1, lo, hi)) continue;
@@ -287,7 +295,7 @@ void Corvane_MainGraphView::drawMidiBars(CDrawContext* context, int32_t left, in
     // The note of a column is that of its first frame; MIDI note 60 is 0
     // cents, and a bar spans its note's semitone.
     auto noteAt = [&](int32_t column) -> int32_t {
-        const int64_t d = pixelToDocX(column);
+        const int64_t d = pixelToFrameMapped(column);
         return d >= 0 && d < end ? frameArray->get(d).midiNote : TrackedFrame::noMidiNote;
     };
     context->setFrameColor(midiColour);
@@ -311,8 +319,8 @@ void Corvane_MainGraphView::drawNote(CDrawContext* context, const ObjectRecord& 
                                      int32_t left, int32_t right)
 {
     const int32_t w = int32_t(getWidth());
-    const int32_t x0 = std::max(-1, docToPixelX(start.position));
-    const int32_t x1 = std::min(w, docToPixelX(end.position));
+    const int32_t x0 = std::max(-1, frameToPixelMapped(start.position));
+    const int32_t x1 = std::min(w, frameToPixelMapped(end.position));
     const int32_t top = pixelOfCents(start.pitch + 50);
     const int32_t bottom = pixelOfCents(start.pitch - 50);
     if (x1 < left - 1 || x0 > right + 1 || bottom < 0 || top >= int32_t(getHeight())) return;
@@ -327,7 +335,8 @@ void Corvane_MainGraphView::drawNote(CDrawContext* context, const ObjectRecord& 
         context->setFrameColor(noteWaveColour);
         const int64_t tracked = frameArray->trackedEnd();
         for (int32_t c = std::max(x0 + 1, left); c < std::min(x1, right + 1); ++c) {
-            const int64_t d0 = std::max<int64_t>(pixelToDocX(c), 0), d1 = std::min(pixelToDocX(c + 1), tracked);
+            const int64_t d0 = std::max<int64_t>(pixelToFrameMapped(c), 0);
+            const int64_t d1 = std::min(std::max(d0 + 1, pixelToFrameMapped(c + 1)), tracked);
             float lo, hi;
             if (!framePeaks(d0, d1, lo, hi)) continue;
             context->drawLine(CPoint(c, pitchY - lo * s), CPoint(c, pitchY - hi * s));
@@ -345,8 +354,8 @@ void Corvane_MainGraphView::drawNote(CDrawContext* context, const ObjectRecord& 
 void Corvane_MainGraphView::drawObjects(CDrawContext* context, const ObjectList& list, int32_t flags, int32_t left,
                                         int32_t right)
 {
-    const int64_t leftFrame = pixelToDocX(left - 2);
-    const int64_t rightFrame = pixelToDocX(right + 2);
+    const int64_t leftFrame = pixelToFrameMapped(left - 2);
+    const int64_t rightFrame = pixelToFrameMapped(right + 2);
     const size_t n = list.count();
     for (size_t i = 0; i + 1 < n; ++i) {
         const ObjectRecord& r = list.records[i];
@@ -355,22 +364,22 @@ void Corvane_MainGraphView::drawObjects(CDrawContext* context, const ObjectList&
         if (next.position < leftFrame || r.kind == KindEnd) continue;
         if (isLineKind(r.kind) && (flags & 1)) {
             context->setFrameColor(lineColour);
-            context->drawLine(CPoint(docToPixelX(r.position), pixelOfCents(r.pitch)),
-                              CPoint(docToPixelX(next.position), pixelOfCents(next.pitch)));
+            context->drawLine(CPoint(frameToPixelMapped(r.position), pixelOfCents(r.pitch)),
+                              CPoint(frameToPixelMapped(next.position), pixelOfCents(next.pitch)));
         } else if (r.kind == KindCurve && (flags & 1) && r.curve) {
             bool modulated = false;
             for (const CurvePoint& p : r.curve->points)
                 modulated = modulated || p.modulationOffset != 0.0f || p.modulationParameter != 0.0f;
             context->setFrameColor(modulated ? modulatedCurveColour : lineColour);
-            CPoint from(docToPixelX(r.position), pixelOfCents(r.pitch));
+            CPoint from(frameToPixelMapped(r.position), pixelOfCents(r.pitch));
             const int64_t step = r.curve->stepFrames;
             for (int32_t k = 0; k < r.curve->pointCount(); ++k) {
                 const int64_t at = r.position + (k + 1) * step;
                 if (at < leftFrame) {
-                    from = CPoint(docToPixelX(at), pixelOfCents(r.pitch + r.curve->points[size_t(k)].pitchDelta));
+                    from = CPoint(frameToPixelMapped(at), pixelOfCents(r.pitch + r.curve->points[size_t(k)].pitchDelta));
                     continue;
                 }
-                const CPoint to(docToPixelX(at), pixelOfCents(r.pitch + r.curve->points[size_t(k)].pitchDelta));
+                const CPoint to(frameToPixelMapped(at), pixelOfCents(r.pitch + r.curve->points[size_t(k)].pitchDelta));
                 context->drawLine(from, to);
                 from = to;
                 if (at > rightFrame) break;
@@ -386,7 +395,7 @@ void Corvane_MainGraphView::drawObjects(CDrawContext* context, const ObjectList&
         const ObjectRecord& r = list.records[i];
         if (!r.selected || r.kind == KindNote) continue;
         if (r.kind == KindEnd && (i == 0 || list.records[i - 1].kind == KindNote)) continue;
-        const int32_t x = docToPixelX(r.position);
+        const int32_t x = frameToPixelMapped(r.position);
         if (x < left - 3 || x > right + 3) continue;
         const int32_t y = pixelOfCents(r.pitch);
         if (r.kind == KindLinePoint) {
@@ -404,9 +413,9 @@ int32_t Corvane_MainGraphView::hitTest(const ObjectList& list, int32_t x, int32_
 {
     index = 0;
     const size_t n = list.count();
-    const int64_t leftFrame = pixelToDocX(x - hitReach), rightFrame = pixelToDocX(x + hitReach + 1);
+    const int64_t leftFrame = pixelToFrameMapped(x - hitReach), rightFrame = pixelToFrameMapped(x + hitReach + 1);
     auto near = [&](int64_t frame, int32_t cents) {
-        return std::abs(docToPixelX(frame) - x) <= hitReach && std::abs(pixelOfCents(cents) - y) <= hitReach;
+        return std::abs(frameToPixelMapped(frame) - x) <= hitReach && std::abs(pixelOfCents(cents) - y) <= hitReach;
     };
     // Points first, then edges, segments and bodies.
     for (size_t i = 0; i < n; ++i) {
@@ -423,7 +432,7 @@ int32_t Corvane_MainGraphView::hitTest(const ObjectList& list, int32_t x, int32_
         const ObjectRecord& next = list.records[i + 1];
         if (r.position > rightFrame) break;
         if (next.position < leftFrame) continue;
-        const int32_t x0 = docToPixelX(r.position), x1 = docToPixelX(next.position);
+        const int32_t x0 = frameToPixelMapped(r.position), x1 = frameToPixelMapped(next.position);
         if (r.kind == KindNote) {
             const int32_t top = pixelOfCents(r.pitch + 50), bottom = pixelOfCents(r.pitch - 50);
             if (y < top - 1 || y > bottom + 1 || x < x0 - hitReach || x > x1 + hitReach) continue;
@@ -434,7 +443,7 @@ int32_t Corvane_MainGraphView::hitTest(const ObjectList& list, int32_t x, int32_
             if (std::abs(x - x1) <= reach) return hitNoteEnd;
             if (x >= x0 && x <= x1) return hitNoteBody;
         } else if (isLineKind(r.kind) || r.kind == KindCurve) {
-            const int64_t frame = pixelToDocX(x);
+            const int64_t frame = pixelToFrameMapped(x);
             if (frame < r.position || frame > next.position) continue;
             int32_t cents = pitchBetween(r, next, frame);
             if (r.kind == KindCurve && r.curve && r.curve->pointCount() > 0) {
@@ -457,7 +466,7 @@ Corvane_MainGraphView::Readout Corvane_MainGraphView::readoutAt(int32_t x, int32
 {
     Readout out;
     if (!frameArray || x < 0 || x >= int32_t(getWidth())) return out;
-    const int64_t d0 = pixelToDocX(x), d1 = std::max(d0 + 1, pixelToDocX(x + 1));
+    const int64_t d0 = pixelToFrameMapped(x), d1 = std::max(d0 + 1, pixelToFrameMapped(x + 1));
     const int64_t end = std::min(frameArray->trackedEnd(), frameArray->frameCount());
     if (d0 < 0 || d0 >= end) return out;
     int32_t inLo = 0, inHi = 0, outLo = 0, outHi = 0;
@@ -489,11 +498,13 @@ Corvane_MainGraphView::Readout Corvane_MainGraphView::readoutAt(int32_t x, int32
         out.hasTarget = pitchAt(currentList(), d0, pitch);
         out.target = pitch;
     }
+    // The position on the host's timeline: document X.
+    const int64_t at = pixelToDocX(x);
     if (barsAndBeats) {
-        beatPosition(d0, out.position, sizeof out.position);
+        if (at < frameArray->frameCount()) beatPosition(at, out.position, sizeof out.position);
     } else if (sampleRate > 0.0) {
         char text[time_string_capacity];
-        Samples_ToTimeString(d0 * samplesPerFrame, text, nullptr, sampleRate);
+        Samples_ToTimeString(at * samplesPerFrame, text, nullptr, sampleRate);
         std::snprintf(out.position, sizeof out.position, "%s", text);
     }
     return out;
@@ -550,6 +561,27 @@ void Corvane_MainGraphView::getCursorAt(CPoint where, CButtonState buttons, uint
     if (pasteMode) {
         kind = isPlaying() ? uint32_t(kCursorNotAllowed) : customCursorKind;
         id = isPlaying() ? 0 : 9014;
+        return;
+    }
+    if ((tool == toolMovePoint || tool == toolMoveRegion) && !isPlaying()) {
+        // Kind 8 without time control or away from the take; over the take
+        // the I-beam selects, inside a region the hand moves or selects.
+        kind = kCursorNotAllowed;
+        id = 0;
+        if (!isTimeControlOn()) return;
+        const int64_t output = outputFrameAtX(where.x);
+        auto custom = [&](uint32_t value) {
+            kind = customCursorKind;
+            id = value;
+        };
+        if (timeDragging)
+            custom(dragCursorId);
+        else if (tool == toolMoveRegion && output >= moveRegionStart && output < moveRegionEnd)
+            custom(9013);
+        else if (output >= timeRegionStart && output < timeRegionEnd)
+            custom(9012);
+        else if (takeHasOutputFrame(output))
+            custom(9010);
         return;
     }
     if (tool != toolArrow || kind == kCursorNotAllowed) return;
@@ -738,10 +770,10 @@ bool Corvane_MainGraphView::moveRubberLine(CPoint where, const CButtonState& but
     offscreen->setLineStyle(kLineSolid);
     offscreen->setLineWidth(1);
     offscreen->setFrameColor(rubberColour);
-    CPoint from(docToPixelX(lineVertices[0].frame), pixelOfCents(lineVertices[0].cents));
+    CPoint from(frameToPixelMapped(lineVertices[0].frame), pixelOfCents(lineVertices[0].cents));
     for (size_t k = 1; k <= lineVertices.size(); ++k) {
         const Vertex& v = k < lineVertices.size() ? lineVertices[k] : rubberEnd;
-        const CPoint to(docToPixelX(v.frame), pixelOfCents(v.cents));
+        const CPoint to(frameToPixelMapped(v.frame), pixelOfCents(v.cents));
         offscreen->drawLine(from, to);
         from = to;
     }
@@ -816,6 +848,7 @@ bool Corvane_MainGraphView::cancelGesture()
 {
     if (!pasteMode && !mouseTracking && lineVertices.empty()) return false;
     pasteMode = false;
+    cancelTimeDrag();
     if (!lineVertices.empty()) {
         cancelLine();
         return true;
@@ -885,6 +918,11 @@ CMouseEventResult Corvane_MainGraphView::onMouseDown(CPoint& where, const CButto
         return kMouseEventHandled;
     case toolScissors:
         split(frame);
+        return kMouseEventHandled;
+    case toolMovePoint:
+    case toolMoveRegion:
+        timeDown(where);
+        setCursor(where, buttons, true);
         return kMouseEventHandled;
     case toolIBeam:
         mouseDownPoint = lastMousePoint = where;
@@ -1032,12 +1070,12 @@ CMouseEventResult Corvane_MainGraphView::onMouseMoved(CPoint& where, const CButt
             if (tool == toolDrawCurves) {
                 for (size_t k = 1; k < freehandPoints.size(); ++k)
                     offscreen->drawLine(
-                        CPoint(docToPixelX(freehandPoints[k - 1].frame), pixelOfCents(freehandPoints[k - 1].cents)),
-                        CPoint(docToPixelX(freehandPoints[k].frame), pixelOfCents(freehandPoints[k].cents)));
+                        CPoint(frameToPixelMapped(freehandPoints[k - 1].frame), pixelOfCents(freehandPoints[k - 1].cents)),
+                        CPoint(frameToPixelMapped(freehandPoints[k].frame), pixelOfCents(freehandPoints[k].cents)));
             } else {
                 const int64_t a = std::min(freehandPoints[0].frame, frame), b = std::max(freehandPoints[0].frame, frame);
                 const int32_t c = freehandPoints.back().cents;
-                offscreen->drawRect(CRect(docToPixelX(a) + 0.5, pixelOfCents(c + 50) + 0.5, docToPixelX(b) + 0.5,
+                offscreen->drawRect(CRect(frameToPixelMapped(a) + 0.5, pixelOfCents(c + 50) + 0.5, frameToPixelMapped(b) + 0.5,
                                           pixelOfCents(c - 50) + 0.5),
                                     kDrawStroke);
             }
@@ -1048,6 +1086,10 @@ CMouseEventResult Corvane_MainGraphView::onMouseMoved(CPoint& where, const CButt
         break;
     case toolArrow:
         if (drag) arrowDrag(where, buttons);
+        break;
+    case toolMovePoint:
+    case toolMoveRegion:
+        if (drag) timeDrag(where);
         break;
     case toolIBeam:
         if (drag) {
@@ -1147,6 +1189,11 @@ CMouseEventResult Corvane_MainGraphView::onMouseUp(CPoint& where, const CButtonS
     case toolIBeam:
         mouseTracking = false;
         if (selectionEnd > selectionStart && ibeamListener) ibeamListener();
+        break;
+    case toolMovePoint:
+    case toolMoveRegion:
+        mouseTracking = false;
+        timeUp();
         break;
     default: return Corvane_GraphView::onMouseUp(where, buttons);
     }

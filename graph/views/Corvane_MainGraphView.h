@@ -2,14 +2,18 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <vector>
 
 #include "graph/model/ObjectMaking.h"
 #include "graph/model/ObjectRecord.h"
+#include "graph/model/TimeBreakpointList.h"
+#include "graph/model/TimeMap.h"
 #include "graph/views/Corvane_GraphView.h"
 
 class ObjectEditor;
 class Corvane_EnvelopeGraphView;
+class Corvane_TimeEditTarget;
 
 // The pitch graph: frames across, cents upwards. It paints the tracked
 // input pitch (red), the correction objects (notes as boxes, lines and
@@ -23,6 +27,26 @@ class Corvane_EnvelopeGraphView;
 // "Snap To Note" is on); kAlt (Option on a Mac) lets the Arrow move objects
 // in time and makes the Zoom tool zoom out; kControl (Command on a Mac)
 // holds a line level and adds to the Arrow's selection.
+//
+// Time control (see Corvane_GraphView for what lives in source time and
+// what in output time). Two ranges of output frames steer the time tools:
+// the time region, whose ends hold still while a point or a region inside
+// it moves, and inside it the move region, which Move Region moves whole.
+// The gestures, chosen at the press (`moveKind`):
+// - Move Point: a drag inside the time region takes the point under the
+//   pointer along, the stretch on one side and the squeeze on the other
+//   evenly spread to the region's ends; a drag anywhere else over the take
+//   selects a new time region (a click clears it).
+// - Move Region: a drag inside the move region moves it, the two sides up
+//   to the time region's ends taking up the difference; a drag elsewhere
+//   inside the time region selects a new move region there; a drag over the
+//   take outside the time region selects a new time region.
+// The move is held within the stretch and compression limits, and the limit
+// that holds it is named at the bottom left while it does. Each step of the
+// drag has the engine play the new map; the release makes it one step of
+// the time history, unless the drag came back to where it began.
+// Without time control (the switch off, or no map) the time tools do
+// nothing.
 //
 // Every operation: interface thread.
 class Corvane_MainGraphView : public Corvane_GraphView {
@@ -89,6 +113,25 @@ public:
     // click, which is the shortcut the I-beam's hint teaches).
     void setIBeamListener(std::function<void()> listener) { ibeamListener = std::move(listener); }
 
+    //--- Time control. The owner of the time map (null: none) and the
+    // switch "Enable Time Warping"; time control is on when the switch is
+    // and a map is in force.
+    void setTimeEditing(Corvane_TimeEditTarget* target);
+    void setTimeControlOn(bool state);
+    bool getTimeControlOn() const { return timeControlOn; }
+    // The map in force changed outside a drag (undo, redo, clear all, a
+    // session read): the document's width and both pictures follow.
+    void timeMapChanged();
+    // The time tools' ranges in output frames; empty when start >= end.
+    int64_t getTimeRegionStart() const { return timeRegionStart; }
+    int64_t getTimeRegionEnd() const { return timeRegionEnd; }
+    int64_t getMoveRegionStart() const { return moveRegionStart; }
+    int64_t getMoveRegionEnd() const { return moveRegionEnd; }
+    void setTimeRegions(int64_t timeStart, int64_t timeEnd, int64_t moveStart, int64_t moveEnd);
+    // The limit holding the time drag: timeLimits::compressionLimit or
+    // stretchLimit, 0 for none.
+    int32_t getLimitMessage() const { return limitMessage; }
+
     //--- The I-beam range, frames; empty when start >= end.
     int64_t getSelectionStart() const { return selectionStart; }
     int64_t getSelectionEnd() const { return selectionEnd; }
@@ -132,6 +175,10 @@ public:
     void drawContent(VSTGUI::CDrawContext* context, int32_t left, int32_t right) override;
     void refresh(bool updateEnvelope, bool updateKeyboard, bool keepPicture) override;
     void getCursorAt(VSTGUI::CPoint where, VSTGUI::CButtonState buttons, uint32_t& kind, uint32_t& id) override;
+    const TimeMap* activeTimeMap(double* scale = nullptr) const override;
+    // The playhead, the limit message and the time drag's markers.
+    void drawOverlay(VSTGUI::CDrawContext* context) override;
+    void continueDrag() override;
     int32_t scrollUp(int32_t count = 0) override;
     int32_t scrollDown(int32_t count = 0) override;
     int32_t scrollLeft(int32_t count = 0) override;
@@ -154,6 +201,9 @@ public:
     // Arrow drags: nothing, moving the selection, a note's start edge, a
     // note's end edge.
     enum DragMode : int32_t { dragGround = 0, dragSelection, dragNoteStart, dragNoteEnd };
+    // What a drag of a time tool does: moves the point or the move region,
+    // selects the move region, selects the time region.
+    enum MoveKind : int32_t { moveTime = 0, moveSelectsMoveRegion = 1, moveSelectsTimeRegion = 2 };
 
 protected:
     // A drag whose pointer left the graph scrolls it and moves the points
@@ -194,6 +244,23 @@ protected:
     void pasteMoved(const VSTGUI::CPoint& where);
     void reportReadout(const VSTGUI::CPoint& where);
     void endDrag();
+    // The time tools (Corvane_MainGraphView_time.cpp).
+    void timeDown(const VSTGUI::CPoint& where);
+    void timeDrag(const VSTGUI::CPoint& where);
+    void timeUp();
+    // Ends a time drag; the map at its start is played again unless the
+    // drag was committed.
+    void cancelTimeDrag();
+    // The output frame under parent X, and whether the take has audio there.
+    int64_t outputFrameAtX(VSTGUI::CCoord x) const;
+    bool takeHasOutputFrame(int64_t output) const;
+    // The output frames over which the take plays.
+    void takeOutputSpan(double& first, double& last) const;
+    // The band of a background between rows top..bottom: the I-beam range
+    // (source frames) or the time regions (output frames) in their colours
+    // over `plain`, the I-beam range in `selected`.
+    void drawRangeBand(VSTGUI::CDrawContext* context, int32_t left, int32_t right, int32_t top, int32_t bottom,
+                       const VSTGUI::CColor& plain, const VSTGUI::CColor& selected);
 
     ObjectEditor* objects = nullptr;
     std::function<NewObjectSettings()> newSettings;
@@ -235,6 +302,33 @@ protected:
     Vertex rubberEnd{0, 0};
     // Points of a curve being drawn, one per frame reached.
     std::vector<Vertex> freehandPoints;
+
+    // Time control.
+    Corvane_TimeEditTarget* timeEdit = nullptr;
+    bool timeControlOn = false;
+    int64_t timeRegionStart = 0, timeRegionEnd = 0;
+    int64_t moveRegionStart = 0, moveRegionEnd = 0;
+    // The time drag: whether one is on, its kind, the output frame pressed,
+    // the anchors (left and right output frames, shiftRest for none) and
+    // the moved point or region, the range its target may take and the
+    // limit codes at each end of that range.
+    bool timeDragging = false;
+    int32_t moveKind = moveTime;
+    double dragLeft = 0.0, dragRight = 0.0, dragStart = 0.0, dragEnd = 0.0;
+    double lowerLimit = 0.0, upperLimit = 0.0;
+    int32_t lowLimitCode = timeLimits::compressionLimit;
+    int32_t highLimitCode = timeLimits::stretchLimit;
+    int32_t limitMessage = 0;
+    bool timeChanged = false;
+    // The drag's moved offset in output frames, for the move region.
+    int64_t timeDelta = 0;
+    // The cursor of the drag, chosen at the press.
+    uint32_t dragCursorId = 0;
+    // Where the two markers stand (pixels), -1 when hidden.
+    int32_t markerX[2] = {-1, -1};
+    // Shared only because the library's view copy needs a copyable view.
+    std::shared_ptr<TimeBreakpointList> timeList = std::make_shared<TimeBreakpointList>();
+    TimeMap dragStartMap;
 };
 
 // Registers the creator of "Corvane_MainGraphView" (base
