@@ -175,13 +175,18 @@ void Corvane_EnvelopeGraphView::drawOverlay(CDrawContext* context)
 {
     if (!mainView) return;
     const int64_t frame = mainView->getPlayheadFrame();
-    const int32_t x = docToPixelX(frame);
-    if (frame > 0 && frameArray && frame < frameArray->frameCount() && x > 0 && x < int32_t(getWidth())) {
-        context->setFrameColor(markerColour);
-        context->setLineStyle(kLineSolid);
-        context->setLineWidth(1);
-        context->drawLine(CPoint(x, 0), CPoint(x, getHeight()));
-    }
+    if (frame <= 0 || !frameArray || frame >= frameArray->frameCount()) return;
+    context->setFrameColor(markerColour);
+    context->setLineStyle(kLineSolid);
+    context->setLineWidth(1);
+    // With two lanes the play position stands where it plays above and
+    // where it was tracked below.
+    const bool twoLanes = isTimeControlOn();
+    const CCoord h = getHeight(), middle = twoLanes ? std::floor(h / 2) : h;
+    const int32_t x = frameToPixelMapped(frame), tracked = docToPixelX(frame);
+    if (x > 0 && x < int32_t(getWidth())) context->drawLine(CPoint(x, 0), CPoint(x, middle));
+    if (twoLanes && tracked > 0 && tracked < int32_t(getWidth()))
+        context->drawLine(CPoint(tracked, middle), CPoint(tracked, h));
 }
 
 CMouseEventResult Corvane_EnvelopeGraphView::onMouseDown(CPoint& where, const CButtonState& buttons)

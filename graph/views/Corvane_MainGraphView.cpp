@@ -376,7 +376,8 @@ void Corvane_MainGraphView::drawObjects(CDrawContext* context, const ObjectList&
             for (int32_t k = 0; k < r.curve->pointCount(); ++k) {
                 const int64_t at = r.position + (k + 1) * step;
                 if (at < leftFrame) {
-                    from = CPoint(frameToPixelMapped(at), pixelOfCents(r.pitch + r.curve->points[size_t(k)].pitchDelta));
+                    from = CPoint(frameToPixelMapped(at),
+                                  pixelOfCents(r.pitch + r.curve->points[size_t(k)].pitchDelta));
                     continue;
                 }
                 const CPoint to(frameToPixelMapped(at), pixelOfCents(r.pitch + r.curve->points[size_t(k)].pitchDelta));
@@ -817,6 +818,10 @@ bool Corvane_MainGraphView::finishLine()
 void Corvane_MainGraphView::setTool(int32_t value)
 {
     if (value != tool && !lineVertices.empty()) cancelLine();
+    if (value != tool && timeDragging) {
+        cancelTimeDrag();
+        mouseTracking = false;
+    }
     Corvane_GraphView::setTool(value);
 }
 
@@ -1069,13 +1074,15 @@ CMouseEventResult Corvane_MainGraphView::onMouseMoved(CPoint& where, const CButt
             offscreen->setFrameColor(rubberColour);
             if (tool == toolDrawCurves) {
                 for (size_t k = 1; k < freehandPoints.size(); ++k)
-                    offscreen->drawLine(
-                        CPoint(frameToPixelMapped(freehandPoints[k - 1].frame), pixelOfCents(freehandPoints[k - 1].cents)),
-                        CPoint(frameToPixelMapped(freehandPoints[k].frame), pixelOfCents(freehandPoints[k].cents)));
+                    offscreen->drawLine(CPoint(frameToPixelMapped(freehandPoints[k - 1].frame),
+                                               pixelOfCents(freehandPoints[k - 1].cents)),
+                                        CPoint(frameToPixelMapped(freehandPoints[k].frame),
+                                               pixelOfCents(freehandPoints[k].cents)));
             } else {
                 const int64_t a = std::min(freehandPoints[0].frame, frame), b = std::max(freehandPoints[0].frame, frame);
                 const int32_t c = freehandPoints.back().cents;
-                offscreen->drawRect(CRect(frameToPixelMapped(a) + 0.5, pixelOfCents(c + 50) + 0.5, frameToPixelMapped(b) + 0.5,
+                offscreen->drawRect(CRect(frameToPixelMapped(a) + 0.5, pixelOfCents(c + 50) + 0.5,
+                                          frameToPixelMapped(b) + 0.5,
                                           pixelOfCents(c - 50) + 0.5),
                                     kDrawStroke);
             }

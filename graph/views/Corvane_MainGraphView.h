@@ -170,7 +170,7 @@ public:
     bool cancelGesture();
 
     //--- Corvane_GraphView
-    // Another tool abandons a line under construction.
+    // Another tool abandons a line under construction or a time drag.
     void setTool(int32_t value) override;
     void drawContent(VSTGUI::CDrawContext* context, int32_t left, int32_t right) override;
     void refresh(bool updateEnvelope, bool updateKeyboard, bool keepPicture) override;
