@@ -117,11 +117,111 @@ void CV_DSPObject::set_position(int64_t host_position) noexcept
 {
     const int64_t position = host_position / decimationFactor;
     input_pos = position;
-    const int64_t frame = int64_t(double(position) / frame_len);
-    frame_phase = double(position) - double(frame) * frame_len;
+    source_pos = time_warped() ? source_for(position) : position;
+    cueing = true;
+    const int64_t frame = int64_t(double(source_pos) / frame_len);
+    frame_phase = double(source_pos) - double(frame) * frame_len;
     tracker.set_frame_index(frame);
     if (correcting()) play_frame();
     publish_status();
+}
+
+void CV_DSPObject::set_time_warping(bool on) noexcept
+{
+    if (on != time_map_on) source_stale = true;
+    time_map_on = on;
+}
+
+void CV_DSPObject::begin_time_block() noexcept
+{
+    const TimeMap* newest = time_maps.acquire();
+    if (newest != nullptr && newest != time_map) {
+        time_map = newest;
+        source_stale = true;
+    }
+    store_busy = store == nullptr || tracker.is_suspended() ? uint32_t(AudioDataStore::statusFilesMissing)
+                                                            : uint32_t(store->getStatus());
+    if (auto_mode) return;
+    const bool hold = edit_hold.load(std::memory_order_acquire);
+    if (hold && !edit_hold_seen) {
+        edit_hold_seen = true;
+    } else if (!hold && edit_hold_seen) {
+        edit_hold_seen = false;
+        source_stale = true;
+    }
+    if (source_stale) {
+        source_stale = false;
+        const bool locked = store_lock != nullptr && sem_trywait(store_lock) == 0;
+        place_source();
+        if (locked) sem_post(store_lock);
+    }
+}
+
+void CV_DSPObject::place_source() noexcept
+{
+    const int64_t wanted =
+        time_warped() ? source_for(input_pos) : input_pos;
+    // Without a change the frames go on as they are: tracking and playing
+    // without the map keep both clocks together.
+    if (wanted == source_pos) return;
+    source_pos = wanted;
+    cueing = true;
+    if (!idle && started) place_frames(source_pos);
+}
+
+void CV_DSPObject::place_frames(int64_t position) noexcept
+{
+    const int64_t frame = int64_t(double(position) / frame_len);
+    frame_phase = double(position) - double(frame) * frame_len;
+    if (frame == tracker.get_frame_index()) return;
+    tracker.set_frame_index(frame);
+    if (correcting()) play_frame();
+}
+
+int CV_DSPObject::choose_source(double live_a, double live_b) noexcept
+{
+    const bool locked = store_lock != nullptr && sem_trywait(store_lock) == 0;
+    int status = 0;
+    int count = 0;
+    double t = output_for(source_pos);
+    if (t <= double(input_pos)) {
+        do {
+            float a = 0.0f;
+            float b = 0.0f;
+            // After a failed read the source still moves on by the map, but
+            // is read no further in this output sample.
+            const int read = status != 0 ? status
+                             : store_busy != 0 ? int(AudioDataStore::readUnusable)
+                                               : store->readSample(source_pos, a, &b);
+            if (status == 0) status = read;
+            source_a[count] = double(a);
+            source_b[count] = double(b);
+            ++count;
+            ++source_pos;
+            t = output_for(source_pos);
+        } while (double(input_pos) > t && count < max_source_samples);
+    }
+    if (locked) sem_post(store_lock);
+    if (status == 0) {
+        cueing = false;
+        return count;
+    }
+
+    // One sample enters for the whole read: silence when the audio is not
+    // in yet or cannot be read, the live input where nothing was recorded.
+    // The frames stay on the source clock.
+    const bool silent = status != AudioDataStore::readNothing || store_busy != 0;
+    source_a[0] = silent ? 0.0 : live_a;
+    source_b[0] = silent ? 0.0 : live_b;
+    place_frames(source_pos - 1);
+    // Reads that wait for the first block after the source was placed are
+    // the cue of a start or a jump; once the audio flows, a read not in yet
+    // means the disk fell behind the read-ahead.
+    if (status == AudioDataStore::readPending && !cueing) {
+        overrun_count.fetch_add(1, std::memory_order_relaxed);
+        overrun_frame.store(int64_t(double(input_pos) / frame_len), std::memory_order_relaxed);
+    }
+    return 1;
 }
 
 void CV_DSPObject::update_frame_rate_values() noexcept
@@ -178,6 +278,8 @@ void CV_DSPObject::process_block(const float* const* in, float* const* out, int6
 {
     const float* second_in = stereo_in ? in[1] : in[0];
     const bool two_channels = stereo_out;
+    begin_time_block();
+    const bool warped = time_warped();
 
     for (int64_t i = 0; i < frames; ++i) {
         // Fetch.
@@ -199,18 +301,32 @@ void CV_DSPObject::process_block(const float* const* in, float* const* out, int6
         // start, silence or not, so that frame i is host sample i * hop.
         if (!idle && !started && (!auto_mode || std::fabs(primary) > engine::start_threshold)) started = true;
 
-        // Denormal noise, never zero, drawn apart for each channel.
-        primary += noise.denormal_noise();
-        if (two_channels) secondary += noise.denormal_noise();
-
-        // Record: the source audio at its store position.
-        if (!idle && started) {
-            tracker.record(input_pos, primary, secondary);
-            ++input_pos;
-        }
+        // Denormal noise, never zero, drawn apart for each channel; the
+        // same values go with the stored samples.
+        const double live_a = primary;
+        const double live_b = secondary;
+        const double noise_a = noise.denormal_noise();
+        const double noise_b = two_channels ? noise.denormal_noise() : 0.0;
+        primary += noise_a;
+        secondary += noise_b;
 
         block_sample = i;
-        analyze_sample(primary, secondary, two_channels);
+        if (!idle && started) {
+            // Record: the source audio at its store position.
+            tracker.record(source_pos, primary, secondary);
+            if (warped) {
+                const int count = choose_source(live_a, live_b);
+                ++input_pos;
+                for (int k = 0; k < count; ++k)
+                    analyze_sample(source_a[k] + noise_a, two_channels ? source_b[k] + noise_b : 0.0, two_channels);
+            } else {
+                ++source_pos;
+                ++input_pos;
+                analyze_sample(primary, secondary, two_channels);
+            }
+        } else {
+            analyze_sample(primary, secondary, two_channels);
+        }
         output_sample(out, i, two_channels);
     }
     if (tracker.is_tracking()) tracker.end_block(frames);

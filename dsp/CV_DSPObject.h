@@ -1,8 +1,13 @@
 #pragma once
 
-#include <atomic>
-#include <cstdint>
+#include <semaphore.h>
 
+#include <atomic>
+#include <cmath>
+#include <cstdint>
+#include <memory>
+
+#include "Common_VST3/Snapshot_Exchange.h"
 #include "Common_VST3/biQuad_Filter.h"
 #include "dsp/Downsample_DSP.h"
 #include "dsp/engine_constants.h"
@@ -15,6 +20,7 @@
 #include "dsp/pitch_shifter.h"
 #include "dsp/retune_smoother.h"
 #include "dsp/vibrato_generator.h"
+#include "graph/model/TimeMap.h"
 
 // The per-sample loop of the engine, at the engine rate, over its stages:
 // the pitch detector, the note targets of Auto mode, the retune smoother,
@@ -26,6 +32,18 @@
 // otherwise frame_player reads one per hop, and the correction of each
 // decision aims at that frame's wanted period (none where it is 0.0), with
 // the frame's gain, formant mix and throat offset.
+//
+// Time control: with "Enable Time Warping" on in Graph mode, not tracking,
+// the source of the loop is the audio store read through the time map
+// instead of the live input. Two clocks run: input_pos, the output clock
+// (engine samples of the host's timeline), and source_pos, the store
+// position of the next source sample. At each output sample 0 to 10 source
+// samples enter, as many as the map lets the source clock pass (see
+// output_for). Each runs through every analysis step, so the rings, the
+// detector and the frames live in source time; the read-out's splices make
+// up the difference. A read that is not in yet (or a store that cannot be
+// read) enters one silent sample; a position where nothing was recorded
+// enters the live input. The frames then stay on the source clock.
 //
 // Threads. process and process_block run on the audio thread. The settings
 // (every set_ operation and Note_Table::apply) belong to one owner thread at
@@ -100,9 +118,32 @@ public:
     // times `scale`, rising; a period is folded into it.
     void set_octave_table(int64_t count, const int64_t* periods, const int64_t* bounds,
                           double scale) noexcept;
-    // Time control is no part of the engine's loop; the engine keeps nothing
-    // of it.
-    void set_time_warping(bool on) noexcept { (void)on; }
+    // Owner thread. "Enable Time Warping": in Graph mode, not tracking, the
+    // source is the store read through the time map. A change places the
+    // source clock anew at the next block.
+    void set_time_warping(bool on) noexcept;
+    bool is_time_warping() const noexcept { return time_map_on; }
+    // Interface thread. The time map playback follows from the next block
+    // on (positions in engine samples); the source clock is placed anew by
+    // it. The engine keeps the map until a newer one comes.
+    void publish_time_map(std::unique_ptr<const TimeMap> map) { time_maps.publish(std::move(map)); }
+    // Any thread. While held, the time-warped reading stops and the live
+    // input plays; at the first block after the release the source clock is
+    // placed anew by the map in force.
+    void set_edit_hold(bool on) noexcept { edit_hold.store(on, std::memory_order_release); }
+    // Interface thread, while inactive. A semaphore the code that edits the
+    // map and the store may hold; the loop takes it by try-wait only around
+    // its reads, and a failed try does not stop it. Null: no locking.
+    void set_store_lock(sem_t* lock) noexcept { store_lock = lock; }
+    // Any thread. Output samples played silent because the disk fell behind
+    // the read-ahead (a block not in yet once the audio flowed since the
+    // source was last placed), counted since the engine was made, and the
+    // frame of the output clock at the last of them (-1 before any).
+    int64_t get_overrun_count() const noexcept { return overrun_count.load(std::memory_order_relaxed); }
+    int64_t get_overrun_frame() const noexcept { return overrun_frame.load(std::memory_order_relaxed); }
+    // Owner thread. The clocks, in engine samples.
+    int64_t get_input_pos() const noexcept { return input_pos; }
+    int64_t get_source_pos() const noexcept { return source_pos; }
     // Frame length in host samples (the effect's samplesPerFrame, 200 when
     // unset).
     void set_samples_per_frame(double host_samples) noexcept;
@@ -112,10 +153,11 @@ public:
 
     // Interface thread, while inactive. The tracked frames and the audio
     // store the tracking path writes; either may be null.
-    void attach_tracked_data(TrackedFrameArray* frames, AudioDataStore* store) noexcept
+    void attach_tracked_data(TrackedFrameArray* frames, AudioDataStore* audio_store) noexcept
     {
-        tracker.attach(frames, store);
+        tracker.attach(frames, audio_store);
         player.attach(frames);
+        store = audio_store;
     }
     // Owner thread. Graph mode's tracking into the frames, and recording of
     // the source audio into the store.
@@ -166,6 +208,38 @@ private:
     void configure_mix_filters() noexcept;
     // The values get_status reads, from the owner's fields.
     void publish_status() noexcept;
+    // Time control. At the start of a block: the newest map, the store's
+    // state and the edit hold.
+    void begin_time_block() noexcept;
+    // The source read through the map in this block.
+    bool time_warped() const noexcept
+    {
+        return time_map_on && correcting() && store != nullptr && !edit_hold_seen;
+    }
+    // The rings hold the source D = engine::latency writes deep: the sample
+    // at the read-out is the one that entered D source samples ago, and it
+    // sounds at the output clock less D. So source sample s enters when the
+    // output clock reaches map(s - D) + D, and the output clock y is reached
+    // by source position unmap(y - D) + D.
+    double output_for(int64_t source) const noexcept
+    {
+        return time_map->mapForEngine(double(source) - map_delay) + map_delay;
+    }
+    int64_t source_for(int64_t output) const noexcept
+    {
+        return std::llround(time_map->unmapForEngine(double(output) - map_delay) + map_delay);
+    }
+    static constexpr double map_delay = double(engine::latency);
+    // The source clock from the output clock (through the map when
+    // warped), and the frames with it.
+    void place_source() noexcept;
+    // The frame and its phase for the source sample at `position`, before it
+    // enters; the frame's correction is read when the frame changes.
+    void place_frames(int64_t position) noexcept;
+    // The source samples for one output sample into source_a and source_b;
+    // answers their count, 0 to max_source_samples. `live_a` and `live_b`
+    // are the live pair, entered instead when a read fails.
+    int choose_source(double live_a, double live_b) noexcept;
 
     pitch_detector detector;
     frame_tracker tracker;
@@ -206,6 +280,31 @@ private:
     double frame_min_period = engine::no_min_period;
     double frame_max_period = engine::no_max_period;
     int64_t input_pos = 0;
+    // Time control: the store position of the next source sample.
+    int64_t source_pos = 0;
+    bool time_map_on = false;
+    // The map in force: the exchange's newest, taken at each block's start;
+    // until one comes, a map without breakpoints, which plays every
+    // position where it lies.
+    Snapshot_Exchange<TimeMap> time_maps;
+    TimeMap no_edit_map;
+    const TimeMap* time_map = &no_edit_map;
+    AudioDataStore* store = nullptr;
+    // The store's status for the block; nonzero: it cannot be read.
+    uint32_t store_busy = 0;
+    std::atomic<bool> edit_hold{false};
+    bool edit_hold_seen = false;
+    // The source clock must be placed anew at the next block.
+    bool source_stale = true;
+    // No read has succeeded since the source clock was placed.
+    bool cueing = true;
+    sem_t* store_lock = nullptr;
+    // Most source samples entering at one output sample.
+    static constexpr int max_source_samples = 10;
+    double source_a[max_source_samples] = {};
+    double source_b[max_source_samples] = {};
+    std::atomic<int64_t> overrun_count{0};
+    std::atomic<int64_t> overrun_frame{-1};
     // Sample of the block being processed, for the MIDI queue.
     int64_t block_sample = 0;
 

@@ -27,6 +27,10 @@ constexpr double start_threshold = 0.0003;
 constexpr double output_limit = 0.9999;
 // Crossfade step of a read-out splice: 50 samples.
 constexpr double splice_step = 0.02;
+// The splice of the read-out while no period has been detected yet, when a
+// source that stands still or runs ahead (time control) moves the writer
+// away from the reader's fixed distance.
+constexpr double unvoiced_splice = 960.0;
 
 // Frame length in host samples while the effect has none set.
 constexpr double default_samples_per_frame = 200.0;

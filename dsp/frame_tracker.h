@@ -33,6 +33,7 @@ public:
     // While suspended the frames and the store are left alone: another
     // thread is replacing them.
     void set_suspended(bool on) noexcept { suspended = on; }
+    bool is_suspended() const noexcept { return suspended; }
     // The frame the clock stands in, and a break of the recorded run there.
     void set_frame_index(int64_t index) noexcept;
     int64_t get_frame_index() const noexcept { return frame_index; }

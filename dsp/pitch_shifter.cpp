@@ -88,14 +88,16 @@ int64_t pitch_shifter::read_out(bool bypass, int channels, double* sample) noexc
     const double writer = double(write_index);
     // The reader splices back once it passes its closest distance; resting
     // exactly there (a ratio of 1.0 from the start) it keeps the fixed delay.
+    // Before any period is known the splice is a fixed length.
+    const double splice = read_period > 0.0 ? read_period : engine::unvoiced_splice;
     if (read_pos > writer - double(engine::read_distance)) {
         old_read_pos = read_pos;
         splice_mix = 0.0;
-        read_pos -= read_period;
-    } else if (read_pos <= writer - 1.2 * read_period - double(engine::read_distance)) {
+        read_pos -= splice;
+    } else if (read_pos <= writer - 1.2 * splice - double(engine::read_distance)) {
         old_read_pos = read_pos;
         splice_mix = 0.0;
-        read_pos += read_period;
+        read_pos += splice;
     }
 
     for (int c = 0; c < channels; ++c) sample[c] = interpolate(read_ring[c], read_pos);

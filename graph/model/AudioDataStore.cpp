@@ -222,6 +222,8 @@ void AudioDataStore::fillReadBlock(int64_t blockStart, AudioRegion* r)
         if (b->region.load(std::memory_order_acquire) == r &&
             b->startPosition.load(std::memory_order_relaxed) == blockStart)
             return;
+    if (const int32_t delay = readDelay.load(std::memory_order_relaxed))
+        std::this_thread::sleep_for(std::chrono::microseconds(delay));
     uint64_t word = 0;
     if (!freeReadBlocks.pop(word)) return;
     AudioBlock* block = blockOf(word);
@@ -267,6 +269,7 @@ void AudioDataStore::forgetRecording() noexcept
     currentRun = nullptr;
     currentRegion = nullptr;
     currentReadBlock = nullptr;
+    aheadCount = 0;
     startOfRun = false;
     firstRegion.store(regionsUsed.load(std::memory_order_relaxed), std::memory_order_release);
     runEnd.store(0, std::memory_order_release);
@@ -378,10 +381,33 @@ AudioBlock* AudioDataStore::findReadBlock(AudioRegion* r, int64_t position) noex
     return nullptr;
 }
 
-void AudioDataStore::requestRead(int64_t blockStart, int32_t regionIndex) noexcept
+void AudioDataStore::askAhead(int64_t blockStart, int32_t regionIndex, bool ahead, bool further) noexcept
 {
-    if (blockStart == lastRequest) return;
-    if (readRequests.push(requestWord(blockStart, regionIndex))) lastRequest = blockStart;
+    aheadCount = 0;
+    if (ahead) aheadRequests[aheadCount++] = requestWord(blockStart + blockFrames, regionIndex);
+    if (further) aheadRequests[aheadCount++] = requestWord(blockStart + 2 * int64_t(blockFrames), regionIndex);
+    pushAhead();
+}
+
+void AudioDataStore::pushAhead() noexcept
+{
+    int32_t sent = 0;
+    while (sent < aheadCount && readRequests.push(aheadRequests[sent])) ++sent;
+    for (int32_t i = sent; i < aheadCount; ++i) aheadRequests[i - sent] = aheadRequests[i];
+    aheadCount -= sent;
+}
+
+void AudioDataStore::awaitReadBlock(int64_t position, int64_t blockStart, int32_t regionIndex) noexcept
+{
+    constexpr int tries = 10000;
+    for (int k = 0; k < tries; ++k) {
+        if (currentReadBlock == nullptr) {
+            currentReadBlock = findReadBlock(currentRegion, position);
+            if (currentReadBlock == nullptr) readRequests.push(requestWord(blockStart, regionIndex));
+        }
+        if (currentReadBlock != nullptr && currentReadBlock->pending.load(std::memory_order_acquire) == 0) return;
+        std::this_thread::sleep_for(std::chrono::microseconds(200));
+    }
 }
 
 int AudioDataStore::readSample(int64_t position, float& left, float* right) noexcept
@@ -408,10 +434,13 @@ int AudioDataStore::readSample(int64_t position, float& left, float* right) noex
         position >= currentReadBlock->endPosition.load(std::memory_order_relaxed)) {
         currentReadBlock = findReadBlock(currentRegion, position);
         AudioBlock* ahead = findReadBlock(currentRegion, blockStart + blockFrames);
-        // Blocks other than this one and the one ahead go back to the disk side.
+        AudioBlock* further = findReadBlock(currentRegion, blockStart + 2 * int64_t(blockFrames));
+        // Blocks other than this one and the two ahead go back to the disk
+        // side.
         for (auto& b : readBlocks) {
             AudioBlock* p = b.get();
-            if (p == currentReadBlock || p == ahead || p->region.load(std::memory_order_acquire) == nullptr ||
+            if (p == currentReadBlock || p == ahead || p == further ||
+                p->region.load(std::memory_order_acquire) == nullptr ||
                 p->pending.load(std::memory_order_acquire) != 0)
                 continue;
             p->region.store(nullptr, std::memory_order_relaxed);
@@ -419,14 +448,20 @@ int AudioDataStore::readSample(int64_t position, float& left, float* right) noex
             freeReadBlocks.push(blockWord(p));
         }
         // A missing block is asked for on every call until it comes: the
-        // disk side drops a request it has no free block for. The read-ahead
-        // is asked for once.
+        // disk side drops a request it has no free block for. The read-ahead,
+        // two blocks deep, is asked for once per block, and kept until the
+        // fifo has taken it.
         if (currentReadBlock == nullptr) {
+            aheadCount = 0;
             readRequests.push(requestWord(blockStart, regionIndex));
-        } else if (ahead == nullptr) {
-            requestRead(blockStart + blockFrames, regionIndex);
+        } else {
+            askAhead(blockStart, regionIndex, ahead == nullptr, further == nullptr);
         }
+    } else if (aheadCount != 0) {
+        pushAhead();
     }
+    if (offline && (currentReadBlock == nullptr || currentReadBlock->pending.load(std::memory_order_acquire) != 0))
+        awaitReadBlock(position, blockStart, regionIndex);
     if (currentReadBlock == nullptr) return readPending;
     if (currentReadBlock->pending.load(std::memory_order_acquire) != 0) return readPending;
     const size_t at = size_t(position - currentReadBlock->startPosition.load(std::memory_order_relaxed)) *
@@ -491,7 +526,7 @@ void AudioDataStore::reset()
     currentReadBlock = nullptr;
     currentWriteBlock = nullptr;
     currentRun = nullptr;
-    lastRequest = -1;
+    aheadCount = 0;
     startOfRun = false;
     writeFailed.store(false, std::memory_order_release);
     writePosition = 0;

@@ -163,8 +163,15 @@ public:
         return regions[size_t(i + firstRegion.load(std::memory_order_acquire))];
     }
     int64_t getRunEnd() const noexcept { return runEnd.load(std::memory_order_acquire); }
-    // Audio thread. Offline processing: writeSample waits for free blocks.
+    // Audio thread. Offline processing: writeSample waits for free blocks,
+    // and readSample for the block it reads (up to two seconds).
     void setOffline(bool on) noexcept { offline = on; }
+    // Any thread; tests only. The disk thread sleeps this long before it
+    // fills each read block, as a slow disk would.
+    void setReadDelayForTesting(int32_t microseconds) noexcept
+    {
+        readDelay.store(microseconds, std::memory_order_relaxed);
+    }
 
     // Status values.
     static constexpr int32_t statusFilesMissing = 1;
@@ -177,7 +184,15 @@ private:
     void fillReadBlock(int64_t blockStart, AudioRegion* r);
     bool handOn(AudioBlock* block) noexcept;
     AudioBlock* findReadBlock(AudioRegion* r, int64_t position) noexcept;
-    void requestRead(int64_t blockStart, int32_t regionIndex) noexcept;
+    // Read-ahead: the blocks after the one being read that are not in or
+    // asked for yet are kept as requests and pushed as the fifo takes them,
+    // at this read and the ones after it: a request the full fifo refused is
+    // not lost.
+    void askAhead(int64_t blockStart, int32_t regionIndex, bool ahead, bool further) noexcept;
+    void pushAhead() noexcept;
+    // Offline only: waits for the disk side to bring in the block holding
+    // `position`, asking again while it has no free block.
+    void awaitReadBlock(int64_t position, int64_t blockStart, int32_t regionIndex) noexcept;
     int32_t regionIndexOf(const AudioRegion* r) const noexcept;
     // The index of the newest region holding `position` among the first
     // `used`, or -1.
@@ -212,7 +227,8 @@ private:
     AudioRegion* currentRun = nullptr;
     int64_t writePosition = 0;
     int64_t runStart = 0;
-    int64_t lastRequest = -1;
+    uint64_t aheadRequests[2] = {0, 0};
+    int32_t aheadCount = 0;
     bool startOfRun = false;
     bool offline = false;
 
@@ -237,6 +253,7 @@ private:
     std::mutex diskMutex;
     std::condition_variable diskWake;
     std::atomic<bool> filesOpened{false};
+    std::atomic<int32_t> readDelay{0};
 };
 
 #include "graph/model/AudioDataStore_stream.h"
