@@ -5,7 +5,7 @@
 
 // What a host-less tool or a test may ask of the effect's Graph-mode data
 // through the module, beside the VST3 interfaces: the data folder of a run,
-// the tracked frames and the recorded audio.
+// the tracked frames, the recorded audio and its time edits.
 //
 // Threads: the interface thread. readTrackedSample only while processing is
 // inactive: it is the store's one reader then, as the audio thread is while
@@ -40,6 +40,25 @@ public:
     // The store's status (0 usable, 1 files missing); overrun and write
     // failure of the last run.
     virtual Steinberg::int32 PLUGIN_API getStoreStatus(Steinberg::TBool* overrun, Steinberg::TBool* writeFailed) = 0;
+
+    // Time control; positions are store positions (engine samples). Moves
+    // the point of the recorded take at `fromPosition` so that it sounds at
+    // `toPosition`, stretching the take before it and compressing after it
+    // or the other way round: a new step of the time history, which the
+    // engine plays from its next block. kResultFalse, with nothing changed,
+    // when nothing is recorded or a limit refuses the move; `limitCode`
+    // (may be null) then says which: 0 nothing recorded or a point outside
+    // the take, 1 the compression limit, 2 the stretch limit.
+    virtual Steinberg::tresult PLUGIN_API moveTimePoint(double fromPosition, double toPosition,
+                                                        Steinberg::int32* limitCode) = 0;
+    // The output position at which source position `position` sounds by the
+    // time map in force (the position itself without one).
+    virtual double PLUGIN_API mapTimePosition(double position) = 0;
+    // Output samples of the time-warped playback that could not be read
+    // from the data files in time and played silent, counted since the
+    // instance was made; `lastFrame` (may be null) gets the frame of the
+    // output clock at the last of them, -1 before any.
+    virtual Steinberg::int64 PLUGIN_API getPlaybackOverruns(Steinberg::int64* lastFrame) = 0;
 
     static const Steinberg::FUID iid;
 };

@@ -38,6 +38,7 @@ void Corvane_SingleComponentEffect::attachObjects()
     const double rate = processSetup.sampleRate > 0.0 ? processSetup.sampleRate : 44100.0;
     objectEditor.setRates(rate, double(getSamplesPerFrame()));
     objectEditor.getHistory().setMaxUndos(maxUndos);
+    timeHistory.setMaxSteps(maxUndos);
     graphObjectEditor = &objectEditor;
     graphObjectSettings = [this] { return newObjectSettings(); };
 }

@@ -14,9 +14,8 @@
 //      list, then per step a byte (1: a list follows, 0: none) and the
 //      list; int32 current index (lists as ObjectRecord_stream.h writes them)
 //   8. the time history: uint32 step count, then per step a uint32 pair
-//      count and float pairs, int32 current index
-// Until the time history exists, section 8 is written empty, and read when
-// it is.
+//      count and float pairs (source, target), int32 current index; the
+//      old stream holds the same form
 
 #include <cstring>
 #include <thread>
@@ -66,22 +65,6 @@ bool skipBytes(IBStreamer& streamer, uint32 count)
     return streamer.skip(count);
 }
 
-// The time history; its steps are kept by the time map once it exists.
-bool readTimeHistory(IBStreamer& streamer)
-{
-    uint32 steps = 0;
-    if (!streamer.readInt32u(steps)) return false;
-    for (uint32 s = 0; s < steps; ++s) {
-        uint32 pairs = 0;
-        if (!streamer.readInt32u(pairs)) return false;
-        for (uint32 p = 0; p < pairs; ++p) {
-            if (!skipBytes(streamer, 8)) return false;
-        }
-    }
-    int32 current = 0;
-    return streamer.readInt32(current);
-}
-
 bool writeObjectList(Byte_Writer& out, const ObjectList& list) { return objectStream::writeList(out, list); }
 bool readObjectList(Byte_Reader& in, ObjectList& list) { return objectStream::readList(in, list); }
 bool readOlderObjectList(Byte_Reader& in, uint32_t bytes, ObjectList& list)
@@ -113,8 +96,7 @@ bool Corvane_SingleComponentEffect::writeState(IBStreamer& streamer)
     if (audioStore ? !audioStore->writeStore(writer) : !streamer.writeInt32u(0)) return false;
     if (!scaleState.write(writer)) return false;
     if (!objectEditor.getHistory().write(writer, writeObjectList)) return false;
-    // The time history, empty.
-    return streamer.writeInt32u(0) && streamer.writeInt32(-1);
+    return timeHistory.write(writer);
 }
 
 bool Corvane_SingleComponentEffect::writeSettings(IBStreamer& streamer)
@@ -212,6 +194,7 @@ void Corvane_SingleComponentEffect::setMaxUndos(int32 count)
 {
     if (count < 1) return;
     maxUndos = objectEditor.getHistory().setMaxUndos(count > 20 ? 20 : count);
+    timeHistory.setMaxSteps(maxUndos);
 }
 
 void Corvane_SingleComponentEffect::refreshAfterState()
@@ -222,8 +205,9 @@ void Corvane_SingleComponentEffect::refreshAfterState()
     pushScaleFromParameters();
     scaleMarksChanged();
     // The frames play what the object list in force says, from the next
-    // frame on.
+    // frame on, and the engine reads the take through the time map in force.
     objectEditor.applyAll();
+    publishTimeMap();
     // Views that show restored values; while no editor is open the registry
     // is empty and only the key names' spelling goes out.
     editorPresenter.showRestoredState();
@@ -271,7 +255,7 @@ bool Corvane_SingleComponentEffect::readCurrentStream(IBStreamer& streamer, int3
         return false;
     pushScaleFromParameters();
     Streamer_Reader reader(streamer);
-    return objectEditor.getHistory().read(reader, readObjectList) && readTimeHistory(streamer);
+    return objectEditor.getHistory().read(reader, readObjectList) && timeHistory.read(reader);
 }
 
 bool Corvane_SingleComponentEffect::readOldStream(IBStreamer& streamer)
@@ -288,7 +272,7 @@ bool Corvane_SingleComponentEffect::readOldStream(IBStreamer& streamer)
     if (!readScaleSection(streamer)) return false;
     pushScaleFromParameters();
     Streamer_Reader reader(streamer);
-    return objectEditor.getHistory().readOlder(reader, readOlderObjectList) && readTimeHistory(streamer) &&
+    return objectEditor.getHistory().readOlder(reader, readOlderObjectList) && timeHistory.read(reader) &&
            readTrackedFrames(streamer, TrackedFrame::olderStreamBytes) && readGraphPlacement(streamer, false) &&
            readTrackedStore(streamer);
 }

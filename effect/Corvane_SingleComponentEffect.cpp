@@ -26,9 +26,17 @@ constexpr int64_t silenceTail = 2048;
 
 Steinberg::int32 Corvane_SingleComponentEffect::knobMode = 0;
 
-Corvane_SingleComponentEffect::Corvane_SingleComponentEffect() = default;
+Corvane_SingleComponentEffect::Corvane_SingleComponentEffect()
+{
+    storeSemaphoreReady = sem_init(&storeSemaphore, 0, 1) == 0;
+    dspObject.set_store_lock(storeSemaphoreReady ? &storeSemaphore : nullptr);
+}
 
-Corvane_SingleComponentEffect::~Corvane_SingleComponentEffect() = default;
+Corvane_SingleComponentEffect::~Corvane_SingleComponentEffect()
+{
+    dspObject.set_store_lock(nullptr);
+    if (storeSemaphoreReady) sem_destroy(&storeSemaphore);
+}
 
 FUnknown* Corvane_SingleComponentEffect::createInstance(void* /*context*/)
 {
@@ -125,8 +133,12 @@ void Corvane_SingleComponentEffect::putParameter(ParamID id, double plain)
 
 void Corvane_SingleComponentEffect::parameterChanged(Parameter* parameter)
 {
-    if (parameter != nullptr)
-        objectCommand(parameter->getInfo().id, parameter->toPlain(parameter->getNormalized()));
+    if (parameter != nullptr) {
+        const ParamID id = parameter->getInfo().id;
+        const double plain = parameter->toPlain(parameter->getNormalized());
+        objectCommand(id, plain);
+        timeCommand(id, plain);
+    }
     editorPresenter.parameterChanged(parameter);
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <semaphore.h>
+
 #include <atomic>
 #include <cstdint>
 #include <memory>
@@ -14,7 +16,9 @@
 #include "effect/Corvane_Parameters.h"
 #include "graph/model/AudioDataStore.h"
 #include "graph/model/ObjectEditor.h"
+#include "graph/model/TimeHistory.h"
 #include "graph/model/TrackedFrameArray.h"
+#include "graph/views/Corvane_TimeEditTarget.h"
 #include "options/Corvane_FolderDlg.h"
 #include "options/Corvane_OptionsDlgData.h"
 #include "panel/Corvane_EditorPresenter.h"
@@ -28,7 +32,8 @@ class Corvane_SingleComponentEffect : public VST3_SingleComponentEffect,
                                       public VST3_EditorOwner,
                                       public Corvane_EffectAccess,
                                       public Corvane_DataFolderStore,
-                                      public ICorvaneTrackedData {
+                                      public ICorvaneTrackedData,
+                                      public Corvane_TimeEditTarget {
 public:
     Corvane_SingleComponentEffect();
     ~Corvane_SingleComponentEffect() override;
@@ -66,6 +71,17 @@ public:
     // true when the objects changed.
     bool objectCommand(ParamID id, double plain);
     const ObjectEditor& getObjectEditor() const { return objectEditor; }
+    // Interface thread. The time command of parameter `id` at `plain`
+    // ("Time Undo", "Time Redo", "Time Clear All"; buttons act on 1.0 only,
+    // and "Clear All Data" forgets the time edits with the take); true when
+    // the map in force changed.
+    bool timeCommand(ParamID id, double plain);
+    // Interface thread. The time history, and whether its buttons can act:
+    // the enabled states of "Time Undo", "Time Redo" and "Time Clear All".
+    const TimeHistory& getTimeHistory() const { return timeHistory; }
+    bool canTimeUndo() const;
+    bool canTimeRedo() const;
+    bool canTimeClearAll() const;
     // Audio thread. Notes on and off in the MIDI modes of Auto mode.
     void processEvents(Steinberg::Vst::IEventList* events) noexcept override;
     Steinberg::int32 getMidiScaleMode() const override { return midiScaleMode.load(std::memory_order_relaxed); }
@@ -183,6 +199,15 @@ public:
     Steinberg::int32 PLUGIN_API readTrackedSample(Steinberg::int64 position, float* left, float* right) SMTG_OVERRIDE;
     Steinberg::int32 PLUGIN_API getStoreChannels() SMTG_OVERRIDE;
     Steinberg::int32 PLUGIN_API getStoreStatus(Steinberg::TBool* overrun, Steinberg::TBool* writeFailed) SMTG_OVERRIDE;
+    // Time control (Corvane_Time.cpp).
+    //--- Corvane_TimeEditTarget: the graph views' time edits.
+    const TimeMap* mapInForce() override;
+    double samplesPerFrameScale() override;
+    void previewMap(const TimeMap& map) override;
+    void commitMap(const TimeMap& map) override;
+    tresult PLUGIN_API moveTimePoint(double fromPosition, double toPosition, Steinberg::int32* limitCode) SMTG_OVERRIDE;
+    double PLUGIN_API mapTimePosition(double position) SMTG_OVERRIDE;
+    Steinberg::int64 PLUGIN_API getPlaybackOverruns(Steinberg::int64* lastFrame) SMTG_OVERRIDE;
 
     // The folder that holds the session folders when no other is chosen:
     // $XDG_DATA_HOME (else ~/.local/share), then the maker's folder and the
@@ -268,6 +293,13 @@ protected:
     double plainOf(ParamID id);
     // Interface thread. The object pass follows the frames and their rate.
     void attachObjects();
+    // Interface thread. The map in force (or `preview`, when given) to the
+    // engine, which takes it at its next block.
+    void publishTimeMap(const TimeMap* preview = nullptr);
+    // Interface thread. The map in force over the recorded take: the
+    // identity while no edit is in force; the history's map as it is (maybe
+    // empty) when nothing is recorded.
+    TimeMap timeMapInForce() const;
 
     DT_DSPObject dspObject;
     int64_t samplesPerFrame = 0;
@@ -363,6 +395,17 @@ protected:
     // thread; the pass writes the frames' correction words that the engine
     // plays.
     ObjectEditor objectEditor;
+
+    // The finished time maps, edited on the interface thread; each change
+    // of the map in force goes to the engine as a new snapshot. The
+    // semaphore is held by the interface thread while it hands a map over;
+    // the engine takes it by try-wait only.
+    TimeHistory timeHistory;
+    // The map the engine was last given: the history's in force, or a
+    // drag's preview.
+    TimeMap timePlayed;
+    sem_t storeSemaphore;
+    bool storeSemaphoreReady = false;
 
     // The editor's presenter, for the effect's whole life; it reaches the
     // effect only through Corvane_EffectAccess.
