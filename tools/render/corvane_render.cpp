@@ -96,6 +96,15 @@ const char* const kUsage =
     "                         write the audio recorded by \"Track Pitch and\n"
     "                         Time\" back out of the data files (32-bit float,\n"
     "                         at the engine's rate, from store position 0)\n"
+    "  --time-move FROM_S:TO_S\n"
+    "                         move the point of the recorded take at FROM_S\n"
+    "                         seconds so that it sounds at TO_S seconds (the\n"
+    "                         take before it stretched or compressed to fit,\n"
+    "                         the rest shifted), after --load-state, the --set\n"
+    "                         values and --press; may be repeated, taken in\n"
+    "                         order; turns \"Enable Time Warping\" on, and the\n"
+    "                         render then plays the take from its data files,\n"
+    "                         the input padded with silence to the take's end\n"
     "  --data-folder DIR      keep this run's data files in a session folder\n"
     "                         under DIR (default: $XDG_DATA_HOME, else\n"
     "                         ~/.local/share, then the maker's and the\n"
@@ -114,6 +123,8 @@ struct Options {
     std::string plugin = CORVANE_DEFAULT_BUNDLE;
     std::vector<std::string> settings;
     std::vector<std::string> presses;
+    // Seconds of the take: from, to.
+    std::vector<std::pair<double, double>> timeMoves;
     std::string framesCsv;
     std::string exportTracked;
     std::string dataFolder;
@@ -175,6 +186,14 @@ Options parse(int argc, char** argv)
             o.framesCsv = value();
         } else if (arg == "--export-tracked-audio") {
             o.exportTracked = value();
+        } else if (arg == "--time-move") {
+            const std::string text = value();
+            const size_t colon = text.find(':');
+            double from = 0.0, to = 0.0;
+            if (colon == std::string::npos || !cli::parse_number(text.substr(0, colon), from) ||
+                !cli::parse_number(text.substr(colon + 1), to) || !(from >= 0.0) || !(to >= 0.0))
+                fail("--time-move takes FROM_S:TO_S, two times in seconds of the take, such as 1.5:2.25");
+            o.timeMoves.emplace_back(from, to);
         } else if (arg == "--data-folder") {
             o.dataFolder = value();
         } else if (arg == "--load-state") {
@@ -421,6 +440,45 @@ Audio export_tracked(ICorvaneTrackedData& data, int channels, double hostRate)
     return audio;
 }
 
+std::string seconds_text(double seconds)
+{
+    char text[32];
+    std::snprintf(text, sizeof text, "%g", seconds);
+    return text;
+}
+
+// The moves of --time-move on the take in force, then "Enable Time
+// Warping" on; the input grows with silence to the end of the moved take,
+// so that the render plays it whole.
+void apply_time_moves(hostlib::Instance& instance, ICorvaneTrackedData& data,
+                      const std::vector<std::pair<double, double>>& moves, double hostRate, Audio& input)
+{
+    if (data.getRegionCount() == 0)
+        fail("--time-move needs a take recorded with \"Track Pitch and Time\": this state holds no recorded audio");
+    if (data.getStoreStatus(nullptr, nullptr) != 0)
+        fail("--time-move needs the take's data files, which cannot be found (see --data-folder)");
+    const double engineRate = hostRate / double(data.getDecimationFactor());
+    Steinberg::int64 takeEnd = 0;
+    for (Steinberg::int32 r = 0; r < data.getRegionCount(); ++r) {
+        Steinberg::int64 start = 0, end = 0;
+        if (data.getRegion(r, &start, &end, nullptr) == Steinberg::kResultOk) takeEnd = std::max(takeEnd, end);
+    }
+    for (const auto& [from, to] : moves) {
+        Steinberg::int32 limit = 0;
+        const std::string what = "--time-move " + seconds_text(from) + ":" + seconds_text(to);
+        if (data.moveTimePoint(from * engineRate, to * engineRate, &limit) == Steinberg::kResultOk) continue;
+        if (limit == 2) fail(what + " is refused: it stretches the take past the stretch limit");
+        if (limit == 1) fail(what + " is refused: it compresses the take past the compression limit");
+        fail(what + " is refused: " + seconds_text(from) + " s lies outside the recorded take (" +
+             seconds_text(double(takeEnd) / engineRate) + " s long)");
+    }
+    data.clickControl(corvane::kEnableTimeWarping, instance.normalized_of(corvane::kEnableTimeWarping, 1.0));
+    const double end = data.mapTimePosition(double(takeEnd)) / engineRate;
+    const size_t frames = size_t(std::ceil(end * hostRate - 1e-6));
+    for (auto& channel : input.channels)
+        if (channel.size() < frames) channel.resize(frames, 0.0f);
+}
+
 int run(int argc, char** argv)
 {
     const Options options = parse(argc, argv);
@@ -487,6 +545,7 @@ int run(int argc, char** argv)
     // on the mode's control.
     tracked->clickControl(corvane::kCorrectionMode, instance->normalized(corvane::kCorrectionMode));
     for (const auto& title : options.presses) press(*instance, *tracked, title);
+    if (!options.timeMoves.empty()) apply_time_moves(*instance, *tracked, options.timeMoves, rate, input);
     if (!instance->activate(true)) fail("the plug-in failed to activate at a sample rate of " + rateText);
 
     Audio rendered;
@@ -513,6 +572,15 @@ int run(int argc, char** argv)
     if (exported != kNone) write_wav(files, exported, export_tracked(*tracked, channels, rate));
     files.commit();
 
+    if (!options.timeMoves.empty()) {
+        Steinberg::int64 lastFrame = -1;
+        const Steinberg::int64 overruns = tracked->getPlaybackOverruns(&lastFrame);
+        if (overruns == 0)
+            std::printf("time-warped playback: every sample read from the data files in time\n");
+        else
+            std::printf("time-warped playback: %lld samples not read in time played silent, the last at frame %lld\n",
+                        static_cast<long long>(overruns), static_cast<long long>(lastFrame));
+    }
     const double audioSeconds = double(input.frames()) / rate;
     std::printf("latency: %u samples (%.2f ms)\n", latency, 1000.0 * latency / rate);
     if (audioSeconds > 0.0 && wallSeconds > 0.0)
