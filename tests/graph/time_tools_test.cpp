@@ -265,11 +265,22 @@ TEST(TimeTools, TheCursorSaysWhatADragWouldDoAndNothingActsWithoutTimeControl)
 // A map that plays source frames from 100 on 50 frames later (frames 0..100
 // stretched 1.5 times): the phrase at 1100 cents, frames 200..249, is drawn
 // at columns 250..299 of the graph and of the strip's upper lane, while the
-// strip's lower lane keeps it at 200..249; off, both are where tracked.
-TEST(TimeTools, ThePitchAndTheEnvelopeAreDrawnThroughTheMap)
+// strip's lower lane keeps it at 200..249; a note over frames 300..340 at
+// 700 cents (rows 138..162, the output curve on row 150) has its start
+// edge at column 350, where the pointer finds it. Off, everything is where
+// tracked.
+TEST(TimeTools, ThePitchObjectsAndEnvelopeAreDrawnThroughTheMap)
 {
     Graph g;
     g.owner.shown = *TimeMap::fromBreakpoints({0, 100 * scale, 2000 * scale}, {0, 150 * scale, 2050 * scale});
+    ObjectList note;
+    note.records.resize(2);
+    note.records[0].kind = KindNote;
+    note.records[1].kind = KindEnd;
+    note.records[0].position = 300;
+    note.records[1].position = 340;
+    note.records[0].pitch = note.records[1].pitch = 700;
+    g.editor.commit(std::move(note));
     const uint32_t red = 0xff0000, wave = 0x507070;
     for (bool on : {true, false}) {
         g.view.setTimeControlOn(on);
@@ -278,6 +289,15 @@ TEST(TimeTools, ThePitchAndTheEnvelopeAreDrawnThroughTheMap)
         const int mapped = 280, tracked = 230;
         EXPECT_EQ(near(pixelOf(g.view.getOffscreen(), mapped, 50), red), on) << on;
         EXPECT_EQ(near(pixelOf(g.view.getOffscreen(), tracked, 50), red), !on) << on;
+        const int edge = on ? 350 : 300, elsewhere = on ? 300 : 350;
+        // The edge's dark blue, smoothed over two columns, against the
+        // note's pale fill and the white ground: red well below either.
+        auto dark = [&](int x) { return (pixelOf(g.view.getOffscreen(), x, 145) >> 16) < 0xa0; };
+        EXPECT_TRUE(dark(edge) && dark(edge + 1)) << on;
+        EXPECT_FALSE(dark(elsewhere) || dark(elsewhere + 1)) << on;
+        size_t index = 9;
+        EXPECT_EQ(g.view.hitTest(g.editor.currentList(), edge + 1, 150, index), Corvane_MainGraphView::hitNoteStart);
+        EXPECT_EQ(g.view.hitTest(g.editor.currentList(), elsewhere + 1, 150, index), Corvane_MainGraphView::hitNone);
         // Upper lane: rows 10 +- 4; lower lane: 30 +- 4; one lane: 20 +- 8.
         COffscreenContext* strip = g.strip.getOffscreen();
         if (on) {
