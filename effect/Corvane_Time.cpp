@@ -109,7 +109,10 @@ tresult PLUGIN_API Corvane_SingleComponentEffect::moveTimePoint(double fromPosit
                                                                 int32* limitCode)
 {
     if (limitCode) *limitCode = timeLimits::noLimit;
-    const TimeMap base = timeMapInForce();
+    // A map of held points only plays as the identity, but its points anchor
+    // the moves after it.
+    const TimeMap& current = timeHistory.currentMap();
+    const TimeMap base = current.getPointCount() > 2 && current.isIdentity() ? current : timeMapInForce();
     if (base.getPointCount() < 2) return kResultFalse;
     int limit = timeLimits::noLimit;
     const TimeMap moved = movePoint(base, fromPosition, toPosition, &limit);

@@ -43,13 +43,13 @@ std::vector<float> phrase()
                         2.6);
 }
 
-// The third note's onset in `y` (latency removed), seconds: the first
-// place after 1.6 s where a 2 ms RMS passes 0.02 after 50 ms below it.
-double thirdOnset(const std::vector<float>& y)
+// The first onset in `y` (latency removed) after `from` seconds: where a
+// 2 ms RMS passes 0.02 after 50 ms below it.
+double onsetAfter(const std::vector<float>& y, double from)
 {
     const size_t w = size_t(0.002 * rate);
     size_t quiet = 0;
-    for (size_t i = latency + size_t(1.6 * rate); i + w <= y.size(); i += w) {
+    for (size_t i = latency + size_t(from * rate); i + w <= y.size(); i += w) {
         if (test_signals::rms(y, i, w) < 0.02) {
             quiet += w;
         } else {
@@ -59,6 +59,10 @@ double thirdOnset(const std::vector<float>& y)
     }
     return -1.0;
 }
+
+// The second and the third note's onsets.
+double secondOnset(const std::vector<float>& y) { return onsetAfter(y, 0.85); }
+double thirdOnset(const std::vector<float>& y) { return onsetAfter(y, 1.6); }
 
 class TimeModule : public Built_Module_Test {
 protected:
@@ -133,21 +137,25 @@ TEST_F(TimeModule, WithoutAnEditTheFilesPlayAsTheirAudioPlaysLive)
 
 // Moves as the command line makes them: 0.9 s held, then 1.7 s moved to
 // 2.1 s, stretching 0.9..1.7 s by 1.5 and shifting the rest by 0.4 s. The
-// third note sounds that much later (within 10 ms, as the engine's own tests
-// measure). Time Undo, Redo, Clear All and an undo across Clear All put the
-// maps back in force, each played from the next render.
+// second note starts 1.5 times as far from 0.9 s, the third sounds 0.4 s
+// later (within 10 ms, as the engine's own tests measure). Time Undo, Redo,
+// Clear All and an undo across Clear All put the maps back in force, each
+// played from the next render.
 TEST_F(TimeModule, MovedPointsStretchTheTakeAndTheTimeButtonsStepThroughTheMaps)
 {
     const auto take = phrase();
     auto instance = recorded(take);
     ASSERT_TRUE(instance);
-    const double plain = thirdOnset(render(*instance, true, 3.2));
+    const auto unedited = render(*instance, true, 3.2);
+    const double plain = thirdOnset(unedited), second = secondOnset(unedited);
     ASSERT_GT(plain, 1.79);
+    ASSERT_GT(second, 0.99);
     int32 limit = -1;
     ASSERT_EQ(data->moveTimePoint(0.9 * rate, 0.9 * rate, &limit), kResultOk);
     ASSERT_EQ(data->moveTimePoint(1.7 * rate, 2.1 * rate, &limit), kResultOk);
     EXPECT_EQ(limit, 0);
     EXPECT_NEAR(data->mapTimePosition(1.8 * rate), 2.2 * rate, 1e-6);
+    EXPECT_NEAR(secondOnset(render(*instance, true, 3.2)), 0.9 + 1.5 * (second - 0.9), 0.010);
     const struct {
         Vst::ParamID press;
         double shift; // seconds
