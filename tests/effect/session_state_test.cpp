@@ -3,7 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <memory>
 #include <string>
 #include <initializer_list>
@@ -11,6 +13,7 @@
 
 #include "hostlib/Plugin_Host.h"
 #include "support/built_module.h"
+#include "support/tracked_data.h"
 
 using namespace Steinberg;
 using namespace Steinberg::Vst;
@@ -35,6 +38,12 @@ struct Stream {
     {
         for (char c : s) bytes.push_back(c);
         return *this;
+    }
+    Stream& f32(float v)
+    {
+        uint32_t u = 0;
+        std::memcpy(&u, &v, 4);
+        return i32(int32_t(u));
     }
     Stream& zeros(size_t n)
     {
@@ -185,4 +194,87 @@ TEST_F(SessionState, OnlyAWholeStreamIsAGoodState)
         }
     }
     // Flipped bytes: Robustness.EveryCutOrFlippedSessionLeavesParametersAndEngineAgreeing.
+}
+
+// An old stream with something in every item: a key of a scale marked, an
+// object history holding a note, a time history holding a stretch, tracked
+// frames in the older form, the graph's placement. Each comes back in its
+// place: the note plays over its frames, the map places a source position,
+// the frames keep their beat and MIDI note, and the current stream written
+// after holds the mark and the placement.
+TEST_F(SessionState, OldStreamWithEveryItemOpensWithEachInPlace)
+{
+    Stream s;
+    s.raw("VstW").zeros(212).i32(8).i32(0).i32(0);
+    int32_t w[42] = {};
+    w[0] = 2;
+    w[3] = 20;
+    w[27] = 1;  // Graph mode
+    for (int32_t v : w) s.i32(v);
+    // Scale marks: rows untouched; key 40 of scale 3 bypassed.
+    s.i16(29);
+    for (int k = 0; k < 58; ++k) s.i16(0);
+    s.i16(29);
+    for (int scale = 0; scale < 29; ++scale) {
+        if (scale != 3) {
+            s.i16(0).i16(0);
+            continue;
+        }
+        s.i16(78);
+        for (int key = 0; key < 78; ++key) s.i16(key == 40 ? 1 : 0);
+        s.i16(0);
+    }
+    // Object history, older form: one list, a note of 1000 cents over
+    // frames 10..40 (records of 32 bytes), no further step.
+    const auto record = [&](int32_t position, int16_t pitch, int32_t kind) {
+        s.i32(position).i16(pitch).zeros(2).f32(0.0f).f32(0.0f).f32(1.0f).zeros(4).i32(kind).zeros(4);
+    };
+    s.i32(1).i32(64);
+    record(10, 1000, 6);
+    record(40, 1000, 4);
+    s.i32(-1);
+    // Time history: one step stretching source 0..48000 by 1.5, the rest
+    // shifted.
+    s.i32(1).i32(3).f32(0.0f).f32(0.0f).f32(48000.0f).f32(72000.0f).f32(96000.0f).f32(120000.0f).i32(0);
+    // 60 voiced frames, older form (56 bytes); frame 5 holds beat 2 of bar
+    // 3 and MIDI note 60.
+    s.i32(60 * 56);
+    for (int i = 0; i < 60; ++i) {
+        s.f32(-0.5f).f32(0.5f).f32(200.0f).f32(200.0f).i32(900).i32(900);
+        s.f32(0.0f).f32(0.0f).f32(1.0f).f32(0.0f).f32(0.0f);
+        s.i32(i == 5 ? 60 : -128).i32(i == 5 ? 3 : 0).i32(i == 5 ? 2 : 0);
+    }
+    s.i32(3).i32(4).i32(5).i32(6);  // graph placement
+    s.i32(0);                       // no store
+
+    auto instance = create();
+    ASSERT_TRUE(instance);
+    ASSERT_TRUE(instance->set_state(s.bytes));
+    ICorvaneTrackedData* data = test_tracking::trackedData(*instance);
+    ASSERT_NE(data, nullptr);
+    ASSERT_EQ(data->getTrackedFrameCount(), 60);
+    TrackedFrame f;
+    ASSERT_EQ(data->getTrackedFrame(5, &f), kResultOk);
+    EXPECT_EQ(f.bar, 3);
+    EXPECT_EQ(f.beat, 2);
+    EXPECT_EQ(f.midiNote, 60);
+    ASSERT_EQ(data->getTrackedFrame(25, &f), kResultOk);
+    EXPECT_GT(f.outputPeriod, 0.0f) << "the note plays over its frames";
+    ASSERT_EQ(data->getTrackedFrame(50, &f), kResultOk);
+    EXPECT_EQ(f.outputPeriod, 0.0f);
+    EXPECT_DOUBLE_EQ(data->mapTimePosition(24000.0), 36000.0);
+    EXPECT_DOUBLE_EQ(data->mapTimePosition(72000.0), 96000.0);
+
+    std::vector<char> saved;
+    ASSERT_TRUE(instance->get_state(saved));
+    Stream marks;
+    marks.i16(78);
+    for (int key = 0; key < 78; ++key) marks.i16(key == 40 ? 1 : 0);
+    EXPECT_NE(std::search(saved.begin(), saved.end(), marks.bytes.begin(), marks.bytes.end()), saved.end());
+    // Version, the parameters, the settings (18 bytes), then the placement.
+    Stream placement;
+    placement.i32(0).i32(3).i32(0).i32(4).i16(5).i16(6);
+    const size_t at = 8 + 12 * size_t(uint8_t(saved[7]) | uint8_t(saved[6]) << 8) + 18;
+    ASSERT_GE(saved.size(), at + placement.bytes.size());
+    EXPECT_TRUE(std::equal(placement.bytes.begin(), placement.bytes.end(), saved.begin() + long(at)));
 }
