@@ -49,25 +49,44 @@ struct Take {
         effect->clickControl(corvane::kCorrectionMode, 1.0);
         effect->clickControl(corvane::kTrackPitchAndTime, 1.0);
         for (int i = 0; i < int(rate); ++i) x.push_back(float(0.3 * std::sin(2 * M_PI * 220.0 * i / rate)));
-        std::vector<float> out(512);
-        for (size_t pos = 0; pos < x.size(); pos += 512) {
-            float* in[1] = {x.data() + pos};
-            float* o[1] = {out.data()};
+        run(x);
+        // Deactivation ends the run: its last block goes to the disk.
+        effect->setActive(false);
+        effect->waitForDisk();
+    }
+    // Processes `in` offline from the start of the timeline; the output.
+    std::vector<float> run(std::vector<float> in)
+    {
+        std::vector<float> y(in.size());
+        for (size_t pos = 0; pos < in.size(); pos += 512) {
+            float* i[1] = {in.data() + pos};
+            float* o[1] = {y.data() + pos};
             Vst::AudioBusBuffers inBus{}, outBus{};
             inBus.numChannels = outBus.numChannels = 1;
-            inBus.channelBuffers32 = in;
+            inBus.channelBuffers32 = i;
             outBus.channelBuffers32 = o;
             Vst::ProcessData data{};
             data.processMode = Vst::kOffline;
-            data.numSamples = int32(std::min<size_t>(512, x.size() - pos));
+            data.numSamples = int32(std::min<size_t>(512, in.size() - pos));
             data.numInputs = data.numOutputs = 1;
             data.inputs = &inBus;
             data.outputs = &outBus;
             effect->process(data);
         }
-        // Deactivation ends the run: its last block goes to the disk.
+        return y;
+    }
+    // The level of the take played back from its data files with time
+    // warping on, over silent input: RMS of its middle half second.
+    double playedLevel()
+    {
+        effect->clickControl(corvane::kTrackPitchAndTime, 0.0);
+        effect->clickControl(corvane::kEnableTimeWarping, 1.0);
+        effect->setActive(true);
+        const std::vector<float> y = run(std::vector<float>(size_t(rate), 0.0f));
         effect->setActive(false);
-        effect->waitForDisk();
+        double sum = 0.0;
+        for (size_t i = size_t(rate / 4); i < size_t(3 * rate / 4); ++i) sum += double(y[i]) * y[i];
+        return std::sqrt(sum / (rate / 2));
     }
     ~Take()
     {
@@ -229,6 +248,7 @@ TEST(DataFolder, ASessionWhoseFolderMovedIsFoundAgainOrStartsOver)
     ScriptedPlatform user;
     user.alertAnswer = true;
     user.folders = {scratch + "/elsewhere", moved};
+    EXPECT_LT(reopened.playedLevel(), 0.001) << "files missing: silence";
     EXPECT_EQ(reopened.act(user, A::kFind), -1);
     EXPECT_EQ(titles(user), Titles{"Error opening files"});
     EXPECT_EQ(reopened.folder(), folder);
@@ -237,6 +257,7 @@ TEST(DataFolder, ASessionWhoseFolderMovedIsFoundAgainOrStartsOver)
     EXPECT_EQ(titles(user), Titles{"Data files found"});
     EXPECT_FALSE(reopened.effect->dataFilesMissing());
     EXPECT_EQ(reopened.mismatches(), 0);
+    EXPECT_NEAR(reopened.playedLevel(), 0.3 / std::sqrt(2.0), 0.02) << "found: the take plays";
 
     // Starting over instead: the take is dropped and a new folder is made
     // where the user says.
