@@ -21,6 +21,7 @@
 #include "graph/views/Corvane_EnvelopeGraphView.h"
 #include "graph/views/Corvane_KeyboardGraphView.h"
 #include "graph/views/Corvane_MainGraphView.h"
+#include "graph/views/Corvane_TimeEditTarget.h"
 #include "options/Corvane_FolderDlg.h"
 #include "options/Corvane_Hints.h"
 #include "options/Corvane_OptionsDlg.h"
@@ -241,6 +242,12 @@ void Corvane_EditorPresenter::showPitchGraph()
             envelope->setLinkedToMain(tie->toPlain(tie->getNormalized()) == 1.0);
     }
     if (auto* keyboard = viewRegistry.keyboardGraphView) keyboard->setMainView(graph);
+    // The effect owns the time history and plays the map; the time tools
+    // edit it through the effect's time edit target, and the graph and the
+    // strip draw the take through it while "Enable Time Warping" is on.
+    graph->setTimeEditing(dynamic_cast<Corvane_TimeEditTarget*>(&effect));
+    if (auto* warp = effect.panelParameter(corvane::kEnableTimeWarping))
+        graph->setTimeControlOn(warp->toPlain(warp->getNormalized()) == 1.0);
     showGraphNoteNames();
     // A take already tracked opens with the pitches sung in the first view
     // in sight: their middle at the middle of the graph.
@@ -637,6 +644,15 @@ void Corvane_EditorPresenter::parameterChanged(Parameter* parameter)
         break;
     case corvane::kShowLanes:
         showGraphNoteNames();
+        break;
+    case corvane::kEnableTimeWarping:
+        if (viewRegistry.mainGraphView) viewRegistry.mainGraphView->setTimeControlOn(press);
+        break;
+    case corvane::kTimeUndo:
+    case corvane::kTimeRedo:
+    case corvane::kTimeClearAll:
+        // The effect changed the map in force before this dispatch.
+        if (viewRegistry.mainGraphView) viewRegistry.mainGraphView->timeMapChanged();
         break;
     case corvane::kMakeNotes:
     case corvane::kMakeCurves:
