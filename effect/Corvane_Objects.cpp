@@ -40,6 +40,7 @@ void Corvane_SingleComponentEffect::attachObjects()
     objectEditor.getHistory().setMaxUndos(maxUndos);
     timeHistory.setMaxSteps(maxUndos);
     graphObjectEditor = &objectEditor;
+    graphTimeTarget = this;
     graphObjectSettings = [this] { return newObjectSettings(); };
 }
 

@@ -245,7 +245,7 @@ void Corvane_EditorPresenter::showPitchGraph()
     // The effect owns the time history and plays the map; the time tools
     // edit it through the effect's time edit target, and the graph and the
     // strip draw the take through it while "Enable Time Warping" is on.
-    graph->setTimeEditing(dynamic_cast<Corvane_TimeEditTarget*>(&effect));
+    graph->setTimeEditing(effect.graphTimeEditing());
     if (auto* warp = effect.panelParameter(corvane::kEnableTimeWarping))
         graph->setTimeControlOn(warp->toPlain(warp->getNormalized()) == 1.0);
     showGraphNoteNames();
@@ -647,6 +647,11 @@ void Corvane_EditorPresenter::parameterChanged(Parameter* parameter)
         break;
     case corvane::kEnableTimeWarping:
         if (viewRegistry.mainGraphView) viewRegistry.mainGraphView->setTimeControlOn(press);
+        break;
+    case corvane::kTrackPitch:
+    case corvane::kTrackPitchAndTime:
+        // Tracking that ends hands the engine the map over the grown take.
+        if (!press && viewRegistry.mainGraphView) viewRegistry.mainGraphView->timeMapChanged();
         break;
     case corvane::kTimeUndo:
     case corvane::kTimeRedo:

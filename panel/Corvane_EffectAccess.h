@@ -15,6 +15,7 @@ class Corvane_DataFolderStore;
 class VST3_BaseParameter;
 class TrackedFrameArray;
 class ObjectEditor;
+class Corvane_TimeEditTarget;
 
 // What the panel asks of the effect that owns it: the editor presenter and
 // the sub-controller reach the effect through this alone. Every operation:
@@ -88,6 +89,9 @@ public:
     {
         return graphObjectSettings ? graphObjectSettings() : NewObjectSettings();
     }
+    // Where the views' time edits go (the time history and the engine's
+    // map); null until the effect has set up its objects.
+    Corvane_TimeEditTarget* graphTimeEditing() const { return graphTimeTarget; }
 
     //--- Held buttons. The action of `tag` repeats from the effect's timer
     // through the presenter's autoRepeat, first after firstDelay ticks, then
@@ -113,5 +117,6 @@ public:
 protected:
     // Set by the effect as it sets up its correction objects.
     ObjectEditor* graphObjectEditor = nullptr;
+    Corvane_TimeEditTarget* graphTimeTarget = nullptr;
     std::function<NewObjectSettings()> graphObjectSettings;
 };
