@@ -222,8 +222,8 @@ void AudioDataStore::fillReadBlock(int64_t blockStart, AudioRegion* r)
         if (b->region.load(std::memory_order_acquire) == r &&
             b->startPosition.load(std::memory_order_relaxed) == blockStart)
             return;
-    if (const int32_t delay = readDelay.load(std::memory_order_relaxed))
-        std::this_thread::sleep_for(std::chrono::microseconds(delay));
+    while (readsHeld.load(std::memory_order_acquire) && !diskQuit.load(std::memory_order_acquire))
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
     uint64_t word = 0;
     if (!freeReadBlocks.pop(word)) return;
     AudioBlock* block = blockOf(word);

@@ -166,12 +166,9 @@ public:
     // Audio thread. Offline processing: writeSample waits for free blocks,
     // and readSample for the block it reads (up to two seconds).
     void setOffline(bool on) noexcept { offline = on; }
-    // Any thread; tests only. The disk thread sleeps this long before it
-    // fills each read block, as a slow disk would.
-    void setReadDelayForTesting(int32_t microseconds) noexcept
-    {
-        readDelay.store(microseconds, std::memory_order_relaxed);
-    }
+    // Any thread; tests only. While held, the disk thread fills no read
+    // block, as a disk that has fallen behind; it goes on when let go.
+    void holdReadsForTesting(bool held) noexcept { readsHeld.store(held, std::memory_order_release); }
 
     // Status values.
     static constexpr int32_t statusFilesMissing = 1;
@@ -253,7 +250,7 @@ private:
     std::mutex diskMutex;
     std::condition_variable diskWake;
     std::atomic<bool> filesOpened{false};
-    std::atomic<int32_t> readDelay{0};
+    std::atomic<bool> readsHeld{false};
 };
 
 #include "graph/model/AudioDataStore_stream.h"

@@ -205,13 +205,13 @@ TEST(TimeEngine, AStretchedStretchLastsItsScaledLengthAtThePitchItHad)
     }
 }
 
-// With the disk slowed to a second a block after the audio flows, the reads
-// answer "not in yet" and the loop goes on: every output sample from the
-// block that is late on (the sixth: the read-ahead is two blocks deep) is
-// silent and counted, at the frame where it began, and the audio comes back
-// once the disk brings the block in. At normal speed none is counted; the
-// loop neither allocates nor locks.
-TEST(TimeEngine, ReadingNeverWaitsForASlowDiskAndReportsTheOverrun)
+// With the disk stalled once the audio flows, the reads answer "not in
+// yet" and the loop goes on: every output sample from the block that is
+// late on (the sixth: the read-ahead is two blocks deep) is silent and
+// counted, at the frame where it began, and the audio comes back once the
+// disk brings the block in. Before the stall none is counted; the loop
+// neither allocates nor locks.
+TEST(TimeEngine, ReadingNeverWaitsForAStalledDiskAndReportsTheOverrun)
 {
     const auto take = test_signals::sine(size_t(7.0 * rate), 220.0, rate, 0.3, M_PI / 2);
     Stored_Take run(take, test_host::scratchFolder("time-engine"));
@@ -220,18 +220,19 @@ TEST(TimeEngine, ReadingNeverWaitsForASlowDiskAndReportsTheOverrun)
     std::vector<float> y;
     y.reserve(size_t(7.0 * rate));
     test_rt::reset();
-    // Three blocks of the store, paced loosely so that the read-ahead keeps
-    // up; the third has asked for the fourth and fifth.
+    // Into the third block of the store, paced loosely so that the
+    // read-ahead keeps up; the third has asked for the fourth and fifth,
+    // which come in while the loop waits.
     for (int64_t done = 0; done < 2 * blockFrames + blockFrames / 2; done += 4 * block) {
         test_rt::Audio_Section section;
         run.play(size_t(4 * block), y);
         std::this_thread::sleep_for(std::chrono::milliseconds(2));
     }
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
     EXPECT_EQ(run.engine.get_overrun_count(), 0);
-    run.store.setReadDelayForTesting(1000000);
+    run.store.holdReadsForTesting(true);
     {
-        // Unpaced past the sixth block's start, well within the second the
-        // disk now takes.
+        // Past the sixth block's start, with the disk stalled.
         test_rt::Audio_Section section;
         run.play(size_t(5 * blockFrames) - y.size() + size_t(0.5 * rate), y);
     }
@@ -242,8 +243,8 @@ TEST(TimeEngine, ReadingNeverWaitsForASlowDiskAndReportsTheOverrun)
     EXPECT_EQ(run.engine.get_overrun_count(), int64_t(y.size() - late));
     EXPECT_EQ(run.engine.get_overrun_frame(), int64_t(y.size() - 1) / 200);
     EXPECT_LT(test_signals::rms(y, late + latency + 960, y.size() - late - latency - 960), 1e-4);
-    run.store.setReadDelayForTesting(0);
-    std::this_thread::sleep_for(std::chrono::milliseconds(1500));
+    run.store.holdReadsForTesting(false);
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
     const size_t back = y.size();
     run.play(size_t(0.5 * rate), y);
     EXPECT_GT(test_signals::rms(y, back + latency, y.size() - back - latency), 0.1);
