@@ -16,8 +16,6 @@ const CColor backgroundColour(191, 207, 223, 255);
 const CColor rangeColour(160, 160, 160, 255);
 const CColor waveColour(80, 112, 112, 255);
 const CColor markerColour(0, 0, 0, 255);
-const CColor timeRegionColour(160, 176, 192, 255);
-const CColor moveRegionColour(128, 144, 160, 255);
 
 } // namespace
 
@@ -93,34 +91,15 @@ const TimeMap* Corvane_EnvelopeGraphView::activeTimeMap(double* scale) const
     return mainView ? mainView->activeTimeMap(scale) : nullptr;
 }
 
-void Corvane_EnvelopeGraphView::drawBand(CDrawContext* context, int32_t left, int32_t right, int32_t top,
-                                         int32_t bottom, bool throughMap)
+void Corvane_EnvelopeGraphView::drawBackground(CDrawContext* context, int32_t left, int32_t right, int32_t top,
+                                               int32_t bottom, bool throughMap)
 {
-    context->setFillColor(backgroundColour);
-    context->drawRect(CRect(left, top, right, bottom), kDrawFilled);
-    if (!mainView) return;
-    // Columns of source frames and of output frames in this band.
-    auto ofFrame = [&](int64_t frame) { return throughMap ? frameToPixelMapped(frame) : docToPixelX(frame); };
-    auto ofOutput = [&](int64_t output) {
-        return throughMap ? docToPixelX(output) : docToPixelX(int64_t(std::floor(outputToFrame(double(output)))));
-    };
-    auto stretch = [&](int32_t x0, int32_t x1, const CColor& colour) {
-        x0 = std::max(left, x0);
-        x1 = std::min(right, x1 + 1);
-        if (x1 <= x0) return;
-        context->setFillColor(colour);
-        context->drawRect(CRect(x0, top, x1, bottom), kDrawFilled);
-    };
-    const int64_t s0 = mainView->getSelectionStart(), s1 = mainView->getSelectionEnd();
-    const int64_t t0 = mainView->getTimeRegionStart(), t1 = mainView->getTimeRegionEnd();
-    if (s1 > s0) {
-        stretch(ofFrame(s0), ofFrame(s1), rangeColour);
-    } else if (t1 > t0 && isTimeControlOn()) {
-        stretch(ofOutput(t0), ofOutput(t1), timeRegionColour);
-        const int64_t m0 = std::max(t0, mainView->getMoveRegionStart());
-        const int64_t m1 = std::min(t1, mainView->getMoveRegionEnd());
-        if (m1 > m0) stretch(ofOutput(m0), ofOutput(m1), moveRegionColour);
+    if (!mainView) {
+        context->setFillColor(backgroundColour);
+        context->drawRect(CRect(left, top, right, bottom), kDrawFilled);
+        return;
     }
+    drawBand(context, left, right, top, bottom, mainView->bandRanges(), backgroundColour, rangeColour, throughMap);
 }
 
 void Corvane_EnvelopeGraphView::drawLane(CDrawContext* context, int32_t left, int32_t right, double baseline,
@@ -150,10 +129,10 @@ void Corvane_EnvelopeGraphView::drawContent(CDrawContext* context, int32_t left,
     // the map, below as it was tracked.
     const bool twoLanes = isTimeControlOn();
     if (twoLanes) {
-        drawBand(context, left, right, 0, h / 2, true);
-        drawBand(context, left, right, h / 2, h, false);
+        drawBackground(context, left, right, 0, h / 2, true);
+        drawBackground(context, left, right, h / 2, h, false);
     } else {
-        drawBand(context, left, right, 0, h, true);
+        drawBackground(context, left, right, 0, h, true);
     }
     const int32_t audioRight = std::min(right, linkedToMain ? w : unlinkedWidth);
     context->setFrameColor(waveColour);

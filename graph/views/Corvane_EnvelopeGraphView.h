@@ -65,8 +65,8 @@ protected:
     void followMain();
     // The background between rows top..bottom with the main view's I-beam
     // range or time regions, placed through the time map or as tracked.
-    void drawBand(VSTGUI::CDrawContext* context, int32_t left, int32_t right, int32_t top, int32_t bottom,
-                  bool throughMap);
+    void drawBackground(VSTGUI::CDrawContext* context, int32_t left, int32_t right, int32_t top, int32_t bottom,
+                        bool throughMap);
     // The waveform of columns left..right around `baseline`, `scale` pixels
     // to full scale, kept within rows top..bottom; its frames through the
     // time map or as tracked.

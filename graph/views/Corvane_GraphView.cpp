@@ -130,6 +130,35 @@ double Corvane_GraphView::outputToFrame(double output) const
     return map && scale > 0.0 ? map->unmapForView(output * scale) / scale : output;
 }
 
+void Corvane_GraphView::drawBand(CDrawContext* context, int32_t left, int32_t right, int32_t top, int32_t bottom,
+                                 const BandRanges& ranges, const CColor& plain, const CColor& selected,
+                                 bool throughMap)
+{
+    static const CColor timeRegionColour(160, 176, 192, 255);
+    static const CColor moveRegionColour(128, 144, 160, 255);
+    context->setFillColor(plain);
+    context->drawRect(CRect(left, top, right, bottom), kDrawFilled);
+    auto ofFrame = [&](int64_t frame) { return throughMap ? frameToPixelMapped(frame) : docToPixelX(frame); };
+    auto ofOutput = [&](int64_t output) {
+        return throughMap ? docToPixelX(output) : docToPixelX(int64_t(std::floor(outputToFrame(double(output)))));
+    };
+    auto stretch = [&](int32_t x0, int32_t x1, const CColor& colour) {
+        x0 = std::max(left, x0);
+        x1 = std::min(right, x1 + 1);
+        if (x1 <= x0) return;
+        context->setFillColor(colour);
+        context->drawRect(CRect(x0, top, x1, bottom), kDrawFilled);
+    };
+    const BandRanges& r = ranges;
+    if (r.selectionEnd > r.selectionStart) {
+        stretch(ofFrame(r.selectionStart), ofFrame(r.selectionEnd), selected);
+    } else if (r.timeEnd > r.timeStart && isTimeControlOn()) {
+        stretch(ofOutput(r.timeStart), ofOutput(r.timeEnd), timeRegionColour);
+        const int64_t m0 = std::max(r.timeStart, r.moveStart), m1 = std::min(r.timeEnd, r.moveEnd);
+        if (m1 > m0) stretch(ofOutput(m0), ofOutput(m1), moveRegionColour);
+    }
+}
+
 int32_t Corvane_GraphView::frameToPixelMapped(int64_t frame) const
 {
     double scale = 1.0;

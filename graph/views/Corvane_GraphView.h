@@ -138,6 +138,24 @@ public:
     double frameToOutput(double frame) const;
     double outputToFrame(double output) const;
 
+    // What a band of a background shows: the I-beam's range (source
+    // frames), else, with time control on, the time region and the move
+    // region inside it (output frames); a range is empty when its start is
+    // not below its end.
+    struct BandRanges {
+        int64_t selectionStart, selectionEnd;
+        int64_t timeStart, timeEnd;
+        int64_t moveStart, moveEnd;
+    };
+    // Fills columns left..right of rows top..bottom in `plain`, then the
+    // ranges, each from its first column to one past its last: the I-beam's
+    // in `selected`, the time region in (160,176,192), the move region in
+    // (128,144,160). Placed through the time map, or as tracked when
+    // `throughMap` is false.
+    void drawBand(VSTGUI::CDrawContext* context, int32_t left, int32_t right, int32_t top, int32_t bottom,
+                  const BandRanges& ranges, const VSTGUI::CColor& plain, const VSTGUI::CColor& selected,
+                  bool throughMap = true);
+
     //--- VSTGUI4_ScrollableView
     void releaseOffscreens() override;
     // Background, octave lines, the tracked input pitch and the ruler.

@@ -38,8 +38,6 @@ const CColor offScaleLaneColour(216, 216, 224, 255);
 const CColor selectedLaneColour(160, 160, 160, 255);
 const CColor selectedOffScaleLaneColour(102, 102, 102, 255);
 const CColor laneWaveformColour(191, 207, 223, 255);
-const CColor timeRegionColour(160, 176, 192, 255);
-const CColor moveRegionColour(128, 144, 160, 255);
 // Height of the waveform inside a note, as a share of the note's height.
 constexpr float noteEnvelopeScale = 0.8f;
 
@@ -197,7 +195,7 @@ void Corvane_MainGraphView::drawContent(CDrawContext* context, int32_t left, int
     if (showLanes && lanesKnown) {
         drawLanes(context, left, right);
     } else {
-        drawRangeBand(context, left, right, 0, h, backgroundColour, selectionColour);
+        drawBand(context, left, right, 0, h, bandRanges(), backgroundColour, selectionColour);
         drawWaveform(context, left, right, waveformColour);
         drawGrid(context, left, right);
     }
@@ -220,7 +218,7 @@ void Corvane_MainGraphView::drawLanes(CDrawContext* context, int32_t left, int32
         const int32_t y0 = std::max(0, pixelOfCents(cents + 50)), y1 = std::min(h, pixelOfCents(cents - 50) + 1);
         if (y1 <= y0) continue;
         const bool inScale = laneInScale[((c / 100) % 12 + 12) % 12];
-        drawRangeBand(context, left, right, y0, y1, inScale ? laneColour : offScaleLaneColour,
+        drawBand(context, left, right, y0, y1, bandRanges(), inScale ? laneColour : offScaleLaneColour,
                       inScale ? selectedLaneColour : selectedOffScaleLaneColour);
         context->setFrameColor(gridColour);
         context->drawLine(CPoint(left - 1, y0), CPoint(right + 1, y0));
@@ -228,26 +226,9 @@ void Corvane_MainGraphView::drawLanes(CDrawContext* context, int32_t left, int32
     drawWaveform(context, left, right, laneWaveformColour);
 }
 
-void Corvane_MainGraphView::drawRangeBand(CDrawContext* context, int32_t left, int32_t right, int32_t top,
-                                          int32_t bottom, const CColor& plain, const CColor& selected)
+Corvane_GraphView::BandRanges Corvane_MainGraphView::bandRanges() const
 {
-    context->setFillColor(plain);
-    context->drawRect(CRect(left, top, right, bottom), kDrawFilled);
-    // A stretch from x0 to one pixel past x1, within left..right.
-    auto stretch = [&](int32_t x0, int32_t x1, const CColor& colour) {
-        x0 = std::max(left, x0);
-        x1 = std::min(right, x1 + 1);
-        if (x1 <= x0) return;
-        context->setFillColor(colour);
-        context->drawRect(CRect(x0, top, x1, bottom), kDrawFilled);
-    };
-    if (selectionEnd > selectionStart) {
-        stretch(frameToPixelMapped(selectionStart), frameToPixelMapped(selectionEnd), selected);
-    } else if (timeRegionEnd > timeRegionStart && isTimeControlOn()) {
-        stretch(docToPixelX(timeRegionStart), docToPixelX(timeRegionEnd), timeRegionColour);
-        const int64_t m0 = std::max(moveRegionStart, timeRegionStart), m1 = std::min(moveRegionEnd, timeRegionEnd);
-        if (m1 > m0) stretch(docToPixelX(m0), docToPixelX(m1), moveRegionColour);
-    }
+    return {selectionStart, selectionEnd, timeRegionStart, timeRegionEnd, moveRegionStart, moveRegionEnd};
 }
 
 void Corvane_MainGraphView::drawWaveform(CDrawContext* context, int32_t left, int32_t right, const CColor& colour)

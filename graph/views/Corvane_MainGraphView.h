@@ -122,6 +122,9 @@ public:
     // The map in force changed outside a drag (undo, redo, clear all, a
     // session read): the document's width and both pictures follow.
     void timeMapChanged();
+    // The I-beam range and the time regions, for the bands of a background
+    // (this view's and the envelope strip's).
+    BandRanges bandRanges() const;
     // The time tools' ranges in output frames; empty when start >= end.
     int64_t getTimeRegionStart() const { return timeRegionStart; }
     int64_t getTimeRegionEnd() const { return timeRegionEnd; }
@@ -256,11 +259,6 @@ protected:
     bool takeHasOutputFrame(int64_t output) const;
     // The output frames over which the take plays.
     void takeOutputSpan(double& first, double& last) const;
-    // The band of a background between rows top..bottom: the I-beam range
-    // (source frames) or the time regions (output frames) in their colours
-    // over `plain`, the I-beam range in `selected`.
-    void drawRangeBand(VSTGUI::CDrawContext* context, int32_t left, int32_t right, int32_t top, int32_t bottom,
-                       const VSTGUI::CColor& plain, const VSTGUI::CColor& selected);
 
     ObjectEditor* objects = nullptr;
     std::function<NewObjectSettings()> newSettings;

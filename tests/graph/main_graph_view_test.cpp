@@ -5,6 +5,7 @@
 #include "graph/views/Corvane_KeyboardGraphView.h"
 #include "graph/views/Corvane_MainGraphView.h"
 #include "Common_VST3/utilities.h"
+#include "support/picture.h"
 
 #include <cairo.h>
 #include <gtest/gtest.h>
@@ -103,21 +104,10 @@ std::string text(const std::vector<Rec>& records)
 
 uint32_t pixel(Corvane_MainGraphView& view, int x, int y)
 {
-    cairo_surface_t* s = view.getOffscreen()->getBitmap()->getCairoSurface();
-    cairo_surface_flush(s);
-    const auto* row = reinterpret_cast<const uint32_t*>(cairo_image_surface_get_data(s) +
-                                                        y * cairo_image_surface_get_stride(s));
-    return row[x] & 0xffffff;
+    return test_panel::surfacePixel(view.getOffscreen()->getBitmap()->getCairoSurface(), x, y);
 }
 
-// A pixel near a colour: lines of one pixel are drawn with smoothing, so
-// that a neighbour's colour may show through.
-bool near(uint32_t pixel, uint32_t colour)
-{
-    for (int shift = 0; shift < 24; shift += 8)
-        if (std::abs(int((pixel >> shift) & 0xff) - int((colour >> shift) & 0xff)) > 64) return false;
-    return true;
-}
+using test_panel::nearColour;
 
 } // namespace
 
@@ -306,12 +296,12 @@ TEST(MainGraphView, TheOutputCurveFollowsAnEditAndTheIBeamSelectsTheTake)
     ASSERT_EQ(g.list().count(), 2u);
     const float wanted = Cents_ToPeriod(1000.0f, float(rate));
     EXPECT_NEAR(g.frames.get(150).outputPeriod, wanted, wanted * 1e-4);
-    EXPECT_TRUE(near(pixel(g.view, 150, 75), 0x006020u)) << std::hex << pixel(g.view, 150, 75);  // output
-    EXPECT_TRUE(near(pixel(g.view, 150, 100), 0xff0000u)) << std::hex << pixel(g.view, 150, 100); // input
+    EXPECT_TRUE(nearColour(pixel(g.view, 150, 75), 0x006020u)) << std::hex << pixel(g.view, 150, 75);  // output
+    EXPECT_TRUE(nearColour(pixel(g.view, 150, 100), 0xff0000u)) << std::hex << pixel(g.view, 150, 100); // input
     EXPECT_TRUE(g.editor.undo());
     g.view.refresh(false, false, false);
     EXPECT_EQ(g.frames.get(150).outputPeriod, 0.0f);
-    EXPECT_FALSE(near(pixel(g.view, 150, 75), 0x006020u));
+    EXPECT_FALSE(nearColour(pixel(g.view, 150, 75), 0x006020u));
 
     // A double click with the I-beam: every tracked frame.
     g.view.setTool(Corvane_GraphView::toolIBeam);
@@ -465,13 +455,13 @@ TEST(MainGraphView, HeldMidiNotesAreOutlinedOnTheirSemitone)
     }
     const uint32_t purple = 0x9030a0;
     g.view.refresh(false, false, false);
-    EXPECT_FALSE(near(pixel(g.view, 150, 87), purple));
+    EXPECT_FALSE(nearColour(pixel(g.view, 150, 87), purple));
     g.view.setShowMidi(true);
-    EXPECT_TRUE(near(pixel(g.view, 150, 87), purple)) << std::hex << pixel(g.view, 150, 87);
-    EXPECT_TRUE(near(pixel(g.view, 150, 112), purple)) << std::hex << pixel(g.view, 150, 112);
-    EXPECT_TRUE(near(pixel(g.view, 100, 95), purple)) << "the start edge";
-    EXPECT_FALSE(near(pixel(g.view, 150, 95), purple)) << "inside the bar";
-    EXPECT_FALSE(near(pixel(g.view, 250, 87), purple)) << "after the note";
+    EXPECT_TRUE(nearColour(pixel(g.view, 150, 87), purple)) << std::hex << pixel(g.view, 150, 87);
+    EXPECT_TRUE(nearColour(pixel(g.view, 150, 112), purple)) << std::hex << pixel(g.view, 150, 112);
+    EXPECT_TRUE(nearColour(pixel(g.view, 100, 95), purple)) << "the start edge";
+    EXPECT_FALSE(nearColour(pixel(g.view, 150, 95), purple)) << "inside the bar";
+    EXPECT_FALSE(nearColour(pixel(g.view, 250, 87), purple)) << "after the note";
 }
 
 // With lanes, each semitone's band (4 cents a pixel: 1300 - 4 y cents on

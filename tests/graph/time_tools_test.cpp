@@ -5,6 +5,7 @@
 #include "graph/views/Corvane_MainGraphView.h"
 #include "graph/views/Corvane_TimeEditTarget.h"
 #include "Common_VST3/utilities.h"
+#include "support/picture.h"
 
 #include <cairo.h>
 #include <gtest/gtest.h>
@@ -100,20 +101,10 @@ struct Graph {
 
 uint32_t pixelOf(COffscreenContext* o, int x, int y)
 {
-    cairo_surface_t* s = o->getBitmap()->getCairoSurface();
-    cairo_surface_flush(s);
-    const auto* row = reinterpret_cast<const uint32_t*>(cairo_image_surface_get_data(s) +
-                                                        y * cairo_image_surface_get_stride(s));
-    return row[x] & 0xffffff;
+    return test_panel::surfacePixel(o->getBitmap()->getCairoSurface(), x, y);
 }
 
-// A pixel near a colour: lines of one pixel are drawn with smoothing.
-bool near(uint32_t pixel, uint32_t colour)
-{
-    for (int shift = 0; shift < 24; shift += 8)
-        if (std::abs(int((pixel >> shift) & 0xff) - int((colour >> shift) & 0xff)) > 64) return false;
-    return true;
-}
+using test_panel::nearColour;
 
 // The rightmost column of the overlay's dark pixels in the graph's bottom
 // rows, where the limit message stands; -1 when there are none.
@@ -128,7 +119,7 @@ int messageRight(Corvane_MainGraphView& view)
     int right = -1;
     for (int y = viewHeight - 16; y < viewHeight; ++y)
         for (int x = 0; x < viewWidth; ++x)
-            if (near(pixelOf(overlay, x, y), 0x000000)) right = std::max(right, x);
+            if (nearColour(pixelOf(overlay, x, y), 0x000000)) right = std::max(right, x);
     return right;
 }
 
@@ -287,8 +278,8 @@ TEST(TimeTools, ThePitchObjectsAndEnvelopeAreDrawnThroughTheMap)
         g.view.timeMapChanged();
         // Clear of the ruler's ticks (every 110 frames) and labels (rows 0..12).
         const int mapped = 280, tracked = 230;
-        EXPECT_EQ(near(pixelOf(g.view.getOffscreen(), mapped, 50), red), on) << on;
-        EXPECT_EQ(near(pixelOf(g.view.getOffscreen(), tracked, 50), red), !on) << on;
+        EXPECT_EQ(nearColour(pixelOf(g.view.getOffscreen(), mapped, 50), red), on) << on;
+        EXPECT_EQ(nearColour(pixelOf(g.view.getOffscreen(), tracked, 50), red), !on) << on;
         const int edge = on ? 350 : 300, elsewhere = on ? 300 : 350;
         // The edge's dark blue, smoothed over two columns, against the
         // note's pale fill and the white ground: red well below either.
@@ -301,13 +292,13 @@ TEST(TimeTools, ThePitchObjectsAndEnvelopeAreDrawnThroughTheMap)
         // Upper lane: rows 10 +- 4; lower lane: 30 +- 4; one lane: 20 +- 8.
         COffscreenContext* strip = g.strip.getOffscreen();
         if (on) {
-            EXPECT_TRUE(near(pixelOf(strip, mapped, 13), wave)) << std::hex << pixelOf(strip, mapped, 13);
-            EXPECT_FALSE(near(pixelOf(strip, tracked, 13), wave));
-            EXPECT_TRUE(near(pixelOf(strip, tracked, 33), wave));
-            EXPECT_FALSE(near(pixelOf(strip, mapped, 33), wave));
+            EXPECT_TRUE(nearColour(pixelOf(strip, mapped, 13), wave)) << std::hex << pixelOf(strip, mapped, 13);
+            EXPECT_FALSE(nearColour(pixelOf(strip, tracked, 13), wave));
+            EXPECT_TRUE(nearColour(pixelOf(strip, tracked, 33), wave));
+            EXPECT_FALSE(nearColour(pixelOf(strip, mapped, 33), wave));
         } else {
-            EXPECT_TRUE(near(pixelOf(strip, tracked, 14), wave));
-            EXPECT_FALSE(near(pixelOf(strip, mapped, 14), wave));
+            EXPECT_TRUE(nearColour(pixelOf(strip, tracked, 14), wave));
+            EXPECT_FALSE(nearColour(pixelOf(strip, mapped, 14), wave));
         }
     }
 }

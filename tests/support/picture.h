@@ -7,6 +7,7 @@
 #include <cairo.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -26,6 +27,25 @@ struct Picture {
     unsigned alpha(int x, int y) const { return pixels[size_t(y) * size_t(width) + size_t(x)] >> 24; }
     Rect whole() const { return Rect{0, 0, width, height}; }
 };
+
+// The colour, 0xRRGGBB, of a pixel of an image surface (an offscreen
+// view's picture).
+inline uint32_t surfacePixel(cairo_surface_t* surface, int x, int y)
+{
+    cairo_surface_flush(surface);
+    const auto* row = reinterpret_cast<const uint32_t*>(cairo_image_surface_get_data(surface) +
+                                                        y * cairo_image_surface_get_stride(surface));
+    return row[x] & 0xffffff;
+}
+
+// A pixel near a colour, each channel within 64: lines of one pixel are
+// drawn with smoothing, so that a neighbour's colour may show through.
+inline bool nearColour(uint32_t pixel, uint32_t colour)
+{
+    for (int shift = 0; shift < 24; shift += 8)
+        if (std::abs(int((pixel >> shift) & 0xff) - int((colour >> shift) & 0xff)) > 64) return false;
+    return true;
+}
 
 // A PNG file as a picture; empty when the file is no PNG. Colours of pixels
 // with alpha below 255 are as cairo stores them (premultiplied).
