@@ -41,6 +41,13 @@ snapshots: build
 	XDG_CONFIG_HOME="$(SNAPSHOT_HOME)" $(RENDER) --data-folder "$(SNAPSHOT_HOME)/data" --load-state "$(SNAPSHOT_HOME)/tracked.state" \
 		--snap --object-retune 0 --press "Make Notes" --save-state "$(SNAPSHOT_HOME)/noted.state" "$(SNAPSHOT_HOME)/noted.wav"
 	XDG_CONFIG_HOME="$(SNAPSHOT_HOME)" $(SNAPSHOT) --load-state "$(SNAPSHOT_HOME)/noted.state" docs/panel-graph-session.png
+	XDG_CONFIG_HOME="$(SNAPSHOT_HOME)" $(RENDER) --data-folder "$(SNAPSHOT_HOME)/data" --set "Correction Mode=Graph" \
+		--press "Track Pitch and Time" --save-state "$(SNAPSHOT_HOME)/take.state" \
+		--write-input "$(SNAPSHOT_HOME)/take.wav" "$(SNAPSHOT_HOME)/take-out.wav"
+	XDG_CONFIG_HOME="$(SNAPSHOT_HOME)" $(RENDER) --data-folder "$(SNAPSHOT_HOME)/data" --load-state "$(SNAPSHOT_HOME)/take.state" \
+		--time-move 2.5:2.5 --time-move 3.5:4 --pitch-plot docs/graph-time-move.png \
+		--save-state "$(SNAPSHOT_HOME)/moved.state" "$(SNAPSHOT_HOME)/take.wav" "$(SNAPSHOT_HOME)/moved.wav"
+	XDG_CONFIG_HOME="$(SNAPSHOT_HOME)" $(SNAPSHOT) --load-state "$(SNAPSHOT_HOME)/moved.state" docs/panel-graph-time.png
 
 test: build
 	ctest --test-dir $(BUILD_DIR) --output-on-failure -j $(JOBS)
