@@ -231,6 +231,7 @@ void Corvane_EditorPresenter::showPitchGraph()
     if (auto* detune = effect.panelParameter(corvane::kDetune))
         graph->setPitchOffset(int16_t(detune->toPlain(detune->getNormalized())));
     graph->setShowOutputCurve(effect.userOptions().showOutputCurves);
+    graph->setShowTimePosition(effect.userOptions().showVerticalCursor);
     if (auto* midi = effect.panelParameter(corvane::kShowMIDI))
         graph->setShowMidi(midi->toPlain(midi->getNormalized()) == 1.0);
     if (auto* page = viewRegistry.graphModePage) page->setMainView(graph);
@@ -313,6 +314,10 @@ bool Corvane_EditorPresenter::openOptionsDialog()
     if (!editOptions(getDialogs(), &options, preferencesPath())) return false;
     effect.userOptionsChanged();
     std::copy(options.keyBindings(), options.keyBindings() + 10, keyBindings);
+    if (Corvane_MainGraphView* graph = viewRegistry.mainGraphView) {
+        graph->setShowOutputCurve(options.showOutputCurves);
+        graph->setShowTimePosition(options.showVerticalCursor);
+    }
     // A new window size is asked of the host now; the host's answer comes
     // back through editorResized.
     if (openEditor && (options.windowWidth != windowWidth || options.windowHeight != windowHeight))

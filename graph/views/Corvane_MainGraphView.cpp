@@ -101,6 +101,13 @@ void Corvane_MainGraphView::setShowOutputCurve(bool state)
     refresh(false, false, false);
 }
 
+void Corvane_MainGraphView::setShowTimePosition(bool state)
+{
+    if (state == showTimePosition) return;
+    showTimePosition = state;
+    invalidColumn(mouseX);
+}
+
 void Corvane_MainGraphView::setShowMidi(bool state)
 {
     if (state == showMidi) return;
@@ -525,9 +532,18 @@ void Corvane_MainGraphView::beatPosition(int64_t frame, char* text, size_t size)
         std::snprintf(text, size, "%d:%d.%d", a.bar, int(a.beat), percent);
 }
 
+void Corvane_MainGraphView::invalidColumn(int32_t x)
+{
+    if (x >= 0 && x < int32_t(getWidth())) invalidRect(CRect(size.left + x - 1, size.top, size.left + x + 2, size.bottom));
+}
+
 void Corvane_MainGraphView::reportReadout(const CPoint& where)
 {
     const int32_t x = int32_t(std::floor(where.x - size.left)), y = int32_t(std::floor(where.y - size.top));
+    if (showTimePosition && x != mouseX) {
+        invalidColumn(mouseX);
+        invalidColumn(x);
+    }
     mouseX = x;
     if (x == lastReadX && y == lastReadY) return;
     lastReadX = x;
@@ -1191,6 +1207,7 @@ CMouseEventResult Corvane_MainGraphView::onMouseUp(CPoint& where, const CButtonS
 
 CMouseEventResult Corvane_MainGraphView::onMouseExited(CPoint& where, const CButtonState& buttons)
 {
+    if (showTimePosition) invalidColumn(mouseX);
     mouseX = -1;
     lastReadX = lastReadY = -1;
     if (readoutListener) readoutListener(Readout());

@@ -94,6 +94,9 @@ public:
     void setSnapToNote(bool state) { snapToNote = state; }
     void setPitchOffset(int16_t cents);
     void setShowOutputCurve(bool state);
+    // A vertical line under the pointer while no drag is on ("show time
+    // position" in the options).
+    void setShowTimePosition(bool state);
     // The MIDI notes recorded beside the take, as outlined bars a semitone
     // high ("Show MIDI").
     void setShowMidi(bool state);
@@ -179,7 +182,8 @@ public:
     void refresh(bool updateEnvelope, bool updateKeyboard, bool keepPicture) override;
     void getCursorAt(VSTGUI::CPoint where, VSTGUI::CButtonState buttons, uint32_t& kind, uint32_t& id) override;
     const TimeMap* activeTimeMap(double* scale = nullptr) const override;
-    // The playhead, the limit message and the time drag's markers.
+    // The playhead, the limit message, the time drag's markers and the
+    // time position line.
     void drawOverlay(VSTGUI::CDrawContext* context) override;
     void continueDrag() override;
     int32_t scrollUp(int32_t count = 0) override;
@@ -245,6 +249,9 @@ protected:
     void beatPosition(int64_t frame, char* text, size_t size) const;
     // The copied objects drawn over the picture at the pointer's frame.
     void pasteMoved(const VSTGUI::CPoint& where);
+    // Marks the columns around pixel column x for redrawing (the time
+    // position line); nothing for x below 0.
+    void invalidColumn(int32_t x);
     void reportReadout(const VSTGUI::CPoint& where);
     void endDrag();
     // The time tools (Corvane_MainGraphView_time.cpp).
@@ -270,6 +277,7 @@ protected:
     bool snapToNote = false;
     int16_t pitchOffset = 0;
     bool showOutputCurve = true;
+    bool showTimePosition = false;
     bool showMidi = false;
     bool showLanes = false;
     bool lanesKnown = false;

@@ -249,6 +249,10 @@ void Corvane_MainGraphView::drawOverlay(CDrawContext* context)
     context->setFrameColor(markerColour);
     for (int32_t x : markerX)
         if (x >= 0 && x < w) context->drawLine(CPoint(x, 0), CPoint(x, h));
+    if (showTimePosition && !mouseTracking && mouseX >= 0 && mouseX < w) {
+        context->setFrameColor(CColor(0, 0, 0, 255));
+        context->drawLine(CPoint(mouseX, 0), CPoint(mouseX, h));
+    }
     if (const char* text = limitText(limitMessage)) {
         context->setFont(kNormalFontSmall);
         context->setFontColor(limitTextColour);

@@ -352,6 +352,38 @@ TEST(MainGraphView, TheBarAndBeatReadoutCountsTheWayToTheNextBeat)
     for (const auto& [x, expected] : cases) EXPECT_EQ(g.view.readoutAt(x, 100).position, expected) << x;
 }
 
+// "Show time position": a black line under the pointer, drawn over the
+// picture while no drag is on; off, none.
+TEST(MainGraphView, TheTimePositionLineFollowsThePointerWhenShown)
+{
+    Graph g;
+    g.view.setTool(Corvane_GraphView::toolIBeam);
+    // The columns of the overlay that are black in the middle row.
+    const auto lineColumns = [&] {
+        auto overlay = owned(COffscreenContext::create(nullptr, viewWidth, viewHeight));
+        overlay->beginDraw();
+        overlay->setFillColor(CColor(255, 255, 255, 255));
+        overlay->drawRect(CRect(0, 0, viewWidth, viewHeight), kDrawFilled);
+        g.view.drawOverlay(overlay);
+        overlay->endDraw();
+        std::vector<int> columns;
+        for (int x = 0; x < viewWidth; ++x)
+            if (nearColour(test_panel::surfacePixel(overlay->getBitmap()->getCairoSurface(), x, viewHeight / 2), 0))
+                columns.push_back(x);
+        return columns;
+    };
+    g.move(120, 60, 0);
+    EXPECT_TRUE(lineColumns().empty());
+    g.view.setShowTimePosition(true);
+    EXPECT_EQ(lineColumns(), std::vector<int>{120});
+    g.move(200, 80, 0);
+    EXPECT_EQ(lineColumns(), std::vector<int>{200});
+    g.press(200, 80);
+    g.move(250, 80);
+    EXPECT_TRUE(lineColumns().empty()) << "not during a drag";
+    g.release(250, 80);
+}
+
 // The container hands a move with no button to the line under
 // construction, also off the pitch graph; a left-button drag goes to the
 // views as in a plain container.
