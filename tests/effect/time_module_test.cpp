@@ -16,6 +16,7 @@
 
 #include "support/built_module.h"
 #include "support/editor_host.h"
+#include "support/pitch_estimate.h"
 #include "support/realtime_counter.h"
 #include "support/signals.h"
 #include "support/tool_run.h"
@@ -175,6 +176,38 @@ TEST_F(TimeModule, MovedPointsStretchTheTakeAndTheTimeButtonsStepThroughTheMaps)
     // A stretch to five times its length is beyond the limit and refused.
     EXPECT_EQ(data->moveTimePoint(0.5 * rate, 4.5 * rate, &limit), kResultFalse);
     EXPECT_EQ(limit, 2);
+    EXPECT_EQ(data->getPlaybackOverruns(nullptr), 0);
+}
+
+// Through the module, 0.9..1.7 s stretched by 1.5 and 2 and compressed by
+// 0.5 (0.9 s held, 1.7 s moved): the second note starts k times as far from
+// 0.9 s and sings within 5 cents of the unedited render; the third comes
+// (k - 1) 0.8 s later (onsets within 10 ms) at its unedited pitch.
+TEST_F(TimeModule, StretchesAndACompressionKeepThePitchAndShiftWhatFollows)
+{
+    const auto take = phrase();
+    auto instance = recorded(take);
+    ASSERT_TRUE(instance);
+    const auto unedited = render(*instance, true, 3.2);
+    const double second = secondOnset(unedited), third = thirdOnset(unedited);
+    const size_t window = size_t(0.1 * rate);
+    const auto hz = [&](const std::vector<float>& y, double at) {
+        return test_pitch::estimate_hz(y, latency + size_t(at * rate), window, rate);
+    };
+    const double secondHz = hz(unedited, second + 0.1), thirdHz = hz(unedited, third + 0.1);
+    ASSERT_GT(secondHz, 0.0);
+    ASSERT_GT(thirdHz, 0.0);
+    for (double k : {1.5, 2.0, 0.5}) {
+        press(corvane::kTimeClearAll);
+        ASSERT_EQ(data->moveTimePoint(0.9 * rate, 0.9 * rate, nullptr), kResultOk) << k;
+        ASSERT_EQ(data->moveTimePoint(1.7 * rate, (0.9 + 0.8 * k) * rate, nullptr), kResultOk) << k;
+        const auto y = render(*instance, true, 3.2 + 0.8);
+        const double moved = 0.9 + k * (second - 0.9), shift = (k - 1.0) * 0.8;
+        EXPECT_NEAR(secondOnset(y), moved, 0.010) << k;
+        EXPECT_NEAR(onsetAfter(y, third + shift - 0.15), third + shift, 0.010) << k;
+        EXPECT_NEAR(test_pitch::cents_between(hz(y, moved + 0.1 * k), secondHz), 0.0, 5.0) << k;
+        EXPECT_NEAR(test_pitch::cents_between(hz(y, third + shift + 0.1), thirdHz), 0.0, 1.0) << k;
+    }
     EXPECT_EQ(data->getPlaybackOverruns(nullptr), 0);
 }
 
