@@ -201,7 +201,7 @@ TEST_F(SessionState, OnlyAWholeStreamIsAGoodState)
 // frames in the older form, the graph's placement. Each comes back in its
 // place: the note plays over its frames, the map places a source position,
 // the frames keep their beat and MIDI note, and the current stream written
-// after holds the mark and the placement.
+// after holds the mark and the placement and round-trips byte for byte.
 TEST_F(SessionState, OldStreamWithEveryItemOpensWithEachInPlace)
 {
     Stream s;
@@ -277,4 +277,11 @@ TEST_F(SessionState, OldStreamWithEveryItemOpensWithEachInPlace)
     const size_t at = 8 + 12 * size_t(uint8_t(saved[7]) | uint8_t(saved[6]) << 8) + 18;
     ASSERT_GE(saved.size(), at + placement.bytes.size());
     EXPECT_TRUE(std::equal(placement.bytes.begin(), placement.bytes.end(), saved.begin() + long(at)));
+
+    // All of it round-trips byte for byte through a fresh instance.
+    auto fresh = create();
+    ASSERT_TRUE(fresh && fresh->set_state(saved));
+    std::vector<char> again;
+    ASSERT_TRUE(fresh->get_state(again));
+    EXPECT_EQ(again, saved);
 }
