@@ -245,16 +245,20 @@ TEST_F(GraphEditorX11, ToolsOverATrackedPhraseEditWhatPlays)
     // "5" and a click on the raised note split it there: the column shows
     // the two notes' edges (it differs from a column inside the note), and
     // Undo joins them again.
+    // The pointer rests away from the columns looked at, whose time
+    // position line would differ too.
     const auto edgesAt = [&](int x) {
         int edges = 0;
         for (int y = noteRow - 34; y <= noteRow - 16; ++y) edges += pixel(x, y) != pixel(x - 30, y);
         return edges;
     };
+    moveTo(g.x + 400, noteRow - 25);
     ASSERT_LE(edgesAt(g.x + 150), 2);
     key(XK_5);
     moveTo(g.x + 150, noteRow - 25);
     button(true);
     button(false);
+    moveTo(g.x + 400, noteRow - 25);
     EXPECT_TRUE(pumpUntil([&] { return edgesAt(g.x + 150) >= 15; }));
     moveTo(undo->rect.x + undo->rect.width / 2, undo->rect.y + undo->rect.height / 2);
     button(true);
