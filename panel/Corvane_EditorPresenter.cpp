@@ -21,7 +21,6 @@
 #include "graph/views/Corvane_EnvelopeGraphView.h"
 #include "graph/views/Corvane_KeyboardGraphView.h"
 #include "graph/views/Corvane_MainGraphView.h"
-#include "graph/views/Corvane_TimeEditTarget.h"
 #include "options/Corvane_FolderDlg.h"
 #include "options/Corvane_Hints.h"
 #include "options/Corvane_OptionsDlg.h"
