@@ -226,7 +226,7 @@ void Corvane_MainGraphView::drawLanes(CDrawContext* context, int32_t left, int32
         if (y1 <= y0) continue;
         const bool inScale = laneInScale[((c / 100) % 12 + 12) % 12];
         drawBand(context, left, right, y0, y1, bandRanges(), inScale ? laneColour : offScaleLaneColour,
-                      inScale ? selectedLaneColour : selectedOffScaleLaneColour);
+                 inScale ? selectedLaneColour : selectedOffScaleLaneColour);
         context->setFrameColor(gridColour);
         context->drawLine(CPoint(left - 1, y0), CPoint(right + 1, y0));
     }

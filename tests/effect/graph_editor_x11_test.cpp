@@ -91,14 +91,7 @@ protected:
         pump(50);
     }
     // What the screen shows at a point of the window, 0xRRGGBB.
-    uint32_t pixel(int x, int y)
-    {
-        XImage* image = XGetImage(display, window, x, y, 1, 1, AllPlanes, ZPixmap);
-        if (!image) return 0;
-        const uint32_t colour = uint32_t(XGetPixel(image, 0, 0) & 0xffffff);
-        XDestroyImage(image);
-        return colour;
-    }
+    uint32_t pixel(int x, int y) { return test_x11::windowColour(display, window, x, y); }
     // The editor of `plugin` in a window at the screen's origin.
     Held<IPlugView> attach(PluginInstance& plugin)
     {

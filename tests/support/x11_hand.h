@@ -16,6 +16,16 @@
 
 namespace test_x11 {
 
+// What `window` shows at a point, 0xRRGGBB; 0 when it cannot be read.
+inline uint32_t windowColour(Display* display, Window window, int x, int y)
+{
+    XImage* image = XGetImage(display, window, x, y, 1, 1, AllPlanes, ZPixmap);
+    if (!image) return 0;
+    const uint32_t colour = uint32_t(XGetPixel(image, 0, 0) & 0xffffff);
+    XDestroyImage(image);
+    return colour;
+}
+
 // A user's hand on a thread of its own, with its own connection: a dialog
 // holds the interface thread, which runs the host's loop, until it is
 // answered. Positions are those of the host's window at the screen's origin.
@@ -71,14 +81,7 @@ struct Hand {
         }
         XFlush(display);
     }
-    uint32_t colourAt(int x, int y)
-    {
-        XImage* image = XGetImage(display, window, x, y, 1, 1, AllPlanes, ZPixmap);
-        if (!image) return 0;
-        const uint32_t colour = uint32_t(XGetPixel(image, 0, 0) & 0xffffff);
-        XDestroyImage(image);
-        return colour;
-    }
+    uint32_t colourAt(int x, int y) { return windowColour(display, window, x, y); }
     // Waits until the pixel is (or is no longer, with `is` false) `colour`.
     bool waitFor(int x, int y, uint32_t colour, bool is = true)
     {
