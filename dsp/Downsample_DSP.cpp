@@ -80,40 +80,48 @@ Complex response(const Downsample_DSP::Section* sections, int count, double gain
 // output rounded to a float. The sections run one after the other on each
 // sample rather than each over the whole buffer: the same arithmetic, but
 // the recursions of the sections overlap in the processor instead of waiting
-// for one another. The state is copied in and out so that it stays in
-// registers. N is the count when it is known at compile time, else 0.
+// for one another. A section's inputs are the outputs of the one before it,
+// so only the first keeps inputs of its own: the state left (fourteen
+// doubles for six sections) stays in registers through the loop, and is
+// written back in the stored form, where x1 and x2 of a section repeat y1
+// and y2 of the one before. N is the count when it is known at compile time,
+// else 0.
 template <int N>
 void run_cascade(const Downsample_DSP::Section* k, int count, const float* from, float* to, int64_t frames,
                  double* x1_state, double* x2_state, double* y1_state, double* y2_state) noexcept
 {
     constexpr int most = Downsample_DSP::max_sections;
     const int n = N > 0 ? N : count;
-    double b1[most], a1[most], a2[most], x1[most], x2[most], y1[most], y2[most];
+    double y1[most], y2[most];
     for (int s = 0; s < n; ++s) {
-        b1[s] = k[s].b1;
-        a1[s] = k[s].a1;
-        a2[s] = k[s].a2;
-        x1[s] = x1_state[s];
-        x2[s] = x2_state[s];
         y1[s] = y1_state[s];
         y2[s] = y2_state[s];
     }
+    double in1 = x1_state[0];
+    double in2 = x2_state[0];
     for (int64_t i = 0; i < frames; ++i) {
-        float v = from[i];
+        double x = from[i];
+        double x1 = in1;
+        double x2 = in2;
+        in2 = in1;
+        in1 = x;
         for (int s = 0; s < n; ++s) {
-            const double x = v;
-            const float y = float(x + b1[s] * x1[s] + x2[s] - a1[s] * y1[s] - a2[s] * y2[s]);
-            x2[s] = x1[s];
-            x1[s] = x;
+            const float y = float(x + k[s].b1 * x1 + x2 - k[s].a1 * y1[s] - k[s].a2 * y2[s]);
+            x1 = y1[s];
+            x2 = y2[s];
             y2[s] = y1[s];
             y1[s] = y;
-            v = y;
+            x = y;
         }
-        to[i] = v;
+        to[i] = float(x);
     }
+    x1_state[0] = in1;
+    x2_state[0] = in2;
     for (int s = 0; s < n; ++s) {
-        x1_state[s] = x1[s];
-        x2_state[s] = x2[s];
+        if (s > 0) {
+            x1_state[s] = y1[s - 1];
+            x2_state[s] = y2[s - 1];
+        }
         y1_state[s] = y1[s];
         y2_state[s] = y2[s];
     }
