@@ -24,6 +24,8 @@ constexpr double max_widen_depth = 0.1;
 // decision, that ends the widening: 15 cents.
 constexpr double max_widened_drift = 0.0087;
 
+static_assert(engine::decide_interval <= vector_kernels::max_samples_on, "a decision takes its samples in at once");
+
 } // namespace
 
 pitch_detector::pitch_detector() : past_storage(new double[4 * engine::ring_len])
@@ -95,6 +97,7 @@ void pitch_detector::reset() noexcept
     std::fill(lag_corr, lag_corr + 2 * engine::max_lag_half, 0.0);
     coarse_count = coarse_index = 0;
     base_lag = 0;
+    pending = 0;
     multiple = 1;
     widen_pending = false;
     held_samples = 0;
@@ -129,9 +132,9 @@ int64_t pitch_detector::coarse_update(double x) noexcept
     // correlation gains the sample k back times x and loses it times the
     // sample 2k back.
     coarse_past.store(coarse_index, x);
-    vector_kernels::kernels().lag_window_update(coarse_energy, coarse_corr, engine::coarse_lags, x,
-                                                coarse_past.back(coarse_index),
-                                                coarse_past.every_second_back(coarse_index, 0));
+    const double* a = coarse_past.back(coarse_index);
+    const double* b = coarse_past.every_second_back(coarse_index, 0);
+    vector_kernels::kernels().lag_window_update(coarse_energy, coarse_corr, engine::coarse_lags, 1, &x, &a, &b);
     coarse_index = engine::ring_next(coarse_index, len);
 
     const int64_t c = coarse_count++;
@@ -201,8 +204,9 @@ bool pitch_detector::arm(int64_t lag, int64_t newest) noexcept
 {
     base_lag = lag;
     const int64_t width = 2 * int64_t(lag_half);
-    // The window's widest lag must fit twice into the ring.
-    if (2 * lag <= 0 || 2 * (lag + width) >= engine::ring_len) {
+    // The window's widest lag must fit twice into the ring, with the
+    // samples a decision takes in together.
+    if (2 * lag <= 0 || 2 * (lag + width) + engine::decide_interval > engine::ring_len) {
         lag_energy[0] = 0.0;
         return false;
     }
@@ -217,6 +221,7 @@ bool pitch_detector::arm(int64_t lag, int64_t newest) noexcept
         lag_energy[k] = lag_energy[k - 1] + a * a + b * b;
     }
     for (int64_t k = 0; k < width; ++k) lag_corr[k] = direct_corr(newest, base_lag + k);
+    pending = 0;
     decide_count = engine::decide_interval - 1; // the next sample decides
     searching = false;
     return true;
@@ -224,21 +229,35 @@ bool pitch_detector::arm(int64_t lag, int64_t newest) noexcept
 
 pitch_detector::outcome pitch_detector::fine_update(int64_t newest) noexcept
 {
-    // Lag l gains x0 * x0 and x0 times the sample l back, and loses the
-    // sample 2l back squared and times the sample l back.
-    const double* h = past.back(newest);
-    const int64_t width = 2 * int64_t(lag_half);
-    vector_kernels::kernels().lag_window_update(lag_energy, lag_corr, width, h[0], h + base_lag,
-                                                past.every_second_back(newest, 2 * base_lag));
+    ++pending;
     if (++decide_count != engine::decide_interval) return outcome::none;
     decide_count = 0;
     return decide(newest);
+}
+
+void pitch_detector::catch_up(int64_t newest) noexcept
+{
+    // Lag l gains each sample squared and times the sample l back, and loses
+    // the sample 2l back squared and times the sample l back.
+    const double* h = past.back(newest);
+    double x[engine::decide_interval];
+    const double* a[engine::decide_interval];
+    const double* b[engine::decide_interval];
+    for (int64_t i = 0; i < pending; ++i) {
+        const int64_t j = pending - 1 - i; // samples back from the newest
+        x[i] = h[j];
+        a[i] = h + j + base_lag;
+        b[i] = past.every_second_back(newest, j + 2 * base_lag);
+    }
+    vector_kernels::kernels().lag_window_update(lag_energy, lag_corr, 2 * int64_t(lag_half), pending, x, a, b);
+    pending = 0;
 }
 
 pitch_detector::outcome pitch_detector::decide(int64_t newest) noexcept
 {
     const int64_t width = 2 * int64_t(lag_half);
     if (width < 2) return lose_lock();
+    catch_up(newest);
     auto f = [this](int64_t k) { return 0.5 * lag_energy[k] - lag_corr[k]; };
     // The lowest lag of the smallest value wins. A value that is not a
     // number matches nothing and loses the lock at k = 0.
@@ -251,7 +270,7 @@ pitch_detector::outcome pitch_detector::decide(int64_t newest) noexcept
     // Keep the minimum in the middle of the window, one lag per decision.
     if (k > lag_half) {
         const int64_t top = base_lag + width; // the new last lag
-        if (2 * top + 1 >= engine::ring_len) return lose_lock();
+        if (2 * top + engine::decide_interval > engine::ring_len) return lose_lock();
         ++base_lag;
         --k;
         for (int64_t j = 0; j < width - 1; ++j) {

@@ -88,6 +88,8 @@ private:
     // false, unarmed, if the window does not fit or the signal is too quiet.
     bool arm(int64_t lag, int64_t newest) noexcept;
     outcome fine_update(int64_t newest) noexcept;
+    // Brings the window's sums up to the newest sample.
+    void catch_up(int64_t newest) noexcept;
     outcome decide(int64_t newest) noexcept;
     // After a decision of a new lock, with the normalised depth of its dip
     // (0 for a signal that repeats exactly): widens the window of a short
@@ -126,11 +128,15 @@ private:
     int64_t coarse_count = 0;
     int64_t coarse_index = 0;
 
-    // Fine stage: a window of 2 * lag_half lags from base_lag.
+    // Fine stage: a window of 2 * lag_half lags from base_lag. Only a
+    // decision reads the window, so the samples since the last one (`pending`
+    // of them) enter its sums together, at the decision, each sum in the
+    // order of the samples as if they came one by one.
     int64_t base_lag = 0;
     int32_t lag_half = engine::max_lag_half;
     double lag_energy[2 * engine::max_lag_half];
     double lag_corr[2 * engine::max_lag_half];
+    int64_t pending = 0;
     int64_t decide_count = 0;
     // The window spans this many periods; the period is its lag over it.
     int32_t multiple = 1;

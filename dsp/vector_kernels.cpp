@@ -29,12 +29,18 @@ void autocorrelation_scalar(const double* x, int64_t len, int64_t lags, double* 
     }
 }
 
-void lag_window_update_scalar(double* energy, double* corr, int64_t width, double x0, const double* a,
-                              const double* b) noexcept
+void lag_window_update_scalar(double* energy, double* corr, int64_t width, int64_t count, const double* x,
+                              const double* const* a, const double* const* b) noexcept
 {
     for (int64_t k = 0; k < width; ++k) {
-        energy[k] += x0 * x0 - b[k] * b[k];
-        corr[k] += x0 * a[k] - a[k] * b[k];
+        double e = energy[k];
+        double c = corr[k];
+        for (int64_t j = 0; j < count; ++j) {
+            e += x[j] * x[j] - b[j][k] * b[j][k];
+            c += x[j] * a[j][k] - a[j][k] * b[j][k];
+        }
+        energy[k] = e;
+        corr[k] = c;
     }
 }
 
@@ -172,27 +178,38 @@ template <int V>
     for (; l0 < lags; l0 += V) autocorrelation_block<V, 1>(x, len, l0, lags, r);
 }
 
-// V lags at a time.
+// V lags at a time, their sums kept in registers over the samples.
 template <int V>
-[[gnu::always_inline]] inline void lag_window_update_body(double* energy, double* corr, int64_t width, double x0,
-                                                          const double* a, const double* b) noexcept
+[[gnu::always_inline]] inline void lag_window_update_body(double* energy, double* corr, int64_t width,
+                                                          int64_t count, const double* x, const double* const* a,
+                                                          const double* const* b) noexcept
 {
     using vec = typename lanes<V>::vec;
-    const vec vx = vec{} + x0;
-    const vec vxx = vec{} + x0 * x0;
     int64_t k = 0;
     for (; k + V <= width; k += V) {
-        vec va, vb, e, c;
-        std::memcpy(&va, a + k, sizeof va);
-        std::memcpy(&vb, b + k, sizeof vb);
+        vec e, c;
         std::memcpy(&e, energy + k, sizeof e);
         std::memcpy(&c, corr + k, sizeof c);
-        e += vxx - vb * vb;
-        c += vx * va - va * vb;
+        for (int64_t j = 0; j < count; ++j) {
+            const vec vx = vec{} + x[j];
+            const vec vxx = vec{} + x[j] * x[j];
+            vec va, vb;
+            std::memcpy(&va, a[j] + k, sizeof va);
+            std::memcpy(&vb, b[j] + k, sizeof vb);
+            e += vxx - vb * vb;
+            c += vx * va - va * vb;
+        }
         std::memcpy(energy + k, &e, sizeof e);
         std::memcpy(corr + k, &c, sizeof c);
     }
-    lag_window_update_scalar(energy + k, corr + k, width - k, x0, a + k, b + k);
+    if (k == width) return;
+    const double* a_rest[max_samples_on];
+    const double* b_rest[max_samples_on];
+    for (int64_t j = 0; j < count; ++j) {
+        a_rest[j] = a[j] + k;
+        b_rest[j] = b[j] + k;
+    }
+    lag_window_update_scalar(energy + k, corr + k, width - k, count, x, a_rest, b_rest);
 }
 
 // V entries from the front and their V partners from the back at a time,
@@ -261,10 +278,10 @@ void autocorrelation_sse2(const double* x, int64_t len, int64_t lags, double* r)
 {
     autocorrelation_body<2>(x, len, lags, r);
 }
-void lag_window_update_sse2(double* energy, double* corr, int64_t width, double x0, const double* a,
-                            const double* b) noexcept
+void lag_window_update_sse2(double* energy, double* corr, int64_t width, int64_t count, const double* x,
+                            const double* const* a, const double* const* b) noexcept
 {
-    lag_window_update_body<2>(energy, corr, width, x0, a, b);
+    lag_window_update_body<2>(energy, corr, width, count, x, a, b);
 }
 
 void step_up_sse2(double* a, int64_t n, double k) noexcept
@@ -301,10 +318,11 @@ __attribute__((target("avx2"))) void autocorrelation_avx2(const double* x, int64
 {
     autocorrelation_body<4>(x, len, lags, r);
 }
-__attribute__((target("avx2"))) void lag_window_update_avx2(double* energy, double* corr, int64_t width, double x0,
-                                                            const double* a, const double* b) noexcept
+__attribute__((target("avx2"))) void lag_window_update_avx2(double* energy, double* corr, int64_t width,
+                                                            int64_t count, const double* x, const double* const* a,
+                                                            const double* const* b) noexcept
 {
-    lag_window_update_body<4>(energy, corr, width, x0, a, b);
+    lag_window_update_body<4>(energy, corr, width, count, x, a, b);
 }
 
 constexpr table sse2_table = {dot_sse2,     autocorrelation_sse2, lag_window_update_sse2,

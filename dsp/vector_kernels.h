@@ -29,12 +29,16 @@ struct table {
     // summed in the order of i. x must be readable up to
     // x[len + lags + padding).
     void (*autocorrelation)(const double* x, int64_t len, int64_t lags, double* r) noexcept;
-    // The running sums of a window of lags, one sample on: for k below
-    // width, with x0 the newest sample, a[k] the sample lag k back and b[k]
+    // The running sums of a window of lags, `count` samples on (at most
+    // max_samples_on), oldest first: for j below count and k below width,
+    // with x[j] the sample, a[j][k] the one lag k back from it and b[j][k]
     // the one twice as far back,
-    //   energy[k] += x0 * x0 - b[k] * b[k];   corr[k] += x0 * a[k] - a[k] * b[k].
-    void (*lag_window_update)(double* energy, double* corr, int64_t width, double x0, const double* a,
-                              const double* b) noexcept;
+    //   energy[k] += x[j] * x[j] - b[j][k] * b[j][k];
+    //   corr[k] += x[j] * a[j][k] - a[j][k] * b[j][k].
+    // Each sum takes its samples in order, so several samples at once give
+    // the same sums as one at a time.
+    void (*lag_window_update)(double* energy, double* corr, int64_t width, int64_t count, const double* x,
+                              const double* const* a, const double* const* b) noexcept;
     // One order of the step-up of a predictor, in place: for j below n,
     // a[j] -= k * a[n - 1 - j], every right side taken before any change.
     void (*step_up)(double* a, int64_t n, double k) noexcept;
@@ -45,6 +49,9 @@ struct table {
     // when none equals it (a value that is not a number).
     int64_t (*first_minimum)(const double* v, int64_t n) noexcept;
 };
+
+// The most samples lag_window_update takes at once.
+constexpr int64_t max_samples_on = 8;
 
 // Entries autocorrelation may read past x[len + lags).
 constexpr int64_t padding = 16;

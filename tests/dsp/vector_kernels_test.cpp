@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <vector>
@@ -33,6 +34,22 @@ struct Lag_Window_Input {
         }
     }
 };
+
+// The lag window's sums taken `count` samples on, from x[first] to
+// x[first + count - 1], in one call of a level's kernel.
+void take_samples(const vector_kernels::table& k, std::vector<double>& energy, std::vector<double>& corr,
+                  const std::vector<double>& x, int64_t lag, int64_t first, int64_t count)
+{
+    const int64_t width = int64_t(energy.size());
+    std::vector<Lag_Window_Input> in;
+    std::vector<const double*> a, b;
+    for (int64_t j = 0; j < count; ++j) in.emplace_back(x, first + j, lag, width);
+    for (const auto& i : in) {
+        a.push_back(i.a.data());
+        b.push_back(i.b.data());
+    }
+    k.lag_window_update(energy.data(), corr.data(), width, count, x.data() + first, a.data(), b.data());
+}
 
 // Every level this processor runs, the scalar one included.
 std::vector<level> levels()
@@ -76,7 +93,8 @@ TEST(VectorKernels, DotProductsAgreeWithAnExactSumAtEveryLevel)
 
 // The per-lag kernels and the step-up give every level the same operations in
 // the same order as the scalar path: bit for bit the same results, over
-// widths with remainders and over many samples of running sums.
+// widths with remainders and over many samples of running sums, which each
+// level takes in several at once and the scalar path one at a time.
 TEST(VectorKernels, LagSumsAreTheScalarOnesAtEveryLevel)
 {
     const auto& scalar = vector_kernels::kernels_for(level::scalar);
@@ -92,12 +110,10 @@ TEST(VectorKernels, LagSumsAreTheScalarOnesAtEveryLevel)
         }
         for (int64_t width : {1, 3, 8, 9, 48, 60, 250}) {
             std::vector<double> e1(size_t(width), 0.5), c1(size_t(width), -0.25), e2(e1), c2(c1);
-            const int64_t lag = 40;
-            for (int64_t n = 2 * (lag + width); n < 2 * (lag + width) + 500; ++n) {
-                const Lag_Window_Input in(x, n, lag, width);
-                scalar.lag_window_update(e1.data(), c1.data(), width, x[size_t(n)], in.a.data(), in.b.data());
-                k.lag_window_update(e2.data(), c2.data(), width, x[size_t(n)], in.a.data(), in.b.data());
-            }
+            const int64_t lag = 40, start = 2 * (lag + width), end = start + 500;
+            for (int64_t n = start; n < end; ++n) take_samples(scalar, e1, c1, x, lag, n, 1);
+            for (int64_t n = start, count = 1; n < end; n += count, count = count % 5 + 1)
+                take_samples(k, e2, c2, x, lag, n, std::min(count, end - n));
             EXPECT_EQ(e1, e2) << "energy, level " << int(l) << ", width " << width;
             EXPECT_EQ(c1, c2) << "correlation, level " << int(l) << ", width " << width;
         }
@@ -166,11 +182,8 @@ TEST(VectorKernels, RunningLagSumsEqualTheirDirectSums)
         std::vector<double> y(x);
         std::fill(y.begin(), y.begin() + start, 0.0);
         const int64_t end = 1500;
-        for (int64_t n = start; n < end; ++n) {
-            const Lag_Window_Input in(y, n, lag, width);
-            vector_kernels::kernels_for(l).lag_window_update(energy.data(), corr.data(), width, y[size_t(n)],
-                                                            in.a.data(), in.b.data());
-        }
+        for (int64_t n = start; n < end; ++n)
+            take_samples(vector_kernels::kernels_for(l), energy, corr, y, lag, n, 1);
         for (int64_t k = 0; k < width; ++k) {
             const int64_t L = lag + k;
             double e = 0.0, c = 0.0;
