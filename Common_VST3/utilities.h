@@ -36,6 +36,11 @@ double DB_ToAmp(double dB);
 inline int64_t Round_ToInt(float x)
 {
     const double v = x;
+    // Below 2^24 in size every whole number is a float, so the trip back
+    // through a float changes nothing and is left out.
+    constexpr double whole = 16777216.0;
+    if (v > 0.0 && v < whole) return int64_t(v + 0.5);
+    if (v <= 0.0 && v > -whole) return -int64_t(0.5 - v);
     // Below 2^52 the floor of a positive value is its truncation, which needs
     // no rounding mode; beyond, the library's floor.
     constexpr double exact = 4503599627370496.0;

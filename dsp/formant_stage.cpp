@@ -258,9 +258,14 @@ void formant_stage::analyze_formants(const double* period_ring, int64_t index, i
             store_reversed(lpc_order, predictor, analysis_coef[set_index]);
             analysis_filled[set_index] = true;
 
+            // An unstretched tube (the usual case) warps the areas into
+            // themselves, and the synthesis filter is the analysis filter's
+            // predictor over again.
             const int64_t m = warp_area(bypass);
-            area_to_reflection(m, k, warped_area);
-            reflection_to_predictor(m, k, predictor, blend_coef);
+            if (m != lpc_order || !std::equal(warped_area, warped_area + m, area)) {
+                area_to_reflection(m, k, warped_area);
+                reflection_to_predictor(m, k, predictor, blend_coef);
+            }
             store_reversed(m, predictor, synth_coef[set_index]);
             synth_taps[set_index] = m;
         }
