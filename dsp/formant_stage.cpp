@@ -93,6 +93,22 @@ void store_reversed(int64_t n, const double* a, double* row) noexcept
     for (int64_t j = 0; j < n; ++j) row[engine::max_taps - 1 - j] = a[j];
 }
 
+// A filter of `taps` coefficients runs over the whole vectors that hold
+// them: the zeros that lie before them in their rows pad the count to a
+// multiple of 4. A row too short for that pads nothing.
+int64_t padded_taps(int64_t taps) noexcept
+{
+    const int64_t padded = (taps + 3) / 4 * 4;
+    return padded <= engine::max_taps ? padded : taps;
+}
+
+// The sum of x[i] * coef[i] over a filter's padded taps.
+double filter_sum(const double* x, const double* coef, int64_t padded) noexcept
+{
+    const auto& kernels = vector_kernels::kernels();
+    return padded % 4 == 0 ? kernels.dot_padded(x, coef, padded) : kernels.dot(x, coef, padded);
+}
+
 } // namespace
 
 formant_stage::formant_stage()
@@ -232,11 +248,21 @@ void formant_stage::analyze_formants(const double* period_ring, int64_t index, i
         // the envelope and not the harmonics. Its width is the spacing of the
         // harmonics: the detector's period, or a whole fraction of it when
         // the segment repeats within that period.
+        // sin(l theta) comes from the one before by a rotation through
+        // theta, which keeps its error within about l rounding steps.
         const double w = p != 0.0 ? p / double(harmonic_divisor(r, len, p)) : double(len);
+        const double theta = M_PI / w;
+        const double sin_step = std::sin(theta);
+        const double cos_step = std::cos(theta);
+        double sin_l = sin_step;
+        double cos_l = cos_step;
         for (int64_t l = 1; l <= lpc_order; ++l) {
             const double a = double(l) * M_PI / w;
-            const double sinc = std::sin(a) / a;
+            const double sinc = sin_l / a;
             r[l] *= sinc * sinc;
+            const double next_sin = sin_l * cos_step + cos_l * sin_step;
+            cos_l = cos_l * cos_step - sin_l * sin_step;
+            sin_l = next_sin;
         }
         corr_smoother.do_smoothing(r, int32_t(lpc_order + 1));
         if (r[0] < 1e-12) r[0] = 1.0;
@@ -336,7 +362,8 @@ double formant_stage::inverse_filter(int64_t index, int channel) noexcept
     const double* x = pre_ring[channel] + engine::ring_len + i;
     // Empty sets (formants off) pass the sample as their zeros would.
     if (!analysis_filled[set_index] && (set_mix >= 1.0 || !analysis_filled[prev_set_index])) return x[0];
-    const int64_t first = engine::max_taps - lpc_order;
+    const int64_t taps = padded_taps(lpc_order);
+    const int64_t first = engine::max_taps - taps;
     const double* coef = analysis_coef[set_index];
     if (set_mix < 1.0) {
         const double* old = analysis_coef[prev_set_index];
@@ -344,9 +371,9 @@ double formant_stage::inverse_filter(int64_t index, int channel) noexcept
             blend_coef[j] = set_mix * coef[j] + (1.0 - set_mix) * old[j];
         coef = blend_coef;
     }
-    // The sample and the lpc_order before it, oldest first, in one piece of
-    // the mirrored ring.
-    return x[0] - vector_kernels::kernels().dot(x - lpc_order, coef + first, lpc_order);
+    // The samples before this one, oldest first, in one piece of the
+    // mirrored ring.
+    return x[0] - filter_sum(x - taps, coef + first, taps);
 }
 
 double formant_stage::synthesis_filter(int64_t position, int channel, double x) noexcept
@@ -358,17 +385,19 @@ double formant_stage::synthesis_filter(int64_t position, int channel, double x) 
     const double w = mix_ring[position];
     int64_t taps = synth_taps[c];
     const double* coef = synth_coef[c];
-    if (w < 1.0 && synth_taps[p] != 0) {
-        taps = std::max(taps, synth_taps[p]);
+    const bool blend = w < 1.0 && synth_taps[p] != 0;
+    if (blend) taps = std::max(taps, synth_taps[p]);
+    taps = padded_taps(taps);
+    if (blend) {
         for (int64_t t = engine::max_taps - taps; t < engine::max_taps; ++t)
             blend_coef[t] = synth_coef[p][t] * (1.0 - w) + synth_coef[c][t] * w;
         coef = blend_coef;
     }
-    // The taps outputs before this one, oldest first, in one piece of the
+    // The outputs before this one, oldest first, in one piece of the
     // mirrored history.
     double* history = synth_history[channel];
     const double* past = history + history_index + engine::max_taps - taps;
-    const double y = x + vector_kernels::kernels().dot(past, coef + engine::max_taps - taps, taps);
+    const double y = x + filter_sum(past, coef + engine::max_taps - taps, taps);
     history[history_index] = history[history_index + engine::max_taps] = y;
     if (channel == 0) history_index = history_index + 1 == engine::max_taps ? 0 : history_index + 1;
     return y;

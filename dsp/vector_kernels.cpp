@@ -20,6 +20,11 @@ double dot_scalar(const double* a, const double* b, int64_t n) noexcept
     return sum;
 }
 
+double dot_padded_scalar(const double* a, const double* b, int64_t n) noexcept
+{
+    return dot_scalar(a, b, n);
+}
+
 void autocorrelation_scalar(const double* x, int64_t len, int64_t lags, double* r) noexcept
 {
     for (int64_t l = 0; l < lags; ++l) {
@@ -82,7 +87,7 @@ int64_t first_minimum_scalar(const double* v, int64_t n) noexcept
     return first_equal(v, n, least);
 }
 
-constexpr table scalar_table = {dot_scalar,     autocorrelation_scalar, lag_window_update_scalar,
+constexpr table scalar_table = {dot_scalar, dot_padded_scalar,     autocorrelation_scalar, lag_window_update_scalar,
                                 step_up_scalar, step_up_all_scalar,     first_minimum_scalar};
 
 #if defined(__x86_64__) || defined(__i386__)
@@ -145,6 +150,46 @@ template <int V>
     for (int j = 0; j < V; ++j) sum += s0[j];
     for (; i < n; ++i) sum += a[i] * b[i];
     return sum;
+}
+
+// For n a multiple of 4: four partial sums while they fill, then one, and
+// the lanes added pairwise, so that the sum is ready a few additions after
+// the last product.
+template <int V>
+[[gnu::always_inline]] inline double dot_padded_body(const double* a, const double* b, int64_t n) noexcept
+{
+    using vec = typename lanes<V>::vec;
+    vec s0 = {}, s1 = {}, s2 = {}, s3 = {};
+    int64_t i = 0;
+    for (; i + 4 * V <= n; i += 4 * V) {
+        vec a0, a1, a2, a3, b0, b1, b2, b3;
+        std::memcpy(&a0, a + i, sizeof a0);
+        std::memcpy(&a1, a + i + V, sizeof a1);
+        std::memcpy(&a2, a + i + 2 * V, sizeof a2);
+        std::memcpy(&a3, a + i + 3 * V, sizeof a3);
+        std::memcpy(&b0, b + i, sizeof b0);
+        std::memcpy(&b1, b + i + V, sizeof b1);
+        std::memcpy(&b2, b + i + 2 * V, sizeof b2);
+        std::memcpy(&b3, b + i + 3 * V, sizeof b3);
+        s0 += a0 * b0;
+        s1 += a1 * b1;
+        s2 += a2 * b2;
+        s3 += a3 * b3;
+    }
+    for (; i < n; i += V) {
+        vec a0, b0;
+        std::memcpy(&a0, a + i, sizeof a0);
+        std::memcpy(&b0, b + i, sizeof b0);
+        s0 += a0 * b0;
+    }
+    s0 = (s0 + s1) + (s2 + s3);
+    if constexpr (V == 4) {
+        using half = typename lanes<2>::vec;
+        const half h = half{s0[0], s0[1]} + half{s0[2], s0[3]};
+        return h[0] + h[1];
+    } else {
+        return s0[0] + s0[1];
+    }
 }
 
 // One block of `block` V lags from l0, each lag a lane that sums over i in
@@ -274,6 +319,10 @@ double dot_sse2(const double* a, const double* b, int64_t n) noexcept
 {
     return dot_body<2>(a, b, n);
 }
+double dot_padded_sse2(const double* a, const double* b, int64_t n) noexcept
+{
+    return dot_padded_body<2>(a, b, n);
+}
 void autocorrelation_sse2(const double* x, int64_t len, int64_t lags, double* r) noexcept
 {
     autocorrelation_body<2>(x, len, lags, r);
@@ -313,6 +362,10 @@ __attribute__((target("avx2"))) double dot_avx2(const double* a, const double* b
 {
     return dot_body<4>(a, b, n);
 }
+__attribute__((target("avx2"))) double dot_padded_avx2(const double* a, const double* b, int64_t n) noexcept
+{
+    return dot_padded_body<4>(a, b, n);
+}
 __attribute__((target("avx2"))) void autocorrelation_avx2(const double* x, int64_t len, int64_t lags,
                                                           double* r) noexcept
 {
@@ -325,9 +378,9 @@ __attribute__((target("avx2"))) void lag_window_update_avx2(double* energy, doub
     lag_window_update_body<4>(energy, corr, width, count, x, a, b);
 }
 
-constexpr table sse2_table = {dot_sse2,     autocorrelation_sse2, lag_window_update_sse2,
+constexpr table sse2_table = {dot_sse2, dot_padded_sse2,     autocorrelation_sse2, lag_window_update_sse2,
                               step_up_sse2, step_up_all_sse2,     first_minimum_sse2};
-constexpr table avx2_table = {dot_avx2,     autocorrelation_avx2, lag_window_update_avx2,
+constexpr table avx2_table = {dot_avx2, dot_padded_avx2,     autocorrelation_avx2, lag_window_update_avx2,
                               step_up_avx2, step_up_all_avx2,     first_minimum_avx2};
 
 #endif

@@ -25,6 +25,9 @@ constexpr int level_count = 3;
 struct table {
     // sum of a[i] * b[i] for i below n.
     double (*dot)(const double* a, const double* b, int64_t n) noexcept;
+    // The same sum for n a multiple of 4 (zeros padding a shorter one),
+    // without a remainder: the per-sample filters' form.
+    double (*dot_padded)(const double* a, const double* b, int64_t n) noexcept;
     // r[l] = sum for i below len of x[i] * x[i + l], for l below lags, each
     // summed in the order of i. x must be readable up to
     // x[len + lags + padding).
