@@ -71,13 +71,14 @@ TEST(VectorKernels, TheChosenLevelRunsHere)
 // The sum of products in any order is within (n + 1) 2^-52 of the sum of
 // their magnitudes from the exact value; the exact value is approached by a
 // long double sum. Lengths cover the empty sum, the remainders below one
-// vector and below four, and the segment lengths of the engine.
+// vector and below four, and the segment lengths of the engine; those that
+// are multiples of 4 also the padded filters' form.
 TEST(VectorKernels, DotProductsAgreeWithAnExactSumAtEveryLevel)
 {
     const auto a = noise(4000, 1), b = noise(4000, 2);
     for (level l : levels()) {
         const auto& k = vector_kernels::kernels_for(l);
-        for (int64_t n : {0, 1, 3, 7, 15, 33, 50, 61, 110, 999, 3488}) {
+        for (int64_t n : {0, 1, 3, 4, 7, 12, 15, 33, 50, 52, 61, 108, 110, 999, 3488}) {
             long double exact = 0.0L;
             double magnitude = 0.0;
             for (int64_t i = 0; i < n; ++i) {
@@ -87,6 +88,10 @@ TEST(VectorKernels, DotProductsAgreeWithAnExactSumAtEveryLevel)
             const double bound = double(n + 1) * std::ldexp(1.0, -52) * magnitude;
             EXPECT_LE(std::fabs(double(k.dot(a.data(), b.data(), n) - exact)), bound)
                 << "level " << int(l) << ", n " << n;
+            if (n % 4 == 0) {
+                EXPECT_LE(std::fabs(double(k.dot_padded(a.data(), b.data(), n) - exact)), bound)
+                    << "padded, level " << int(l) << ", n " << n;
+            }
         }
     }
 }
