@@ -6,45 +6,32 @@
 #include "Common_VST3/utilities.h"
 #include "dsp/vector_kernels.h"
 
-namespace {
-
-// One order up: a[j] -= k_i * a[i - 1 - j] for j below i, from the old values,
-// then a[i] = k_i.
-void step_up(int64_t i, double k_i, double* a) noexcept
-{
-    vector_kernels::kernels().step_up(a, i, k_i);
-    a[i] = k_i;
-}
-
-} // namespace
-
 int levinson(int64_t n, const double* r, double* a, double* k, double* scratch) noexcept
 {
     int result = 0;
-    if (n < 1) result += 1;
+    if (n < 1 || n > engine::max_taps) result += 1;
     if (!(r[0] > 0.0)) result += 2;
     if (result != 0) return result;
     (void)scratch;
-    // r reversed, so that the sum of a[j] * r[i - j] runs forward through
-    // both: reversed[n - i + j] = r[i - j].
-    double reversed[engine::max_taps + 1];
-    const bool forward = n <= engine::max_taps;
-    if (forward)
-        for (int64_t m = 0; m <= n; ++m) reversed[m] = r[n - m];
+    // The reflection coefficients by the lattice form of the recursion
+    // (Schur's): at order i, p[m] is the correlation of the forward
+    // prediction error with the signal m back, for m from i + 1, and q[t]
+    // that of the backward error with the signal t + i back. Then
+    //   k[i] = p[i + 1] / q[0], the error's energy q[0],
+    // and one lattice step takes both to order i + 1. It gives the textbook
+    // recursion's coefficients without its sum over the predictor at each
+    // order: each order waits for one division and one multiply-subtract.
+    double p[engine::max_taps + 1];
+    double q[engine::max_taps + 1];
+    std::copy(r, r + n + 1, p);
+    std::copy(r, r + n + 1, q);
     const auto& kernels = vector_kernels::kernels();
-    double e = r[0];
     for (int64_t i = 0; i < n; ++i) {
-        double acc = 0.0;
-        if (forward) {
-            acc = kernels.dot(a, reversed + n - i, i);
-        } else {
-            for (int64_t j = 0; j < i; ++j) acc += a[j] * r[i - j];
-        }
-        k[i] = (r[i + 1] - acc) / e;
+        k[i] = p[i + 1] / q[0];
         if (int64_t(k[i]) != 0 || !std::isfinite(k[i])) return 4;
-        step_up(i, k[i], a);
-        e *= 1.0 - k[i] * k[i];
+        if (i + 1 < n) kernels.lattice_step(p + i + 1, q, n - i, k[i]);
     }
+    if (a != nullptr) kernels.step_up_all(k, n, a);
     return 0;
 }
 
@@ -268,10 +255,9 @@ void formant_stage::analyze_formants(const double* period_ring, int64_t index, i
         if (r[0] < 1e-12) r[0] = 1.0;
         r[0] *= noise_factor;
 
-        double a[engine::max_taps];
         double k[engine::max_taps];
         double predictor[engine::max_taps];
-        if (levinson(lpc_order, r, a, k, blend_coef) != 0) {
+        if (levinson(lpc_order, r, nullptr, k, blend_coef) != 0) {
             // An ill-conditioned analysis: the present set stays.
             corr_smoother.reset_smoothing();
             area_smoother.reset_smoothing();

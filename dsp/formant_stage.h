@@ -11,9 +11,11 @@
 // a[j] * x[t - 1 - j]), `k` the reflection coefficients, `area` the tube's
 // section areas relative to the first. None of them allocates.
 
-// The Levinson recursion from the autocorrelation r[0 .. n]. Answers 0, or
-// 1 for n below 1 plus 2 for a non-positive r[0], or 4 when a reflection
-// coefficient reaches 1 in magnitude (an ill-conditioned analysis).
+// The Levinson recursion from the autocorrelation r[0 .. n]: the reflection
+// coefficients k and, unless `a` is null, the predictor. Answers 0, or 1 for
+// n below 1 or above engine::max_taps plus 2 for a non-positive r[0], or 4
+// when a reflection coefficient reaches 1 in magnitude (an ill-conditioned
+// analysis).
 int levinson(int64_t n, const double* r, double* a, double* k, double* scratch) noexcept;
 void reflection_to_area(int64_t n, const double* k, double* area) noexcept;
 void area_to_reflection(int64_t n, double* k, const double* area) noexcept;

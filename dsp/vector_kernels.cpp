@@ -49,6 +49,15 @@ void lag_window_update_scalar(double* energy, double* corr, int64_t width, int64
     }
 }
 
+void lattice_step_scalar(double* p, double* q, int64_t n, double k) noexcept
+{
+    for (int64_t t = 0; t < n; ++t) {
+        const double pt = p[t], qt = q[t];
+        p[t] = pt - k * qt;
+        q[t] = qt - k * pt;
+    }
+}
+
 // Pairs from both ends towards the middle, where an odd n leaves one entry
 // paired with itself.
 void step_up_scalar(double* a, int64_t n, double k) noexcept
@@ -87,8 +96,7 @@ int64_t first_minimum_scalar(const double* v, int64_t n) noexcept
     return first_equal(v, n, least);
 }
 
-constexpr table scalar_table = {dot_scalar, dot_padded_scalar,     autocorrelation_scalar, lag_window_update_scalar,
-                                step_up_scalar, step_up_all_scalar,     first_minimum_scalar};
+constexpr table scalar_table = {dot_scalar, dot_padded_scalar,     autocorrelation_scalar, lag_window_update_scalar, lattice_step_scalar, step_up_scalar, step_up_all_scalar,     first_minimum_scalar};
 
 #if defined(__x86_64__) || defined(__i386__)
 
@@ -257,6 +265,25 @@ template <int V>
     lag_window_update_scalar(energy + k, corr + k, width - k, count, x, a_rest, b_rest);
 }
 
+// V entries of both at a time.
+template <int V>
+[[gnu::always_inline]] inline void lattice_step_body(double* p, double* q, int64_t n, double k) noexcept
+{
+    using vec = typename lanes<V>::vec;
+    const vec vk = vec{} + k;
+    int64_t t = 0;
+    for (; t + V <= n; t += V) {
+        vec pt, qt;
+        std::memcpy(&pt, p + t, sizeof pt);
+        std::memcpy(&qt, q + t, sizeof qt);
+        const vec new_p = pt - vk * qt;
+        const vec new_q = qt - vk * pt;
+        std::memcpy(p + t, &new_p, sizeof new_p);
+        std::memcpy(q + t, &new_q, sizeof new_q);
+    }
+    lattice_step_scalar(p + t, q + t, n - t, k);
+}
+
 // V entries from the front and their V partners from the back at a time,
 // while the two blocks do not overlap; the middle as the scalar level does.
 template <int V>
@@ -333,6 +360,14 @@ void lag_window_update_sse2(double* energy, double* corr, int64_t width, int64_t
     lag_window_update_body<2>(energy, corr, width, count, x, a, b);
 }
 
+void lattice_step_sse2(double* p, double* q, int64_t n, double k) noexcept
+{
+    lattice_step_body<2>(p, q, n, k);
+}
+__attribute__((target("avx2"))) void lattice_step_avx2(double* p, double* q, int64_t n, double k) noexcept
+{
+    lattice_step_body<4>(p, q, n, k);
+}
 void step_up_sse2(double* a, int64_t n, double k) noexcept
 {
     step_up_body<2>(a, n, k);
@@ -378,10 +413,8 @@ __attribute__((target("avx2"))) void lag_window_update_avx2(double* energy, doub
     lag_window_update_body<4>(energy, corr, width, count, x, a, b);
 }
 
-constexpr table sse2_table = {dot_sse2, dot_padded_sse2,     autocorrelation_sse2, lag_window_update_sse2,
-                              step_up_sse2, step_up_all_sse2,     first_minimum_sse2};
-constexpr table avx2_table = {dot_avx2, dot_padded_avx2,     autocorrelation_avx2, lag_window_update_avx2,
-                              step_up_avx2, step_up_all_avx2,     first_minimum_avx2};
+constexpr table sse2_table = {dot_sse2, dot_padded_sse2,     autocorrelation_sse2, lag_window_update_sse2, lattice_step_sse2, step_up_sse2, step_up_all_sse2,     first_minimum_sse2};
+constexpr table avx2_table = {dot_avx2, dot_padded_avx2,     autocorrelation_avx2, lag_window_update_avx2, lattice_step_avx2, step_up_avx2, step_up_all_avx2,     first_minimum_avx2};
 
 #endif
 

@@ -7,8 +7,8 @@
 // processor offers, so that one build runs on any x86-64 machine and uses
 // the widest vectors it has.
 //
-// Every level of lag_window_update, autocorrelation, step_up, step_up_all
-// and first_minimum computes each entry by the same operations in the same
+// Every level of lag_window_update, autocorrelation, lattice_step, step_up,
+// step_up_all and first_minimum computes each entry by the same operations in the same
 // order as the scalar level, so their results are the same to the last bit. A dot product's vector levels add in
 // several partial sums, so it may differ from the scalar sum in the last
 // bits (a relative difference of the order of n * 2^-53).
@@ -42,6 +42,10 @@ struct table {
     // the same sums as one at a time.
     void (*lag_window_update)(double* energy, double* corr, int64_t width, int64_t count, const double* x,
                               const double* const* a, const double* const* b) noexcept;
+    // One order of the lattice of the reflection coefficients, in place: for
+    // t below n, p[t] -= k * q[t] and q[t] -= k * p[t], every right side
+    // taken before any change.
+    void (*lattice_step)(double* p, double* q, int64_t n, double k) noexcept;
     // One order of the step-up of a predictor, in place: for j below n,
     // a[j] -= k * a[n - 1 - j], every right side taken before any change.
     void (*step_up)(double* a, int64_t n, double k) noexcept;

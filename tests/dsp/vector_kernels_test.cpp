@@ -127,6 +127,11 @@ TEST(VectorKernels, LagSumsAreTheScalarOnesAtEveryLevel)
             scalar.step_up(want.data(), n, 0.37);
             k.step_up(got.data(), n, 0.37);
             EXPECT_EQ(want, got) << "step-up, level " << int(l) << ", n " << n;
+            std::vector<double> p_want(x.begin() + 100, x.begin() + 100 + n), p_got(p_want), q_got(want);
+            scalar.lattice_step(p_want.data(), want.data(), n, -0.61);
+            k.lattice_step(p_got.data(), q_got.data(), n, -0.61);
+            EXPECT_EQ(p_want, p_got) << "lattice, level " << int(l) << ", n " << n;
+            EXPECT_EQ(want, q_got) << "lattice, level " << int(l) << ", n " << n;
             std::vector<double> whole_want(static_cast<size_t>(n)), whole_got(static_cast<size_t>(n));
             scalar.step_up_all(x.data(), n, whole_want.data());
             k.step_up_all(x.data(), n, whole_got.data());
