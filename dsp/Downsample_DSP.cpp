@@ -5,6 +5,8 @@
 #include <complex>
 #include <cstring>
 
+#include "dsp/cascade_kernels.h"
+
 namespace {
 
 // Order of the decimation filter: six second-order sections.
@@ -75,70 +77,10 @@ Complex response(const Downsample_DSP::Section* sections, int count, double gain
     return h;
 }
 
-// The cascade of `count` sections over a buffer, from and to may be the
-// same: each section y = x + b1 x1 + x2 - a1 y1 - a2 y2 in doubles, its
-// output rounded to a float. The sections run one after the other on each
-// sample rather than each over the whole buffer: the same arithmetic, but
-// the recursions of the sections overlap in the processor instead of waiting
-// for one another. A section's inputs are the outputs of the one before it,
-// so only the first keeps inputs of its own: the state left (fourteen
-// doubles for six sections) stays in registers through the loop, and is
-// written back in the stored form, where x1 and x2 of a section repeat y1
-// and y2 of the one before. N is the count when it is known at compile time,
-// else 0.
-template <int N>
-void run_cascade(const Downsample_DSP::Section* k, int count, const float* from, float* to, int64_t frames,
-                 double* x1_state, double* x2_state, double* y1_state, double* y2_state) noexcept
-{
-    constexpr int most = Downsample_DSP::max_sections;
-    const int n = N > 0 ? N : count;
-    double y1[most], y2[most];
-    for (int s = 0; s < n; ++s) {
-        y1[s] = y1_state[s];
-        y2[s] = y2_state[s];
-    }
-    double in1 = x1_state[0];
-    double in2 = x2_state[0];
-    for (int64_t i = 0; i < frames; ++i) {
-        double x = from[i];
-        double x1 = in1;
-        double x2 = in2;
-        in2 = in1;
-        in1 = x;
-        for (int s = 0; s < n; ++s) {
-            const float y = float(x + k[s].b1 * x1 + x2 - k[s].a1 * y1[s] - k[s].a2 * y2[s]);
-            x1 = y1[s];
-            x2 = y2[s];
-            y2[s] = y1[s];
-            y1[s] = y;
-            x = y;
-        }
-        to[i] = float(x);
-    }
-    x1_state[0] = in1;
-    x2_state[0] = in2;
-    for (int s = 0; s < n; ++s) {
-        if (s > 0) {
-            x1_state[s] = y1[s - 1];
-            x2_state[s] = y2[s - 1];
-        }
-        y1_state[s] = y1[s];
-        y2_state[s] = y2[s];
-    }
-}
-
-void run_cascade(const Downsample_DSP::Section* k, int count, const float* from, float* to, int64_t frames,
-                 double* x1, double* x2, double* y1, double* y2) noexcept
-{
-    if (count == Downsample_DSP::max_sections)
-        run_cascade<Downsample_DSP::max_sections>(k, count, from, to, frames, x1, x2, y1, y2);
-    else
-        run_cascade<0>(k, count, from, to, frames, x1, x2, y1, y2);
-}
-
 } // namespace
 
-Downsample_DSP::Downsample_DSP(int64_t block_limit) : max_block(block_limit < 1 ? 1 : block_limit)
+Downsample_DSP::Downsample_DSP(int64_t block_limit)
+    : max_block(block_limit < 1 ? 1 : block_limit), cascade_run(cascade_kernels::kernel())
 {
     for (int c = 0; c < max_channels; ++c) {
         work_a[c] = new float[size_t(max_block)]();
@@ -185,6 +127,12 @@ void Downsample_DSP::configure_rate(double host_rate) noexcept
         section_gain = 1.0;
     } else {
         section_count = design_sections(sample_rate, decimationFactor, section_coef, &section_gain);
+    }
+    cascade.count = section_count;
+    for (int s = 0; s < section_count; ++s) {
+        cascade.b1[s] = section_coef[s].b1;
+        cascade.a1[s] = section_coef[s].a1;
+        cascade.a2[s] = section_coef[s].a2;
     }
     Downsample_DSP::reset();
 }
@@ -247,16 +195,23 @@ void Downsample_DSP::process(const float* const* in, float* const* out, int64_t 
 
     const int in_channels = stereo_in ? 2 : 1;
     const int64_t start_phase = phase;
-    int64_t count = 0;
+    cascade_kernels::stream paths[max_channels];
 
-    // Down: noise, the cascade, then every decimationFactor-th sample.
+    // Down: noise, the cascade, then every decimationFactor-th sample. The
+    // channels go through the cascade in one run, so that their recursions
+    // overlap.
     for (int c = 0; c < in_channels; ++c) {
         float* a = work_a[c];
         const float* source = in[c];
         for (int64_t i = 0; i < frames; ++i) a[i] = float(taken_input(source[i]) + noise.denormal_noise());
-        float* from = work_b[c];
-        run_cascade(section_coef, section_count, a, from, frames, down_x1[c], down_x2[c], down_y1[c], down_y2[c]);
+        paths[c] = {a, work_b[c], down_x1[c], down_x2[c], down_y1[c], down_y2[c]};
+    }
+    cascade_run(cascade, paths, in_channels, frames);
+    int64_t count = 0;
+    for (int c = 0; c < in_channels; ++c) {
         // Keep the samples on phase 0, packed at the head of work_a.
+        float* a = work_a[c];
+        const float* from = work_b[c];
         int64_t p = start_phase;
         count = 0;
         for (int64_t i = 0; i < frames; ++i) {
@@ -271,7 +226,7 @@ void Downsample_DSP::process(const float* const* in, float* const* out, int64_t 
     if (count > 0) process_block(engine_in, engine_out, count);
 
     // Up: zero stuffing with the engine samples scaled by the factor, then the
-    // cascade with its own state.
+    // cascade with its own state, in place, all channels in one run.
     for (int c = 0; c < out_channels; ++c) {
         float* stuffed = work_a[c];
         const float* engine_samples = work_b[c];
@@ -281,9 +236,13 @@ void Downsample_DSP::process(const float* const* in, float* const* out, int64_t 
             stuffed[i] = p == 0 ? float(engine_samples[next++] * double(decimationFactor)) : 0.0f;
             if (++p == decimationFactor) p = 0;
         }
-        run_cascade(section_coef, section_count, stuffed, stuffed, frames, up_x1[c], up_x2[c], up_y1[c], up_y2[c]);
+        paths[c] = {stuffed, stuffed, up_x1[c], up_x2[c], up_y1[c], up_y2[c]};
+    }
+    cascade_run(cascade, paths, out_channels, frames);
+    for (int c = 0; c < out_channels; ++c) {
+        const float* filtered = work_a[c];
         float* target = out[c];
-        for (int64_t i = 0; i < frames; ++i) target[i] = float(stuffed[i] * section_gain);
+        for (int64_t i = 0; i < frames; ++i) target[i] = float(filtered[i] * section_gain);
     }
 
     phase = (start_phase + frames) % decimationFactor;

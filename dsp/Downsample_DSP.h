@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "dsp/Noise_Generator.h"
+#include "dsp/cascade_kernels.h"
 
 // Rate conversion around the engine's block loop. Host rates above 50 kHz are
 // filtered down by an integer decimationFactor to the engine rate, processed by
@@ -12,7 +13,7 @@
 // the down and up paths, each of which keeps its own state.
 class Downsample_DSP {
 public:
-    static constexpr int max_sections = 6;
+    static constexpr int max_sections = cascade_kernels::max_sections;
     static constexpr int max_channels = 2;
 
     // Interface thread. Allocates the work buffers for blocks of up to
@@ -110,6 +111,10 @@ protected:
     Section section_coef[max_sections];
     int32_t section_count = 0;
     double section_gain = 1.0;
+    // The sections as the cascade runs them, and the level that runs them:
+    // the one chosen for this processor, unless a test sets another.
+    cascade_kernels::sections cascade;
+    cascade_kernels::function cascade_run;
     double down_y1[max_channels][max_sections], down_y2[max_channels][max_sections];
     double down_x1[max_channels][max_sections], down_x2[max_channels][max_sections];
     double up_y1[max_channels][max_sections], up_y2[max_channels][max_sections];

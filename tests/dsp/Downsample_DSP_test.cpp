@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <vector>
 
 #include "support/signals.h"
@@ -27,10 +28,29 @@ public:
         }
         seen.insert(seen.end(), in[0], in[0] + frames);
     }
+    // The cascade of one instruction-set level in place of the chosen one.
+    void use_level(vector_kernels::level l) { cascade_run = cascade_kernels::kernel_for(l); }
+    // Every filter state value of both paths and both channels.
+    std::vector<double> filter_state() const
+    {
+        std::vector<double> all;
+        for (const auto* state : {&down_x1, &down_x2, &down_y1, &down_y2, &up_x1, &up_x2, &up_y1, &up_y2})
+            all.insert(all.end(), &(*state)[0][0], &(*state)[0][0] + max_channels * max_sections);
+        return all;
+    }
     std::vector<float> seen;
     const float* last_in0 = nullptr;
     int calls = 0;
 };
+
+// The first index at which two arrays differ in any bit, -1 if none.
+template <class T>
+long first_bit_difference(const std::vector<T>& a, const std::vector<T>& b)
+{
+    for (size_t i = 0; i < std::min(a.size(), b.size()); ++i)
+        if (std::memcmp(&a[i], &b[i], sizeof(T)) != 0) return long(i);
+    return a.size() == b.size() ? -1 : long(std::min(a.size(), b.size()));
+}
 
 std::vector<float> run_mono(Recording_DSP& dsp, const std::vector<float>& x, int64_t block)
 {
@@ -236,4 +256,63 @@ TEST(Downsample_DSP, StereoChannelsStayApart)
     }
     for (size_t i = 0; i < 20000; ++i) ASSERT_NEAR(l2[i], r2[i], 1e-6);
     EXPECT_GT(test_signals::rms(r2, 10000, 10000), 0.3);
+}
+
+// Every instruction-set level of the cascade against the scalar level, its
+// reference, in one long run of the limit's blocks: the same output to the
+// last bit and the same state left behind, through both paths, for mono,
+// stereo and mono into stereo, in blocks of random lengths from one sample
+// up, with runs of short ones at the start.
+TEST(Downsample_DSP, EveryCascadeLevelGivesTheScalarResult)
+{
+    const size_t length = 12000;
+    const auto tone = test_signals::sine(length, 1234.5, 96000, 0.4);
+    const auto hiss_l = test_signals::noise(length, 0.3, 21), hiss_r = test_signals::noise(length, 0.3, 22);
+    std::vector<float> left(length), right(length);
+    for (size_t i = 0; i < length; ++i) {
+        left[i] = tone[i] + hiss_l[i];
+        right[i] = 0.5f * tone[i] - hiss_r[i];
+    }
+    struct Result {
+        std::vector<float> l, r;
+        std::vector<double> state;
+    };
+    auto render = [&](vector_kernels::level l, bool stereo_in, bool stereo_out, bool random_blocks) {
+        Recording_DSP dsp(1024);
+        dsp.set_sample_rate(96000);
+        dsp.set_channels(stereo_in, stereo_out);
+        dsp.use_level(l);
+        Result out{std::vector<float>(length), std::vector<float>(length), {}};
+        const int64_t short_blocks[] = {1, 1, 2, 3, 5, 8, 9, 10, 11, 12, 13, 21};
+        uint32_t seed = 5;
+        size_t pos = 0;
+        for (size_t k = 0; pos < length; ++k) {
+            seed = seed * 1664525u + 1013904223u;
+            int64_t n = random_blocks ? (k < std::size(short_blocks) ? short_blocks[k] : 1 + (seed >> 8) % 1024) : 1024;
+            n = std::min<int64_t>(n, int64_t(length - pos));
+            const float* in[2] = {left.data() + pos, right.data() + pos};
+            float* o[2] = {out.l.data() + pos, out.r.data() + pos};
+            dsp.process(in, o, n);
+            pos += size_t(n);
+        }
+        out.state = dsp.filter_state();
+        return out;
+    };
+    const struct {
+        bool stereo_in, stereo_out;
+    } layouts[] = {{false, false}, {true, true}, {false, true}};
+    for (const auto& layout : layouts) {
+        const Result want = render(vector_kernels::level::scalar, layout.stereo_in, layout.stereo_out, false);
+        for (int l = 0; l < vector_kernels::level_count; ++l) {
+            if (!vector_kernels::supported(vector_kernels::level(l))) continue;
+            const Result got = render(vector_kernels::level(l), layout.stereo_in, layout.stereo_out, true);
+            const auto where = testing::Message() << "level " << l << ", stereo in " << layout.stereo_in
+                                                  << ", stereo out " << layout.stereo_out;
+            EXPECT_EQ(first_bit_difference(got.l, want.l), -1) << where;
+            if (layout.stereo_out) {
+                EXPECT_EQ(first_bit_difference(got.r, want.r), -1) << where;
+            }
+            EXPECT_EQ(first_bit_difference(got.state, want.state), -1) << where;
+        }
+    }
 }
