@@ -195,16 +195,21 @@ void formant_stage::analyze_formants(const double* period_ring, int64_t index, i
                 for (int64_t i = 0; i < total; ++i) work[i] = x[engine::ring_back(index, i, engine::ring_len)];
             } else {
                 // Averaging each sample with the one a period before takes the
-                // harmonics' fine structure out of the segment.
+                // harmonics' fine structure out of the segment. The emphasised
+                // ring is mirrored, so a sample up to a ring's length back from
+                // a position lies at its index minus the distance in the
+                // mirror.
+                const double* mirror = x + engine::ring_len;
+                int64_t at = index;
                 for (int64_t i = 0; i < total; ++i) {
-                    const int64_t at = engine::ring_back(index, i, engine::ring_len);
                     const double here = period_ring[at];
                     const int64_t back = here == 0.0 ? 0 : Round_ToInt(float(here));
                     if (back <= 0 || i + back >= engine::ring_len) {
-                        work[i] = x[at];
+                        work[i] = mirror[at];
                     } else {
-                        work[i] = 0.5 * (x[at] + x[engine::ring_back(at, back, engine::ring_len)]);
+                        work[i] = 0.5 * (mirror[at] + mirror[at - back]);
                     }
+                    at = at == 0 ? engine::ring_len - 1 : at - 1;
                 }
             }
             // Fold the first samples into the end, so the segment closes on
