@@ -221,14 +221,27 @@ template <int V, int block>
     for (int64_t j = 0; j < block * V && l0 + j < lags; ++j) r[l0 + j] = sums[j];
 }
 
-// Blocks of 4 V lags while they fill, then of V.
+// Blocks of 8 V lags while they fill, then one block of the rest. Each
+// lane's sum waits for its last addition at every i, so a pass needs many
+// lanes side by side to keep the adder busy: a pass of one or two vectors
+// would take as long as one of eight.
 template <int V>
 [[gnu::always_inline]] inline void autocorrelation_body(const double* x, int64_t len, int64_t lags,
                                                         double* r) noexcept
 {
     int64_t l0 = 0;
-    for (; l0 + 4 * V <= lags; l0 += 4 * V) autocorrelation_block<V, 4>(x, len, l0, lags, r);
-    for (; l0 < lags; l0 += V) autocorrelation_block<V, 1>(x, len, l0, lags, r);
+    for (; l0 + 8 * V <= lags; l0 += 8 * V) autocorrelation_block<V, 8>(x, len, l0, lags, r);
+    switch ((lags - l0 + V - 1) / V) {
+    case 1: autocorrelation_block<V, 1>(x, len, l0, lags, r); break;
+    case 2: autocorrelation_block<V, 2>(x, len, l0, lags, r); break;
+    case 3: autocorrelation_block<V, 3>(x, len, l0, lags, r); break;
+    case 4: autocorrelation_block<V, 4>(x, len, l0, lags, r); break;
+    case 5: autocorrelation_block<V, 5>(x, len, l0, lags, r); break;
+    case 6: autocorrelation_block<V, 6>(x, len, l0, lags, r); break;
+    case 7: autocorrelation_block<V, 7>(x, len, l0, lags, r); break;
+    case 8: autocorrelation_block<V, 8>(x, len, l0, lags, r); break;
+    default: break;
+    }
 }
 
 // V lags at a time, their sums kept in registers over the samples.
