@@ -228,11 +228,14 @@ void formant_stage::analyze_formants(const double* period_ring, int64_t index, i
             }
         }
 
-        // A further first difference tilts the spectrum the fit sees.
-        const int64_t n = len + lpc_order;
-        const double wrap = work[len - 1];
-        for (int64_t i = n - 1; i > 0; --i) work[i] -= spectrum_emphasis * work[i - 1];
-        work[0] -= spectrum_emphasis * wrap;
+        // A further first difference tilts the spectrum the fit sees; with
+        // a coefficient of 0 it changes no sample.
+        if (spectrum_emphasis != 0.0) {
+            const int64_t n = len + lpc_order;
+            const double wrap = work[len - 1];
+            for (int64_t i = n - 1; i > 0; --i) work[i] -= spectrum_emphasis * work[i - 1];
+            work[0] -= spectrum_emphasis * wrap;
+        }
 
         double r[engine::max_taps + 2];
         vector_kernels::kernels().autocorrelation(work, len, lpc_order + 1, r);
