@@ -33,5 +33,8 @@ add_library(vst3sdk STATIC
 target_include_directories(vst3sdk SYSTEM PUBLIC ${VST3_SDK_ROOT})
 target_compile_definitions(vst3sdk PUBLIC RELEASE=1)
 target_compile_options(vst3sdk PRIVATE -w)
+# Compiled as it comes: a link-time optimisation would warn about its code at
+# every link that pulls it in.
+set_target_properties(vst3sdk PROPERTIES INTERPROCEDURAL_OPTIMIZATION OFF)
 find_package(Threads REQUIRED)
 target_link_libraries(vst3sdk PUBLIC Threads::Threads ${CMAKE_DL_LIBS})
