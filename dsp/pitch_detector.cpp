@@ -214,12 +214,6 @@ bool pitch_detector::arm(int64_t lag, int64_t newest) noexcept
     const double energy = vector_kernels::kernels().dot(h, h, 2 * lag);
     lag_energy[0] = energy;
     if (energy < lock_floor) return false; // too quiet to lock
-    for (int64_t k = 1; k < width; ++k) {
-        const int64_t l = base_lag + k;
-        const double a = h[2 * l - 2];
-        const double b = h[2 * l - 1];
-        lag_energy[k] = lag_energy[k - 1] + a * a + b * b;
-    }
     for (int64_t k = 0; k < width; ++k) lag_corr[k] = direct_corr(newest, base_lag + k);
     pending = 0;
     decide_count = engine::decide_interval - 1; // the next sample decides
@@ -227,44 +221,41 @@ bool pitch_detector::arm(int64_t lag, int64_t newest) noexcept
     return true;
 }
 
-pitch_detector::outcome pitch_detector::fine_update(int64_t newest) noexcept
+int64_t pitch_detector::step_window(int64_t newest) noexcept
 {
-    ++pending;
-    if (++decide_count != engine::decide_interval) return outcome::none;
-    decide_count = 0;
-    return decide(newest);
-}
-
-void pitch_detector::catch_up(int64_t newest) noexcept
-{
-    // Lag l gains each sample squared and times the sample l back, and loses
-    // the sample 2l back squared and times the sample l back.
-    const double* h = past.back(newest);
-    double x[engine::decide_interval];
-    const double* a[engine::decide_interval];
-    const double* b[engine::decide_interval];
-    for (int64_t i = 0; i < pending; ++i) {
-        const int64_t j = pending - 1 - i; // samples back from the newest
-        x[i] = h[j];
-        a[i] = h + j + base_lag;
-        b[i] = past.every_second_back(newest, j + 2 * base_lag);
+    // Lag l gains each sample times the sample l back, and loses the sample
+    // l back times the one 2l back: x a - a b, taken as a (x - b). The base
+    // lag's energy gains each sample squared and loses the one 2l back
+    // squared; each further lag's energy is the one below plus the samples
+    // 2l - 2 and 2l - 1 back, squared.
+    vector_kernels::lag_window_input in;
+    in.recent = past.back(newest);
+    in.lag = base_lag;
+    in.far[0] = past.every_second_back(newest, 2 * base_lag);
+    in.far[1] = past.every_second_back(newest, 2 * base_lag + 1);
+    in.pair[0] = past.every_second_back(newest, 2 * base_lag - 2);
+    in.pair[1] = past.every_second_back(newest, 2 * base_lag - 1);
+    double energy = lag_energy[0];
+    for (int64_t s = pending - 1; s >= 0; --s) {
+        const double x = in.recent[s];
+        const double b = in.far[s % 2][s / 2];
+        energy += x * x - b * b;
     }
-    vector_kernels::kernels().lag_window_update(lag_energy, lag_corr, 2 * int64_t(lag_half), pending, x, a, b);
+    lag_energy[0] = energy;
+    const int64_t k =
+        vector_kernels::kernels().lag_window_step(lag_energy, lag_corr, 2 * int64_t(lag_half), pending, in);
     pending = 0;
+    return k;
 }
 
 pitch_detector::outcome pitch_detector::decide(int64_t newest) noexcept
 {
     const int64_t width = 2 * int64_t(lag_half);
     if (width < 2) return lose_lock();
-    catch_up(newest);
+    // The lowest lag of the smallest value of f wins. A value that is not a
+    // number never does, and at k = 0 loses the lock.
+    int64_t k = step_window(newest);
     auto f = [this](int64_t k) { return 0.5 * lag_energy[k] - lag_corr[k]; };
-    // The lowest lag of the smallest value wins. A value that is not a
-    // number matches nothing and loses the lock at k = 0.
-    double values[2 * engine::max_lag_half];
-    for (int64_t j = 0; j < width; ++j) values[j] = f(j);
-    int64_t k = vector_kernels::kernels().first_minimum(values, width);
-    if (k == width) k = 0;
     if (k == 0 || k == width - 1 || lag_energy[k] < hold_floor) return lose_lock();
 
     // Keep the minimum in the middle of the window, one lag per decision.
@@ -277,10 +268,6 @@ pitch_detector::outcome pitch_detector::decide(int64_t newest) noexcept
             lag_energy[j] = lag_energy[j + 1];
             lag_corr[j] = lag_corr[j + 1];
         }
-        const double* h = past.back(newest);
-        const double a = h[2 * top - 2];
-        const double b = h[2 * top - 1];
-        lag_energy[width - 1] = lag_energy[width - 2] + a * a + b * b;
         lag_corr[width - 1] = direct_corr(newest, top);
     } else if (k < lag_half - 1) {
         if (base_lag <= 1) return lose_lock();
@@ -301,7 +288,10 @@ pitch_detector::outcome pitch_detector::decide(int64_t newest) noexcept
     const double a = f(k - 1), b = f(k), c = f(k + 1);
     const double denominator = a + c - 2.0 * b;
     const double delta = denominator != 0.0 ? 0.5 * (a - c) / denominator : 0.0;
-    period = last_period = (double(k + base_lag) + delta) / double(multiple);
+    // A division by 1.0 changes nothing, and its latency is on the way of
+    // every decision.
+    const double lag = double(k + base_lag) + delta;
+    period = last_period = multiple > 1 ? lag / double(multiple) : lag;
 
     if (multiple > 1) return hold_widened(newest);
     if (!widen_pending) return outcome::decided;

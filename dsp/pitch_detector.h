@@ -22,7 +22,10 @@ enum class input_type : int32_t { soprano, alto_tenor, low_male, instrument, bas
 // back, so that a decision averages the jitter of several cycles, until the
 // pitch moves. Both measure
 // f(L) = 0.5 E(L) - H(L): E the energy of the last 2L samples, H the
-// correlation of the last L samples with the L before them.
+// correlation of the last L samples with the L before them. The fine stage
+// runs H for every lag of its window but E for the first lag only, and
+// derives the others at each decision, as E(L + 1) is E(L) and two samples
+// more.
 //
 // The detector keeps its own copy of the input it is fed, at the positions
 // of the engine's input ring, laid out as an engine::past_ring: the samples
@@ -87,9 +90,18 @@ private:
     // Sets the window at base lag `lag` and fills its sums from the input;
     // false, unarmed, if the window does not fit or the signal is too quiet.
     bool arm(int64_t lag, int64_t newest) noexcept;
-    outcome fine_update(int64_t newest) noexcept;
-    // Brings the window's sums up to the newest sample.
-    void catch_up(int64_t newest) noexcept;
+    // A sample of the fine stage: a decision every engine::decide_interval
+    // samples. Here, so that the samples between decisions cost no call.
+    outcome fine_update(int64_t newest) noexcept
+    {
+        ++pending;
+        if (++decide_count != engine::decide_interval) return outcome::none;
+        decide_count = 0;
+        return decide(newest);
+    }
+    // Brings the window's sums up to the newest sample and fills its
+    // energies; the first lag of the window with the least value of f.
+    int64_t step_window(int64_t newest) noexcept;
     outcome decide(int64_t newest) noexcept;
     // After a decision of a new lock, with the normalised depth of its dip
     // (0 for a signal that repeats exactly): widens the window of a short
@@ -130,8 +142,13 @@ private:
 
     // Fine stage: a window of 2 * lag_half lags from base_lag. Only a
     // decision reads the window, so the samples since the last one (`pending`
-    // of them) enter its sums together, at the decision, each sum in the
-    // order of the samples as if they came one by one.
+    // of them) enter its running sums together, at the decision, each sum in
+    // the order of the samples as if they came one by one. The running sums
+    // are lag_corr, H of every lag, and lag_energy[0], E of the base lag.
+    // E of a longer lag is that of the lag below it and two samples more, so
+    // each decision fills lag_energy[1 ..] from lag_energy[0] and the
+    // squares of the samples between; nothing reads those entries between
+    // decisions.
     int64_t base_lag = 0;
     int32_t lag_half = engine::max_lag_half;
     double lag_energy[2 * engine::max_lag_half];

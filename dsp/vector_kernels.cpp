@@ -49,6 +49,58 @@ void lag_window_update_scalar(double* energy, double* corr, int64_t width, int64
     }
 }
 
+// The correlations of the lags from k_begin below width, each taking the
+// samples oldest first.
+void lag_corr_update_scalar(double* corr, int64_t k_begin, int64_t width, int64_t count,
+                            const lag_window_input& in) noexcept
+{
+    for (int64_t k = k_begin; k < width; ++k) {
+        double c = corr[k];
+        for (int64_t s = count - 1; s >= 0; --s)
+            c += in.recent[s + in.lag + k] * (in.recent[s] - in.far[s % 2][s / 2 + k]);
+        corr[k] = c;
+    }
+}
+
+// Blocks of four entries, as the vector levels take them; entries past the
+// window count as zero pairs and are neither written nor compared.
+int64_t lag_window_minimum_scalar(double* energy, const double* corr, const double* even, const double* odd,
+                                  int64_t width) noexcept
+{
+    double carry = energy[0];
+    double least = 0.0;
+    int64_t found = 0;
+    for (int64_t k0 = 0; k0 < width; k0 += 4) {
+        double p[4];
+        for (int64_t i = 0; i < 4; ++i) {
+            const int64_t k = k0 + i;
+            p[i] = k == 0 || k >= width ? 0.0 : even[k] * even[k] + odd[k] * odd[k];
+        }
+        const double s[4] = {p[0], p[1] + p[0], p[2] + p[1], p[3] + p[2]};
+        const double t[4] = {s[0], s[1], s[2] + s[0], s[3] + s[1]};
+        for (int64_t i = 0; i < 4 && k0 + i < width; ++i) {
+            const int64_t k = k0 + i;
+            energy[k] = t[i] + carry;
+            const double f = 0.5 * energy[k] - corr[k];
+            if (k == 0) {
+                least = f;
+            } else if (f < least) {
+                least = f;
+                found = k;
+            }
+        }
+        carry += t[3];
+    }
+    return found;
+}
+
+int64_t lag_window_step_scalar(double* energy, double* corr, int64_t width, int64_t count,
+                               const lag_window_input& in) noexcept
+{
+    lag_corr_update_scalar(corr, 0, width, count, in);
+    return lag_window_minimum_scalar(energy, corr, in.pair[0], in.pair[1], width);
+}
+
 void lattice_step_scalar(double* p, double* q, int64_t n, double k) noexcept
 {
     for (int64_t t = 0; t < n; ++t) {
@@ -78,25 +130,8 @@ void step_up_all_scalar(const double* k, int64_t n, double* a) noexcept
     }
 }
 
-// The first index whose value equals the least: the least is the same
-// whatever the order of comparison, and equality finds its first place
-// (+0.0 and -0.0 count as equal, as they compare).
-int64_t first_equal(const double* v, int64_t n, double least) noexcept
-{
-    int64_t k = 0;
-    while (k < n && !(v[k] == least)) ++k;
-    return k;
-}
-
-int64_t first_minimum_scalar(const double* v, int64_t n) noexcept
-{
-    double least = v[0];
-    for (int64_t j = 1; j < n; ++j)
-        if (v[j] < least) least = v[j];
-    return first_equal(v, n, least);
-}
-
-constexpr table scalar_table = {dot_scalar, dot_padded_scalar,     autocorrelation_scalar, lag_window_update_scalar, lattice_step_scalar, step_up_scalar, step_up_all_scalar,     first_minimum_scalar};
+constexpr table scalar_table = {dot_scalar, dot_padded_scalar, autocorrelation_scalar, lag_window_update_scalar,
+                                lag_window_step_scalar, lattice_step_scalar, step_up_scalar, step_up_all_scalar};
 
 #if defined(__x86_64__) || defined(__i386__)
 
@@ -107,10 +142,12 @@ struct lanes;
 template <>
 struct lanes<2> {
     typedef double vec __attribute__((vector_size(16)));
+    typedef int64_t index __attribute__((vector_size(16)));
 };
 template <>
 struct lanes<4> {
     typedef double vec __attribute__((vector_size(32)));
+    typedef int64_t index __attribute__((vector_size(32)));
 };
 
 // Puts the lanes in the opposite order (GCC and clang both know
@@ -278,6 +315,215 @@ template <int V>
     lag_window_update_scalar(energy + k, corr + k, width - k, count, x, a_rest, b_rest);
 }
 
+// Every lane of v to x, without the addition of a zero that `vec{} + x`
+// makes (which turns -0.0 into +0.0); by reference, as reverse_lanes.
+template <class vec>
+[[gnu::always_inline]] inline void set_lanes(vec& v, double x) noexcept
+{
+    for (size_t t = 0; t < sizeof(vec) / sizeof(double); ++t) v[t] = x;
+}
+
+// One block of four entries of the lag window as 4 / V vectors: the running
+// sums of its pairs within the block, in the two steps of the scalar level.
+template <int V>
+[[gnu::always_inline]] inline void prefix_of_four(typename lanes<V>::vec (&p)[4 / V]) noexcept
+{
+    using vec = typename lanes<V>::vec;
+    const vec zero = {};
+    if constexpr (V == 4) {
+        p[0] += __builtin_shufflevector(p[0], zero, 4, 0, 1, 2);
+        p[0] += __builtin_shufflevector(p[0], zero, 4, 5, 0, 1);
+    } else {
+        const vec low_before = __builtin_shufflevector(zero, p[0], 0, 2);
+        const vec high_before = __builtin_shufflevector(p[0], p[1], 1, 2);
+        p[0] += low_before;
+        p[1] += high_before;
+        p[1] += p[0];
+    }
+}
+
+// The energies of one block of four entries, from the squares of its pairs
+// in e and o and the carry, written to `out`, the carry moved on, and the
+// values of f from the block's correlations c. In the window's first block
+// the pair of entry 0 counts as zero.
+template <int V, bool first_block>
+[[gnu::always_inline]] inline void lag_energy_block(const double* e, const double* o,
+                                                    const typename lanes<V>::vec (&c)[4 / V], double* out,
+                                                    typename lanes<V>::vec& carry,
+                                                    typename lanes<V>::vec (&f)[4 / V]) noexcept
+{
+    using vec = typename lanes<V>::vec;
+    constexpr int n = 4 / V;
+    vec p[n];
+    for (int i = 0; i < n; ++i) {
+        vec ve, vo;
+        std::memcpy(&ve, e + i * V, sizeof ve);
+        std::memcpy(&vo, o + i * V, sizeof vo);
+        p[i] = ve * ve + vo * vo;
+    }
+    if constexpr (first_block) p[0][0] = 0.0;
+    prefix_of_four<V>(p);
+    vec half;
+    set_lanes(half, 0.5);
+    for (int i = 0; i < n; ++i) {
+        const vec energy = p[i] + carry;
+        std::memcpy(out + i * V, &energy, sizeof energy);
+        f[i] = half * energy - c[i];
+    }
+    // Only an addition lies on the way from block to block.
+    vec last;
+    set_lanes(last, p[n - 1][V - 1]);
+    carry += last;
+}
+
+// The running minimum of the values of f, four at a time: every vector
+// position keeps its own least value and the index of its first place,
+// starting from f(0) at index 0, so that a value that is not a number never
+// enters unless it is f(0).
+template <int V>
+struct window_minimum {
+    using vec = typename lanes<V>::vec;
+    using index_vec = typename lanes<V>::index;
+    static constexpr int n = 4 / V;
+    vec least[n] = {};
+    index_vec place[n] = {}, index[n] = {};
+
+    // The first block, whose entry 0 is f(0).
+    [[gnu::always_inline]] void start(const vec (&f)[n]) noexcept
+    {
+        for (int i = 0; i < n; ++i) {
+            set_lanes(least[i], f[0][0]);
+            for (int t = 0; t < V; ++t) index[i][t] = i * V + t;
+        }
+        take(f);
+    }
+    [[gnu::always_inline]] void take(const vec (&f)[n]) noexcept
+    {
+        for (int i = 0; i < n; ++i) {
+            const auto less = f[i] < least[i];
+            least[i] = less ? f[i] : least[i];
+            place[i] = less ? index[i] : place[i];
+            index[i] += 4;
+        }
+    }
+    // The least over the positions, a tie to the lowest index: positions
+    // paired off without a branch, the vectors first, then the halves of
+    // the lanes. The positions are all not a number, or none is.
+    [[gnu::always_inline]] int64_t first() noexcept
+    {
+        for (int i = 1; i < n; ++i) keep_lesser(least[0], place[0], least[i], place[i]);
+        if constexpr (V == 4) {
+            vec other = __builtin_shufflevector(least[0], least[0], 2, 3, 0, 1);
+            index_vec other_at = __builtin_shufflevector(place[0], place[0], 2, 3, 0, 1);
+            keep_lesser(least[0], place[0], other, other_at);
+            other = __builtin_shufflevector(least[0], least[0], 1, 0, 3, 2);
+            other_at = __builtin_shufflevector(place[0], place[0], 1, 0, 3, 2);
+            keep_lesser(least[0], place[0], other, other_at);
+        } else {
+            const vec other = __builtin_shufflevector(least[0], least[0], 1, 0);
+            const index_vec other_at = __builtin_shufflevector(place[0], place[0], 1, 0);
+            keep_lesser(least[0], place[0], other, other_at);
+        }
+        return place[0][0];
+    }
+    [[gnu::always_inline]] static void keep_lesser(vec& value, index_vec& at, const vec& other,
+                                                   const index_vec& other_at) noexcept
+    {
+        const auto wins = (other < value) | ((other == value) & (other_at < at));
+        value = wins ? other : value;
+        at = wins ? other_at : at;
+    }
+};
+
+// Whole blocks of four lags: the correlations of V lags at a time, kept in
+// registers over the samples, then their energies and values of f. The
+// number of samples is a constant, so that the loop over them unrolls and
+// every sample's place is a constant offset from one of three pointers. A
+// last part block, if the window is no multiple of four, takes its samples
+// as the scalar level does and runs on copies padded with zero pairs and
+// values of f that are not a number.
+template <int V, int count>
+[[gnu::always_inline]] inline int64_t lag_window_step_fixed(double* energy, double* corr, int64_t width,
+                                                            const lag_window_input& in) noexcept
+{
+    using vec = typename lanes<V>::vec;
+    constexpr int n = 4 / V;
+    const double* lagged = in.recent + in.lag;
+    const double* far_even = in.far[0];
+    const double* far_odd = in.far[1];
+    const double* pair_even = in.pair[0];
+    const double* pair_odd = in.pair[1];
+    vec vx[count];
+    for (int s = 0; s < count; ++s) set_lanes(vx[s], in.recent[s]);
+    vec carry;
+    set_lanes(carry, energy[0]);
+    window_minimum<V> minimum;
+    vec c[n], f[n];
+    // The correlations of the block of four lags from k0, left in c.
+    auto correlate = [&](int64_t k0) __attribute__((always_inline)) {
+        for (int i = 0; i < n; ++i) {
+            const int64_t k = k0 + i * V;
+            std::memcpy(&c[i], corr + k, sizeof c[i]);
+            for (int s = count - 1; s >= 0; --s) {
+                vec va, vb;
+                std::memcpy(&va, lagged + s + k, sizeof va);
+                std::memcpy(&vb, (s % 2 == 0 ? far_even : far_odd) + s / 2 + k, sizeof vb);
+                c[i] += va * (vx[s] - vb);
+            }
+            std::memcpy(corr + k, &c[i], sizeof c[i]);
+        }
+    };
+    const int64_t whole = width / 4 * 4;
+    if (whole > 0) {
+        correlate(0);
+        lag_energy_block<V, true>(pair_even, pair_odd, c, energy, carry, f);
+        minimum.start(f);
+    }
+    for (int64_t k0 = 4; k0 < whole; k0 += 4) {
+        correlate(k0);
+        lag_energy_block<V, false>(pair_even + k0, pair_odd + k0, c, energy + k0, carry, f);
+        minimum.take(f);
+    }
+    if (whole < width) {
+        lag_corr_update_scalar(corr, whole, width, count, in);
+        double e[4], o[4], pad_corr[4], out[4];
+        for (int64_t i = 0; i < 4; ++i) {
+            const bool inside = whole + i < width;
+            e[i] = inside ? pair_even[whole + i] : 0.0;
+            o[i] = inside ? pair_odd[whole + i] : 0.0;
+            pad_corr[i] = inside ? corr[whole + i] : __builtin_nan("");
+        }
+        std::memcpy(c, pad_corr, sizeof pad_corr);
+        if (whole == 0) {
+            lag_energy_block<V, true>(e, o, c, out, carry, f);
+            minimum.start(f);
+        } else {
+            lag_energy_block<V, false>(e, o, c, out, carry, f);
+            minimum.take(f);
+        }
+        for (int64_t i = 0; whole + i < width; ++i) energy[whole + i] = out[i];
+    }
+    return minimum.first();
+}
+
+template <int V>
+[[gnu::always_inline]] inline int64_t lag_window_step_body(double* energy, double* corr, int64_t width,
+                                                           int64_t count, const lag_window_input& in) noexcept
+{
+    static_assert(max_samples_on == 8, "one case per number of samples");
+    switch (count) {
+    case 1: return lag_window_step_fixed<V, 1>(energy, corr, width, in);
+    case 2: return lag_window_step_fixed<V, 2>(energy, corr, width, in);
+    case 3: return lag_window_step_fixed<V, 3>(energy, corr, width, in);
+    case 4: return lag_window_step_fixed<V, 4>(energy, corr, width, in);
+    case 5: return lag_window_step_fixed<V, 5>(energy, corr, width, in);
+    case 6: return lag_window_step_fixed<V, 6>(energy, corr, width, in);
+    case 7: return lag_window_step_fixed<V, 7>(energy, corr, width, in);
+    case 8: return lag_window_step_fixed<V, 8>(energy, corr, width, in);
+    default: return lag_window_step_scalar(energy, corr, width, count, in);
+    }
+}
+
 // V entries of both at a time.
 template <int V>
 [[gnu::always_inline]] inline void lattice_step_body(double* p, double* q, int64_t n, double k) noexcept
@@ -329,30 +575,6 @@ template <int V>
     }
 }
 
-// V running minima side by side, each starting from v[0] as the scalar scan
-// does, so that a value that is not a number never enters them unless it is
-// the first; then across the lanes.
-template <int V>
-[[gnu::always_inline]] inline int64_t first_minimum_body(const double* v, int64_t n) noexcept
-{
-    using vec = typename lanes<V>::vec;
-    double least = v[0];
-    int64_t j = 0;
-    if (n >= V) {
-        vec m = vec{} + v[0];
-        for (; j + V <= n; j += V) {
-            vec x;
-            std::memcpy(&x, v + j, sizeof x);
-            m = x < m ? x : m;
-        }
-        for (int t = 0; t < V; ++t)
-            if (m[t] < least) least = m[t];
-    }
-    for (; j < n; ++j)
-        if (v[j] < least) least = v[j];
-    return first_equal(v, n, least);
-}
-
 // ---- instantiations --------------------------------------------------------
 
 double dot_sse2(const double* a, const double* b, int64_t n) noexcept
@@ -371,6 +593,17 @@ void lag_window_update_sse2(double* energy, double* corr, int64_t width, int64_t
                             const double* const* a, const double* const* b) noexcept
 {
     lag_window_update_body<2>(energy, corr, width, count, x, a, b);
+}
+
+int64_t lag_window_step_sse2(double* energy, double* corr, int64_t width, int64_t count,
+                             const lag_window_input& in) noexcept
+{
+    return lag_window_step_body<2>(energy, corr, width, count, in);
+}
+__attribute__((target("avx2"))) int64_t lag_window_step_avx2(double* energy, double* corr, int64_t width,
+                                                             int64_t count, const lag_window_input& in) noexcept
+{
+    return lag_window_step_body<4>(energy, corr, width, count, in);
 }
 
 void lattice_step_sse2(double* p, double* q, int64_t n, double k) noexcept
@@ -393,15 +626,6 @@ __attribute__((target("avx2"))) void step_up_all_avx2(const double* k, int64_t n
 {
     step_up_all_body<4>(k, n, a);
 }
-int64_t first_minimum_sse2(const double* v, int64_t n) noexcept
-{
-    return first_minimum_body<2>(v, n);
-}
-__attribute__((target("avx2"))) int64_t first_minimum_avx2(const double* v, int64_t n) noexcept
-{
-    return first_minimum_body<4>(v, n);
-}
-
 __attribute__((target("avx2"))) void step_up_avx2(double* a, int64_t n, double k) noexcept
 {
     step_up_body<4>(a, n, k);
@@ -426,8 +650,10 @@ __attribute__((target("avx2"))) void lag_window_update_avx2(double* energy, doub
     lag_window_update_body<4>(energy, corr, width, count, x, a, b);
 }
 
-constexpr table sse2_table = {dot_sse2, dot_padded_sse2,     autocorrelation_sse2, lag_window_update_sse2, lattice_step_sse2, step_up_sse2, step_up_all_sse2,     first_minimum_sse2};
-constexpr table avx2_table = {dot_avx2, dot_padded_avx2,     autocorrelation_avx2, lag_window_update_avx2, lattice_step_avx2, step_up_avx2, step_up_all_avx2,     first_minimum_avx2};
+constexpr table sse2_table = {dot_sse2, dot_padded_sse2, autocorrelation_sse2, lag_window_update_sse2,
+                              lag_window_step_sse2, lattice_step_sse2, step_up_sse2, step_up_all_sse2};
+constexpr table avx2_table = {dot_avx2, dot_padded_avx2, autocorrelation_avx2, lag_window_update_avx2,
+                              lag_window_step_avx2, lattice_step_avx2, step_up_avx2, step_up_all_avx2};
 
 #endif
 

@@ -7,15 +7,30 @@
 // processor offers, so that one build runs on any x86-64 machine and uses
 // the widest vectors it has.
 //
-// Every level of lag_window_update, autocorrelation, lattice_step, step_up,
-// step_up_all and first_minimum computes each entry by the same operations in the same
-// order as the scalar level, so their results are the same to the last bit. A dot product's vector levels add in
+// Every level of lag_window_update, lag_window_step, autocorrelation,
+// lattice_step, step_up and step_up_all computes each entry by the same
+// operations in the same order as the scalar level, so their results are
+// the same to the last bit. A dot product's vector levels add in
 // several partial sums, so it may differ from the scalar sum in the last
 // bits (a relative difference of the order of n * 2^-53).
 //
 // Nothing here allocates, locks or blocks; every function may run on the
 // audio thread.
 namespace vector_kernels {
+
+// The samples a decision of the fine stage reads, from copies of the input
+// kept backward from the newest sample, so that each run of them lies
+// forward in memory.
+struct lag_window_input {
+    // recent[i]: the sample i back from the newest.
+    const double* recent;
+    // The window's first lag, in samples.
+    int64_t lag;
+    // far[p][m]: the sample 2 * lag + p + 2m back, for p 0 and 1.
+    const double* far[2];
+    // pair[p][m]: the sample 2 * lag - 2 + p + 2m back, for p 0 and 1.
+    const double* pair[2];
+};
 
 // SSE2 is every x86-64 processor's baseline. AVX-512 is left out: on the
 // processor measured it ran slower than AVX2.
@@ -42,6 +57,25 @@ struct table {
     // the same sums as one at a time.
     void (*lag_window_update)(double* energy, double* corr, int64_t width, int64_t count, const double* x,
                               const double* const* a, const double* const* b) noexcept;
+    // A decision of the fine stage over its window of lags l = in.lag + k,
+    // k below width. First the correlations, `count` samples on (at most
+    // max_samples_on), oldest first: for s from count - 1 down to 0,
+    //   corr[k] += in.recent[s + l] * (in.recent[s] - in.far[s % 2][s / 2 + k]),
+    // gaining the product of the sample s back and the one l beyond it, and
+    // losing the product of that one and the one l beyond it again. Then
+    // the energies from the first one's: with
+    // p(m) = in.pair[0][m]^2 + in.pair[1][m]^2, the squares of the two
+    // samples that lag in.lag + m spans beyond the lag below it,
+    //   energy[k] = energy[0] + p(1) + ... + p(k) for 0 < k < width,
+    // summed in blocks of four entries from entry 0, the same at every level:
+    // within a block the pairs in two steps, each entry plus the one before,
+    // then plus the one two before (p(0) counts as zero), and the result
+    // added to a carry that starts at energy[0] and gains each block's last
+    // in-block sum. Returns the lowest k of the least
+    // f(k) = 0.5 * energy[k] - corr[k], width above 0; a value of f that is
+    // not a number never wins, and one at k = 0 makes 0 the answer.
+    int64_t (*lag_window_step)(double* energy, double* corr, int64_t width, int64_t count,
+                               const lag_window_input& in) noexcept;
     // One order of the lattice of the reflection coefficients, in place: for
     // t below n, p[t] -= k * q[t] and q[t] -= k * p[t], every right side
     // taken before any change.
@@ -52,12 +86,9 @@ struct table {
     // The predictor a[0 .. n) of the reflection coefficients k[0 .. n):
     // for each i below n, step_up(a, i, k[i]) and a[i] = k[i].
     void (*step_up_all)(const double* k, int64_t n, double* a) noexcept;
-    // The lowest index whose value is the least of v[0 .. n), n above 0; n
-    // when none equals it (a value that is not a number).
-    int64_t (*first_minimum)(const double* v, int64_t n) noexcept;
 };
 
-// The most samples lag_window_update takes at once.
+// The most samples lag_window_update and lag_window_step take at once.
 constexpr int64_t max_samples_on = 8;
 
 // Entries autocorrelation may read past x[len + lags).

@@ -51,6 +51,23 @@ void take_samples(const vector_kernels::table& k, std::vector<double>& energy, s
     k.lag_window_update(energy.data(), corr.data(), width, count, x.data() + first, a.data(), b.data());
 }
 
+// The input of a decision of the fine stage at x[n], the newest sample, for
+// a window from `lag`, as reversed copies of the samples it reads.
+struct Decision_Input {
+    std::vector<double> recent, far[2], pair[2];
+    vector_kernels::lag_window_input in;
+    Decision_Input(const std::vector<double>& x, int64_t n, int64_t lag, int64_t width)
+    {
+        for (int64_t i = 0; i < lag + width + vector_kernels::max_samples_on; ++i) recent.push_back(x[size_t(n - i)]);
+        for (int64_t p = 0; p < 2; ++p)
+            for (int64_t m = 0; m < width + vector_kernels::max_samples_on / 2; ++m) {
+                far[p].push_back(x[size_t(n - (2 * lag + p + 2 * m))]);
+                pair[p].push_back(x[size_t(n - (2 * lag - 2 + p + 2 * m))]);
+            }
+        in = {recent.data(), lag, {far[0].data(), far[1].data()}, {pair[0].data(), pair[1].data()}};
+    }
+};
+
 // Every level this processor runs, the scalar one included.
 std::vector<level> levels()
 {
@@ -99,7 +116,8 @@ TEST(VectorKernels, DotProductsAgreeWithAnExactSumAtEveryLevel)
 // The per-lag kernels and the step-up give every level the same operations in
 // the same order as the scalar path: bit for bit the same results, over
 // widths with remainders and over many samples of running sums, which each
-// level takes in several at once and the scalar path one at a time.
+// level takes in several at once and the scalar path one at a time; the
+// fine stage's decisions over every number of samples a call takes.
 TEST(VectorKernels, LagSumsAreTheScalarOnesAtEveryLevel)
 {
     const auto& scalar = vector_kernels::kernels_for(level::scalar);
@@ -122,6 +140,19 @@ TEST(VectorKernels, LagSumsAreTheScalarOnesAtEveryLevel)
             EXPECT_EQ(e1, e2) << "energy, level " << int(l) << ", width " << width;
             EXPECT_EQ(c1, c2) << "correlation, level " << int(l) << ", width " << width;
         }
+        for (int64_t width : {1, 3, 4, 6, 9, 48, 60}) {
+            std::vector<double> e1(size_t(width), 0.0), c1(size_t(width), -0.25), e2(e1), c2(c1);
+            const int64_t lag = 40, start = 2 * (lag + width) + 8, end = start + 500;
+            for (int64_t n = start, count = 1; n + count < end; n += count, count = count % 8 + 1) {
+                const Decision_Input input(x, n + count, lag, width);
+                e1[0] = e2[0] = 100.0 + x[size_t(n)];
+                const int64_t want = scalar.lag_window_step(e1.data(), c1.data(), width, count, input.in);
+                EXPECT_EQ(k.lag_window_step(e2.data(), c2.data(), width, count, input.in), want)
+                    << "window minimum, level " << int(l) << ", width " << width << ", sample " << n;
+            }
+            EXPECT_EQ(e1, e2) << "window energy, level " << int(l) << ", width " << width;
+            EXPECT_EQ(c1, c2) << "window correlation, level " << int(l) << ", width " << width;
+        }
         for (int64_t n : {1, 2, 7, 8, 9, 16, 49, 50}) {
             std::vector<double> want(x.begin(), x.begin() + n), got(want);
             scalar.step_up(want.data(), n, 0.37);
@@ -142,13 +173,15 @@ TEST(VectorKernels, LagSumsAreTheScalarOnesAtEveryLevel)
 
 // The least value's first place, against a hand-made table: ties go to the
 // lowest index, +0.0 and -0.0 tie, a NaN after the first value is passed
-// over, a NaN first finds nothing, as a scan that keeps the least so far
-// does; lengths below, at and above a vector.
-TEST(VectorKernels, FirstMinimumIsTheLowestIndexOfTheLeastValue)
+// over, a NaN first makes 0 the answer, as a scan that keeps the least so
+// far does; widths below, at and above a block of four and a vector. A
+// silent signal leaves every sum as it is and every energy at energy[0],
+// here 0, so that f(k) is -corr[k].
+TEST(VectorKernels, LagWindowStepFindsTheFirstLeastValue)
 {
     const double nan = std::nan("");
     const struct {
-        std::vector<double> v;
+        std::vector<double> f;
         int64_t want;
     } cases[] = {
         {{3.0}, 0},
@@ -158,13 +191,55 @@ TEST(VectorKernels, FirstMinimumIsTheLowestIndexOfTheLeastValue)
         {{0.0, -0.0, 1.0, 2.0, 3.0}, 0},
         {{4.0, 3.0, 2.0, 1.0, 2.0, 3.0, 4.0, 5.0, -1.0, 0.0, -1.0}, 8},
         {{3.0, nan, 4.0, 1.0, 2.0}, 3},
-        {{nan, 2.0, 1.0, 3.0, 4.0}, 5},
+        {{3.0, 2.0, 2.0, 2.0, 2.0, 2.0, 2.0, 2.0, 2.0}, 1},
+        {{nan, 2.0, 1.0, 3.0, 4.0}, 0},
     };
+    const std::vector<double> silence(200, 0.0);
     for (level l : levels()) {
         for (const auto& c : cases) {
-            EXPECT_EQ(vector_kernels::kernels_for(l).first_minimum(c.v.data(), int64_t(c.v.size())), c.want)
-                << "level " << int(l) << ", case of " << c.v.size();
+            const int64_t width = int64_t(c.f.size());
+            const Decision_Input input(silence, 199, 10, width);
+            std::vector<double> energy(c.f.size(), 0.0), corr;
+            for (double f : c.f) corr.push_back(-f);
+            EXPECT_EQ(vector_kernels::kernels_for(l).lag_window_step(energy.data(), corr.data(), width, 5, input.in),
+                      c.want)
+                << "level " << int(l) << ", case of " << c.f.size();
         }
+    }
+}
+
+// A decision against its definition: after running sums from silence over
+// a signal that repeats every `period` samples, correlations and energies
+// equal their direct sums, and the least value of f is at the period, where
+// the signal matches itself.
+TEST(VectorKernels, LagWindowStepsKeepTheDirectSumsAndFindThePeriod)
+{
+    const auto cycle = noise(37, 6);
+    const int64_t period = 37, lag = 20, width = 30, start = 2 * (lag + width) + 8;
+    std::vector<double> y(1500, 0.0);
+    for (size_t i = size_t(start); i < y.size(); ++i) y[i] = cycle[i % size_t(period)];
+    for (level l : levels()) {
+        const auto& k = vector_kernels::kernels_for(l);
+        std::vector<double> energy(size_t(width), 0.0), corr(size_t(width), 0.0);
+        int64_t n = start - 1, found = -1;
+        for (int64_t count = 1; n + count < int64_t(y.size()); n += count, count = count % 8 + 1) {
+            const Decision_Input input(y, n + count, lag, width);
+            // The first lag's energy as the caller keeps it.
+            for (int64_t s = count - 1; s >= 0; --s) {
+                const double b = input.in.far[s % 2][s / 2];
+                energy[0] += input.recent[size_t(s)] * input.recent[size_t(s)] - b * b;
+            }
+            found = k.lag_window_step(energy.data(), corr.data(), width, count, input.in);
+        }
+        for (int64_t j = 0; j < width; ++j) {
+            const int64_t L = lag + j;
+            double e = 0.0, c = 0.0;
+            for (int64_t i = 0; i < 2 * L; ++i) e += y[size_t(n - i)] * y[size_t(n - i)];
+            for (int64_t i = 0; i < L; ++i) c += y[size_t(n - i)] * y[size_t(n - i - L)];
+            EXPECT_NEAR(energy[size_t(j)], e, 1e-9) << "level " << int(l) << ", lag " << L;
+            EXPECT_NEAR(corr[size_t(j)], c, 1e-9) << "level " << int(l) << ", lag " << L;
+        }
+        EXPECT_EQ(found, period - lag) << "level " << int(l);
     }
 }
 
