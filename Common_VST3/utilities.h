@@ -33,7 +33,7 @@ double DB_ToAmp(double dB);
 // double, x + 0.5 is exact for every float x, so the largest float below one
 // half still rounds to 0; the result goes back through a float. Inline, as
 // the engine calls it per sample.
-inline int64_t Round_ToInt(float x)
+[[gnu::always_inline]] inline int64_t Round_ToInt(float x)
 {
     const double v = x;
     // Below 2^24 in size every whole number is a float, so the trip back

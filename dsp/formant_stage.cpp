@@ -85,7 +85,7 @@ void store_reversed(int64_t n, const double* a, double* row) noexcept
 // multiple of 4. A row too short for that pads nothing.
 int64_t padded_taps(int64_t taps) noexcept
 {
-    const int64_t padded = (taps + 3) / 4 * 4;
+    const int64_t padded = (taps + 3) & ~int64_t(3); // taps >= 0
     return padded <= engine::max_taps ? padded : taps;
 }
 
@@ -93,7 +93,7 @@ int64_t padded_taps(int64_t taps) noexcept
 double filter_sum(const double* x, const double* coef, int64_t padded) noexcept
 {
     const auto& kernels = vector_kernels::kernels();
-    return padded % 4 == 0 ? kernels.dot_padded(x, coef, padded) : kernels.dot(x, coef, padded);
+    return (padded & 3) == 0 ? kernels.dot_padded(x, coef, padded) : kernels.dot(x, coef, padded);
 }
 
 } // namespace
@@ -360,9 +360,8 @@ double formant_stage::inverse_filter(int64_t index, int channel) noexcept
     const int64_t first = engine::max_taps - taps;
     const double* coef = analysis_coef[set_index];
     if (set_mix < 1.0) {
-        const double* old = analysis_coef[prev_set_index];
-        for (int64_t j = first; j < engine::max_taps; ++j)
-            blend_coef[j] = set_mix * coef[j] + (1.0 - set_mix) * old[j];
+        vector_kernels::kernels().mix(blend_coef + first, coef + first, set_mix, analysis_coef[prev_set_index] + first,
+                                      1.0 - set_mix, taps);
         coef = blend_coef;
     }
     // The samples before this one, oldest first, in one piece of the
@@ -383,8 +382,9 @@ double formant_stage::synthesis_filter(int64_t position, int channel, double x) 
     if (blend) taps = std::max(taps, synth_taps[p]);
     taps = padded_taps(taps);
     if (blend) {
-        for (int64_t t = engine::max_taps - taps; t < engine::max_taps; ++t)
-            blend_coef[t] = synth_coef[p][t] * (1.0 - w) + synth_coef[c][t] * w;
+        const int64_t first = engine::max_taps - taps;
+        vector_kernels::kernels().mix(blend_coef + first, synth_coef[p] + first, 1.0 - w, synth_coef[c] + first, w,
+                                      taps);
         coef = blend_coef;
     }
     // The outputs before this one, oldest first, in one piece of the

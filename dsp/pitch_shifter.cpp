@@ -8,7 +8,7 @@ namespace {
 
 // Three-point parabola through the ring entry nearest to `position` and its
 // two neighbours.
-double interpolate(const double* ring, double position) noexcept
+[[gnu::always_inline]] inline double interpolate(const double* ring, double position) noexcept
 {
     int64_t i = Round_ToInt(float(position));
     const double t = position - double(i);

@@ -25,6 +25,11 @@ double dot_padded_scalar(const double* a, const double* b, int64_t n) noexcept
     return dot_scalar(a, b, n);
 }
 
+void mix_scalar(double* out, const double* a, double wa, const double* b, double wb, int64_t n) noexcept
+{
+    for (int64_t j = 0; j < n; ++j) out[j] = a[j] * wa + b[j] * wb;
+}
+
 void autocorrelation_scalar(const double* x, int64_t len, int64_t lags, double* r) noexcept
 {
     for (int64_t l = 0; l < lags; ++l) {
@@ -130,7 +135,7 @@ void step_up_all_scalar(const double* k, int64_t n, double* a) noexcept
     }
 }
 
-constexpr table scalar_table = {dot_scalar, dot_padded_scalar, autocorrelation_scalar, lag_window_update_scalar,
+constexpr table scalar_table = {dot_scalar, dot_padded_scalar, mix_scalar, autocorrelation_scalar, lag_window_update_scalar,
                                 lag_window_step_scalar, lattice_step_scalar, step_up_scalar, step_up_all_scalar};
 
 #if defined(__x86_64__) || defined(__i386__)
@@ -235,6 +240,23 @@ template <int V>
     } else {
         return s0[0] + s0[1];
     }
+}
+
+template <int V>
+[[gnu::always_inline]] inline void mix_body(double* out, const double* a, double wa, const double* b, double wb,
+                                            int64_t n) noexcept
+{
+    using vec = typename lanes<V>::vec;
+    const vec va = vec{} + wa, vb = vec{} + wb;
+    int64_t j = 0;
+    for (; j + V <= n; j += V) {
+        vec x, y;
+        std::memcpy(&x, a + j, sizeof x);
+        std::memcpy(&y, b + j, sizeof y);
+        const vec mixed = x * va + y * vb;
+        std::memcpy(out + j, &mixed, sizeof mixed);
+    }
+    mix_scalar(out + j, a + j, wa, b + j, wb, n - j);
 }
 
 // One block of `block` V lags from l0, each lag a lane that sums over i in
@@ -585,6 +607,10 @@ double dot_padded_sse2(const double* a, const double* b, int64_t n) noexcept
 {
     return dot_padded_body<2>(a, b, n);
 }
+void mix_sse2(double* out, const double* a, double wa, const double* b, double wb, int64_t n) noexcept
+{
+    mix_body<2>(out, a, wa, b, wb, n);
+}
 void autocorrelation_sse2(const double* x, int64_t len, int64_t lags, double* r) noexcept
 {
     autocorrelation_body<2>(x, len, lags, r);
@@ -638,6 +664,11 @@ __attribute__((target("avx2"))) double dot_padded_avx2(const double* a, const do
 {
     return dot_padded_body<4>(a, b, n);
 }
+__attribute__((target("avx2"))) void mix_avx2(double* out, const double* a, double wa, const double* b, double wb,
+                                              int64_t n) noexcept
+{
+    mix_body<4>(out, a, wa, b, wb, n);
+}
 __attribute__((target("avx2"))) void autocorrelation_avx2(const double* x, int64_t len, int64_t lags,
                                                           double* r) noexcept
 {
@@ -650,9 +681,9 @@ __attribute__((target("avx2"))) void lag_window_update_avx2(double* energy, doub
     lag_window_update_body<4>(energy, corr, width, count, x, a, b);
 }
 
-constexpr table sse2_table = {dot_sse2, dot_padded_sse2, autocorrelation_sse2, lag_window_update_sse2,
+constexpr table sse2_table = {dot_sse2, dot_padded_sse2, mix_sse2, autocorrelation_sse2, lag_window_update_sse2,
                               lag_window_step_sse2, lattice_step_sse2, step_up_sse2, step_up_all_sse2};
-constexpr table avx2_table = {dot_avx2, dot_padded_avx2, autocorrelation_avx2, lag_window_update_avx2,
+constexpr table avx2_table = {dot_avx2, dot_padded_avx2, mix_avx2, autocorrelation_avx2, lag_window_update_avx2,
                               lag_window_step_avx2, lattice_step_avx2, step_up_avx2, step_up_all_avx2};
 
 #endif

@@ -7,7 +7,7 @@
 // processor offers, so that one build runs on any x86-64 machine and uses
 // the widest vectors it has.
 //
-// Every level of lag_window_update, lag_window_step, autocorrelation,
+// Every level of mix, lag_window_update, lag_window_step, autocorrelation,
 // lattice_step, step_up and step_up_all computes each entry by the same
 // operations in the same order as the scalar level, so their results are
 // the same to the last bit. A dot product's vector levels add in
@@ -43,6 +43,8 @@ struct table {
     // The same sum for n a multiple of 4 (zeros padding a shorter one),
     // without a remainder: the per-sample filters' form.
     double (*dot_padded)(const double* a, const double* b, int64_t n) noexcept;
+    // out[j] = a[j] * wa + b[j] * wb for j below n: two filters mixed.
+    void (*mix)(double* out, const double* a, double wa, const double* b, double wb, int64_t n) noexcept;
     // r[l] = sum for i below len of x[i] * x[i + l], for l below lags, each
     // summed in the order of i. x must be readable up to
     // x[len + lags + padding).

@@ -163,6 +163,10 @@ TEST(VectorKernels, LagSumsAreTheScalarOnesAtEveryLevel)
             k.lattice_step(p_got.data(), q_got.data(), n, -0.61);
             EXPECT_EQ(p_want, p_got) << "lattice, level " << int(l) << ", n " << n;
             EXPECT_EQ(want, q_got) << "lattice, level " << int(l) << ", n " << n;
+            std::vector<double> mix_want(static_cast<size_t>(n)), mix_got(static_cast<size_t>(n));
+            scalar.mix(mix_want.data(), x.data(), 0.3, x.data() + 200, 0.7, n);
+            k.mix(mix_got.data(), x.data(), 0.3, x.data() + 200, 0.7, n);
+            EXPECT_EQ(mix_want, mix_got) << "mix, level " << int(l) << ", n " << n;
             std::vector<double> whole_want(static_cast<size_t>(n)), whole_got(static_cast<size_t>(n));
             scalar.step_up_all(x.data(), n, whole_want.data());
             k.step_up_all(x.data(), n, whole_got.data());
