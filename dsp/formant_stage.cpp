@@ -89,9 +89,11 @@ int64_t padded_taps(int64_t taps) noexcept
     return padded <= engine::max_taps ? padded : taps;
 }
 
-// The sum of x[i] * coef[i] over a filter's padded taps.
+// The sum of x[i] * coef[i] over a filter's padded taps; an empty set's
+// (formants off), +0.0, without a call.
 double filter_sum(const double* x, const double* coef, int64_t padded) noexcept
 {
+    if (padded == 0) return 0.0;
     const auto& kernels = vector_kernels::kernels();
     return (padded & 3) == 0 ? kernels.dot_padded(x, coef, padded) : kernels.dot(x, coef, padded);
 }
