@@ -166,14 +166,18 @@ template <class vec>
         v = __builtin_shufflevector(v, v, 3, 2, 1, 0);
 }
 
-// Four partial sums of V lanes each keep the adder busy; they are added
-// together at the end, then the remainder one by one.
+// The products of a and b over whole vectors, from i = 0 while
+// i + V <= n, in four partial sums of V lanes that keep the adder busy while
+// they fill, then in the first; the four added together into `sum` (by
+// reference, so that no vector crosses a call). i is left at the first
+// product not taken.
 template <int V>
-[[gnu::always_inline]] inline double dot_body(const double* a, const double* b, int64_t n) noexcept
+[[gnu::always_inline]] inline void partial_sums(const double* a, const double* b, int64_t n,
+                                                typename lanes<V>::vec& sum, int64_t& i) noexcept
 {
     using vec = typename lanes<V>::vec;
     vec s0 = {}, s1 = {}, s2 = {}, s3 = {};
-    int64_t i = 0;
+    i = 0;
     for (; i + 4 * V <= n; i += 4 * V) {
         vec a0, a1, a2, a3, b0, b1, b2, b3;
         std::memcpy(&a0, a + i, sizeof a0);
@@ -195,50 +199,36 @@ template <int V>
         std::memcpy(&b0, b + i, sizeof b0);
         s0 += a0 * b0;
     }
-    s0 = (s0 + s1) + (s2 + s3);
+    sum = (s0 + s1) + (s2 + s3);
+}
+
+// The lanes added in order, then the remainder one by one.
+template <int V>
+[[gnu::always_inline]] inline double dot_body(const double* a, const double* b, int64_t n) noexcept
+{
+    int64_t i = 0;
+    typename lanes<V>::vec s;
+    partial_sums<V>(a, b, n, s, i);
     double sum = 0.0;
-    for (int j = 0; j < V; ++j) sum += s0[j];
+    for (int j = 0; j < V; ++j) sum += s[j];
     for (; i < n; ++i) sum += a[i] * b[i];
     return sum;
 }
 
-// For n a multiple of 4: four partial sums while they fill, then one, and
-// the lanes added pairwise, so that the sum is ready a few additions after
-// the last product.
+// For n a multiple of 4: no remainder, and the lanes added pairwise, so that
+// the sum is ready a few additions after the last product.
 template <int V>
 [[gnu::always_inline]] inline double dot_padded_body(const double* a, const double* b, int64_t n) noexcept
 {
-    using vec = typename lanes<V>::vec;
-    vec s0 = {}, s1 = {}, s2 = {}, s3 = {};
     int64_t i = 0;
-    for (; i + 4 * V <= n; i += 4 * V) {
-        vec a0, a1, a2, a3, b0, b1, b2, b3;
-        std::memcpy(&a0, a + i, sizeof a0);
-        std::memcpy(&a1, a + i + V, sizeof a1);
-        std::memcpy(&a2, a + i + 2 * V, sizeof a2);
-        std::memcpy(&a3, a + i + 3 * V, sizeof a3);
-        std::memcpy(&b0, b + i, sizeof b0);
-        std::memcpy(&b1, b + i + V, sizeof b1);
-        std::memcpy(&b2, b + i + 2 * V, sizeof b2);
-        std::memcpy(&b3, b + i + 3 * V, sizeof b3);
-        s0 += a0 * b0;
-        s1 += a1 * b1;
-        s2 += a2 * b2;
-        s3 += a3 * b3;
-    }
-    for (; i < n; i += V) {
-        vec a0, b0;
-        std::memcpy(&a0, a + i, sizeof a0);
-        std::memcpy(&b0, b + i, sizeof b0);
-        s0 += a0 * b0;
-    }
-    s0 = (s0 + s1) + (s2 + s3);
+    typename lanes<V>::vec s;
+    partial_sums<V>(a, b, n, s, i);
     if constexpr (V == 4) {
         using half = typename lanes<2>::vec;
-        const half h = half{s0[0], s0[1]} + half{s0[2], s0[3]};
+        const half h = half{s[0], s[1]} + half{s[2], s[3]};
         return h[0] + h[1];
     } else {
-        return s0[0] + s0[1];
+        return s[0] + s[1];
     }
 }
 
