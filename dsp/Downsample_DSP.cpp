@@ -251,12 +251,19 @@ void Downsample_DSP::process(const float* const* in, float* const* out, int64_t 
 
 void Downsample_DSP::silence_if_broken(float* const* out, int64_t frames) noexcept
 {
+    // A float is an infinity or not a number when its exponent bits are all
+    // set; the test on the bits runs several samples at a time.
+    constexpr uint32_t exponent = 0x7f800000u;
     const int out_channels = stereo_out ? 2 : 1;
-    bool finite = true;
+    uint32_t broken = 0;
     for (int c = 0; c < out_channels; ++c) {
-        for (int64_t i = 0; i < frames; ++i) finite &= std::isfinite(out[c][i]);
+        for (int64_t i = 0; i < frames; ++i) {
+            uint32_t bits;
+            std::memcpy(&bits, out[c] + i, sizeof bits);
+            broken |= (bits & exponent) == exponent ? 1u : 0u;
+        }
     }
-    if (finite) return;
+    if (broken == 0) return;
     for (int c = 0; c < out_channels; ++c) std::fill(out[c], out[c] + frames, 0.0f);
     reset();
 }

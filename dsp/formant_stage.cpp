@@ -170,15 +170,13 @@ void formant_stage::roll_sets() noexcept
     analysis_filled[set_index] = false;
 }
 
-void formant_stage::analyze_formants(const double* period_ring, int64_t index, int channel,
-                                     double period, double last_period, bool bypass) noexcept
+void formant_stage::analyze(const double* period_ring, int64_t index, int channel, double period,
+                            double last_period, bool bypass) noexcept
 {
-    const bool due = analysis_count++ == 0;
-    if (due) analysis_count = -engine::analysis_interval;
     if (!formants_on) {
         // Empty sets roll in, and the last analysis fades out.
-        if (due) roll_sets();
-    } else if (due) {
+        roll_sets();
+    } else {
         const double* x = pre_ring[channel];
         int64_t len;
         int64_t fade = 0;
@@ -245,9 +243,9 @@ void formant_stage::analyze_formants(const double* period_ring, int64_t index, i
         // the envelope and not the harmonics. Its width is the spacing of the
         // harmonics: the detector's period, or a whole fraction of it when
         // the segment repeats within that period.
+        const double w = p != 0.0 ? p / double(harmonic_divisor(r, len, p)) : double(len);
         // sin(l theta) comes from the one before by a rotation through
         // theta, which keeps its error within about l rounding steps.
-        const double w = p != 0.0 ? p / double(harmonic_divisor(r, len, p)) : double(len);
         const double theta = M_PI / w;
         const double sin_step = std::sin(theta);
         const double cos_step = std::cos(theta);
@@ -292,10 +290,6 @@ void formant_stage::analyze_formants(const double* period_ring, int64_t index, i
             synth_taps[set_index] = m;
         }
     }
-    if (set_mix < 1.0) set_mix = std::min(1.0, set_mix + 0.1);
-    set_ring[index] = set_index;
-    prev_set_ring[index] = prev_set_index;
-    mix_ring[index] = set_mix;
 }
 
 int64_t formant_stage::harmonic_divisor(const double* r, int64_t len, double p) const noexcept

@@ -87,8 +87,19 @@ public:
     // period ring gives the period at each past sample). The filter set in
     // use is remembered for ring position `index`. With `bypass` the
     // synthesis tube keeps the analysis' length.
+    // Here, so that the samples between analyses cost no call.
     void analyze_formants(const double* period_ring, int64_t index, int channel, double period,
-                          double last_period, bool bypass) noexcept;
+                          double last_period, bool bypass) noexcept
+    {
+        if (analysis_count++ == 0) {
+            analysis_count = -engine::analysis_interval;
+            analyze(period_ring, index, channel, period, last_period, bypass);
+        }
+        if (set_mix < 1.0) set_mix = set_mix + 0.1 < 1.0 ? set_mix + 0.1 : 1.0;
+        set_ring[index] = set_index;
+        prev_set_ring[index] = prev_set_index;
+        mix_ring[index] = set_mix;
+    }
     // Audio thread. The residual of the sample engine::residual_delay before
     // `index`.
     double inverse_filter(int64_t index, int channel) noexcept;
@@ -97,6 +108,10 @@ public:
     double synthesis_filter(int64_t position, int channel, double x) noexcept;
 
 private:
+    // The analysis of an analysis sample: a new filter set, or with
+    // formants off an empty one.
+    void analyze(const double* period_ring, int64_t index, int channel, double period, double last_period,
+                 bool bypass) noexcept;
     // Sections of the synthesis tube: the analysis' areas warped to the
     // throat ratio, or as they are with `bypass`.
     int64_t warp_area(bool bypass) noexcept;

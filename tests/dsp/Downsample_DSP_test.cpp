@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <limits>
 #include <vector>
 
 #include "support/signals.h"
@@ -27,6 +28,7 @@ public:
             for (int64_t i = 0; i < frames; ++i) out[c][i] = source[i];
         }
         seen.insert(seen.end(), in[0], in[0] + frames);
+        if (bad_channel < channels && bad_at < frames) out[bad_channel][bad_at] = bad_value;
     }
     // The cascade of one instruction-set level in place of the chosen one.
     void use_level(vector_kernels::level l) { cascade_run = cascade_kernels::kernel_for(l); }
@@ -39,6 +41,10 @@ public:
         return all;
     }
     std::vector<float> seen;
+    // An output sample the engine writes over its copy, when in range.
+    int bad_channel = 2;
+    int64_t bad_at = 0;
+    float bad_value = 0.0f;
     const float* last_in0 = nullptr;
     int calls = 0;
 };
@@ -256,6 +262,54 @@ TEST(Downsample_DSP, StereoChannelsStayApart)
     }
     for (size_t i = 0; i < 20000; ++i) ASSERT_NEAR(l2[i], r2[i], 1e-6);
     EXPECT_GT(test_signals::rms(r2, 10000, 10000), 0.3);
+}
+
+// An engine block with an output that is an infinity or not a number leaves
+// silence and a reset engine; the largest finite values pass, and so does
+// the next block.
+TEST(Downsample_DSP, AnOutputThatIsNotFiniteSilencesItsBlock)
+{
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    const float inf = std::numeric_limits<float>::infinity();
+    const float most = std::numeric_limits<float>::max();
+    const struct {
+        double rate;
+        bool stereo;
+        int channel;
+        int64_t at;
+        float value;
+        bool silenced;
+    } cases[] = {
+        {48000.0, false, 0, 0, nan, true},     {48000.0, false, 0, 255, inf, true},
+        {48000.0, true, 1, 100, -inf, true},   {48000.0, false, 0, 7, most, false},
+        {48000.0, true, 1, 7, -most, false},   {96000.0, false, 0, 3, nan, true},
+        {96000.0, true, 1, 127, inf, true},
+    };
+    for (const auto& c : cases) {
+        Recording_DSP dsp(256);
+        dsp.set_sample_rate(c.rate);
+        dsp.set_channels(c.stereo, c.stereo);
+        const auto tone = test_signals::sine(256, 440.0, c.rate, 0.5);
+        std::vector<float> left(256), right(256);
+        const float* in[2] = {tone.data(), tone.data()};
+        float* out[2] = {left.data(), right.data()};
+        dsp.process(in, out, 256); // the filters fill
+        dsp.bad_channel = c.channel;
+        dsp.bad_at = c.at;
+        dsp.bad_value = c.value;
+        dsp.process(in, out, 256);
+        const auto zero = [](float x) { return x == 0.0f; };
+        const bool silent = std::all_of(left.begin(), left.end(), zero) &&
+                            (!c.stereo || std::all_of(right.begin(), right.end(), zero));
+        EXPECT_EQ(silent, c.silenced) << c.rate << " " << c.at << " " << c.value;
+        if (c.silenced) {
+            const auto state = dsp.filter_state();
+            EXPECT_TRUE(std::all_of(state.begin(), state.end(), [](double x) { return x == 0.0; })) << c.rate;
+        }
+        dsp.bad_channel = 2;
+        dsp.process(in, out, 256);
+        EXPECT_FALSE(std::all_of(left.begin(), left.end(), zero)) << c.rate << " " << c.at;
+    }
 }
 
 // Every instruction-set level of the cascade against the scalar level, its
