@@ -132,9 +132,9 @@ int64_t pitch_detector::coarse_update(double x) noexcept
     // correlation gains the sample k back times x and loses it times the
     // sample 2k back.
     coarse_past.store(coarse_index, x);
-    const double* a = coarse_past.back(coarse_index);
-    const double* b = coarse_past.every_second_back(coarse_index, 0);
-    vector_kernels::kernels().lag_window_update(coarse_energy, coarse_corr, engine::coarse_lags, 1, &x, &a, &b);
+    vector_kernels::kernels().lag_window_update(coarse_energy, coarse_corr, engine::coarse_lags, x,
+                                                coarse_past.back(coarse_index),
+                                                coarse_past.every_second_back(coarse_index, 0));
     coarse_index = engine::ring_next(coarse_index, len);
 
     const int64_t c = coarse_count++;

@@ -39,18 +39,12 @@ void autocorrelation_scalar(const double* x, int64_t len, int64_t lags, double* 
     }
 }
 
-void lag_window_update_scalar(double* energy, double* corr, int64_t width, int64_t count, const double* x,
-                              const double* const* a, const double* const* b) noexcept
+void lag_window_update_scalar(double* energy, double* corr, int64_t width, double x0, const double* a,
+                              const double* b) noexcept
 {
     for (int64_t k = 0; k < width; ++k) {
-        double e = energy[k];
-        double c = corr[k];
-        for (int64_t j = 0; j < count; ++j) {
-            e += x[j] * x[j] - b[j][k] * b[j][k];
-            c += x[j] * a[j][k] - a[j][k] * b[j][k];
-        }
-        energy[k] = e;
-        corr[k] = c;
+        energy[k] += x0 * x0 - b[k] * b[k];
+        corr[k] += x0 * a[k] - a[k] * b[k];
     }
 }
 
@@ -136,7 +130,7 @@ void step_up_all_scalar(const double* k, int64_t n, double* a) noexcept
 }
 
 constexpr table scalar_table = {dot_scalar, dot_padded_scalar, mix_scalar, autocorrelation_scalar, lag_window_update_scalar,
-                                lag_window_step_scalar, lattice_step_scalar, step_up_scalar, step_up_all_scalar};
+                                lag_window_step_scalar, lattice_step_scalar, step_up_all_scalar};
 
 #if defined(__x86_64__) || defined(__i386__)
 
@@ -293,38 +287,27 @@ template <int V>
     }
 }
 
-// V lags at a time, their sums kept in registers over the samples.
+// V lags at a time.
 template <int V>
-[[gnu::always_inline]] inline void lag_window_update_body(double* energy, double* corr, int64_t width,
-                                                          int64_t count, const double* x, const double* const* a,
-                                                          const double* const* b) noexcept
+[[gnu::always_inline]] inline void lag_window_update_body(double* energy, double* corr, int64_t width, double x0,
+                                                          const double* a, const double* b) noexcept
 {
     using vec = typename lanes<V>::vec;
+    const vec vx = vec{} + x0;
+    const vec vxx = vec{} + x0 * x0;
     int64_t k = 0;
     for (; k + V <= width; k += V) {
-        vec e, c;
+        vec va, vb, e, c;
+        std::memcpy(&va, a + k, sizeof va);
+        std::memcpy(&vb, b + k, sizeof vb);
         std::memcpy(&e, energy + k, sizeof e);
         std::memcpy(&c, corr + k, sizeof c);
-        for (int64_t j = 0; j < count; ++j) {
-            const vec vx = vec{} + x[j];
-            const vec vxx = vec{} + x[j] * x[j];
-            vec va, vb;
-            std::memcpy(&va, a[j] + k, sizeof va);
-            std::memcpy(&vb, b[j] + k, sizeof vb);
-            e += vxx - vb * vb;
-            c += vx * va - va * vb;
-        }
+        e += vxx - vb * vb;
+        c += vx * va - va * vb;
         std::memcpy(energy + k, &e, sizeof e);
         std::memcpy(corr + k, &c, sizeof c);
     }
-    if (k == width) return;
-    const double* a_rest[max_samples_on];
-    const double* b_rest[max_samples_on];
-    for (int64_t j = 0; j < count; ++j) {
-        a_rest[j] = a[j] + k;
-        b_rest[j] = b[j] + k;
-    }
-    lag_window_update_scalar(energy + k, corr + k, width - k, count, x, a_rest, b_rest);
+    lag_window_update_scalar(energy + k, corr + k, width - k, x0, a + k, b + k);
 }
 
 // Every lane of v to x, without the addition of a zero that `vec{} + x`
@@ -605,10 +588,10 @@ void autocorrelation_sse2(const double* x, int64_t len, int64_t lags, double* r)
 {
     autocorrelation_body<2>(x, len, lags, r);
 }
-void lag_window_update_sse2(double* energy, double* corr, int64_t width, int64_t count, const double* x,
-                            const double* const* a, const double* const* b) noexcept
+void lag_window_update_sse2(double* energy, double* corr, int64_t width, double x0, const double* a,
+                            const double* b) noexcept
 {
-    lag_window_update_body<2>(energy, corr, width, count, x, a, b);
+    lag_window_update_body<2>(energy, corr, width, x0, a, b);
 }
 
 int64_t lag_window_step_sse2(double* energy, double* corr, int64_t width, int64_t count,
@@ -630,10 +613,6 @@ __attribute__((target("avx2"))) void lattice_step_avx2(double* p, double* q, int
 {
     lattice_step_body<4>(p, q, n, k);
 }
-void step_up_sse2(double* a, int64_t n, double k) noexcept
-{
-    step_up_body<2>(a, n, k);
-}
 void step_up_all_sse2(const double* k, int64_t n, double* a) noexcept
 {
     step_up_all_body<2>(k, n, a);
@@ -641,10 +620,6 @@ void step_up_all_sse2(const double* k, int64_t n, double* a) noexcept
 __attribute__((target("avx2"))) void step_up_all_avx2(const double* k, int64_t n, double* a) noexcept
 {
     step_up_all_body<4>(k, n, a);
-}
-__attribute__((target("avx2"))) void step_up_avx2(double* a, int64_t n, double k) noexcept
-{
-    step_up_body<4>(a, n, k);
 }
 __attribute__((target("avx2"))) double dot_avx2(const double* a, const double* b, int64_t n) noexcept
 {
@@ -664,17 +639,16 @@ __attribute__((target("avx2"))) void autocorrelation_avx2(const double* x, int64
 {
     autocorrelation_body<4>(x, len, lags, r);
 }
-__attribute__((target("avx2"))) void lag_window_update_avx2(double* energy, double* corr, int64_t width,
-                                                            int64_t count, const double* x, const double* const* a,
-                                                            const double* const* b) noexcept
+__attribute__((target("avx2"))) void lag_window_update_avx2(double* energy, double* corr, int64_t width, double x0,
+                                                            const double* a, const double* b) noexcept
 {
-    lag_window_update_body<4>(energy, corr, width, count, x, a, b);
+    lag_window_update_body<4>(energy, corr, width, x0, a, b);
 }
 
 constexpr table sse2_table = {dot_sse2, dot_padded_sse2, mix_sse2, autocorrelation_sse2, lag_window_update_sse2,
-                              lag_window_step_sse2, lattice_step_sse2, step_up_sse2, step_up_all_sse2};
+                              lag_window_step_sse2, lattice_step_sse2, step_up_all_sse2};
 constexpr table avx2_table = {dot_avx2, dot_padded_avx2, mix_avx2, autocorrelation_avx2, lag_window_update_avx2,
-                              lag_window_step_avx2, lattice_step_avx2, step_up_avx2, step_up_all_avx2};
+                              lag_window_step_avx2, lattice_step_avx2, step_up_all_avx2};
 
 #endif
 

@@ -8,7 +8,7 @@
 // the widest vectors it has.
 //
 // Every level of mix, lag_window_update, lag_window_step, autocorrelation,
-// lattice_step, step_up and step_up_all computes each entry by the same
+// lattice_step and step_up_all computes each entry by the same
 // operations in the same order as the scalar level, so their results are
 // the same to the last bit. A dot product's vector levels add in
 // several partial sums, so it may differ from the scalar sum in the last
@@ -49,16 +49,12 @@ struct table {
     // summed in the order of i. x must be readable up to
     // x[len + lags + padding).
     void (*autocorrelation)(const double* x, int64_t len, int64_t lags, double* r) noexcept;
-    // The running sums of a window of lags, `count` samples on (at most
-    // max_samples_on), oldest first: for j below count and k below width,
-    // with x[j] the sample, a[j][k] the one lag k back from it and b[j][k]
+    // The running sums of a window of lags, one sample on: for k below
+    // width, with x0 the newest sample, a[k] the sample lag k back and b[k]
     // the one twice as far back,
-    //   energy[k] += x[j] * x[j] - b[j][k] * b[j][k];
-    //   corr[k] += x[j] * a[j][k] - a[j][k] * b[j][k].
-    // Each sum takes its samples in order, so several samples at once give
-    // the same sums as one at a time.
-    void (*lag_window_update)(double* energy, double* corr, int64_t width, int64_t count, const double* x,
-                              const double* const* a, const double* const* b) noexcept;
+    //   energy[k] += x0 * x0 - b[k] * b[k];   corr[k] += x0 * a[k] - a[k] * b[k].
+    void (*lag_window_update)(double* energy, double* corr, int64_t width, double x0, const double* a,
+                              const double* b) noexcept;
     // A decision of the fine stage over its window of lags l = in.lag + k,
     // k below width. First the correlations, `count` samples on (at most
     // max_samples_on), oldest first: for s from count - 1 down to 0,
@@ -82,15 +78,14 @@ struct table {
     // t below n, p[t] -= k * q[t] and q[t] -= k * p[t], every right side
     // taken before any change.
     void (*lattice_step)(double* p, double* q, int64_t n, double k) noexcept;
-    // One order of the step-up of a predictor, in place: for j below n,
-    // a[j] -= k * a[n - 1 - j], every right side taken before any change.
-    void (*step_up)(double* a, int64_t n, double k) noexcept;
     // The predictor a[0 .. n) of the reflection coefficients k[0 .. n):
-    // for each i below n, step_up(a, i, k[i]) and a[i] = k[i].
+    // for each i below n, one order of the step-up in place,
+    //   a[j] -= k[i] * a[i - 1 - j] for j below i,
+    // every right side taken before any change, then a[i] = k[i].
     void (*step_up_all)(const double* k, int64_t n, double* a) noexcept;
 };
 
-// The most samples lag_window_update and lag_window_step take at once.
+// The most samples lag_window_step takes at once.
 constexpr int64_t max_samples_on = 8;
 
 // Entries autocorrelation may read past x[len + lags).

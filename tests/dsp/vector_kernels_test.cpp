@@ -35,20 +35,12 @@ struct Lag_Window_Input {
     }
 };
 
-// The lag window's sums taken `count` samples on, from x[first] to
-// x[first + count - 1], in one call of a level's kernel.
-void take_samples(const vector_kernels::table& k, std::vector<double>& energy, std::vector<double>& corr,
-                  const std::vector<double>& x, int64_t lag, int64_t first, int64_t count)
+// One sample x[n] of a level's running lag sums.
+void take_sample(const vector_kernels::table& k, std::vector<double>& energy, std::vector<double>& corr,
+                 const std::vector<double>& x, int64_t lag, int64_t n)
 {
-    const int64_t width = int64_t(energy.size());
-    std::vector<Lag_Window_Input> in;
-    std::vector<const double*> a, b;
-    for (int64_t j = 0; j < count; ++j) in.emplace_back(x, first + j, lag, width);
-    for (const auto& i : in) {
-        a.push_back(i.a.data());
-        b.push_back(i.b.data());
-    }
-    k.lag_window_update(energy.data(), corr.data(), width, count, x.data() + first, a.data(), b.data());
+    const Lag_Window_Input in(x, n, lag, int64_t(energy.size()));
+    k.lag_window_update(energy.data(), corr.data(), int64_t(energy.size()), x[size_t(n)], in.a.data(), in.b.data());
 }
 
 // The input of a decision of the fine stage at x[n], the newest sample, for
@@ -115,9 +107,8 @@ TEST(VectorKernels, DotProductsAgreeWithAnExactSumAtEveryLevel)
 
 // The per-lag kernels and the step-up give every level the same operations in
 // the same order as the scalar path: bit for bit the same results, over
-// widths with remainders and over many samples of running sums, which each
-// level takes in several at once and the scalar path one at a time; the
-// fine stage's decisions over every number of samples a call takes.
+// widths with remainders and over many samples of running sums; the fine
+// stage's decisions over every number of samples a call takes.
 TEST(VectorKernels, LagSumsAreTheScalarOnesAtEveryLevel)
 {
     const auto& scalar = vector_kernels::kernels_for(level::scalar);
@@ -134,9 +125,10 @@ TEST(VectorKernels, LagSumsAreTheScalarOnesAtEveryLevel)
         for (int64_t width : {1, 3, 8, 9, 48, 60, 250}) {
             std::vector<double> e1(size_t(width), 0.5), c1(size_t(width), -0.25), e2(e1), c2(c1);
             const int64_t lag = 40, start = 2 * (lag + width), end = start + 500;
-            for (int64_t n = start; n < end; ++n) take_samples(scalar, e1, c1, x, lag, n, 1);
-            for (int64_t n = start, count = 1; n < end; n += count, count = count % 5 + 1)
-                take_samples(k, e2, c2, x, lag, n, std::min(count, end - n));
+            for (int64_t n = start; n < end; ++n) {
+                take_sample(scalar, e1, c1, x, lag, n);
+                take_sample(k, e2, c2, x, lag, n);
+            }
             EXPECT_EQ(e1, e2) << "energy, level " << int(l) << ", width " << width;
             EXPECT_EQ(c1, c2) << "correlation, level " << int(l) << ", width " << width;
         }
@@ -154,10 +146,7 @@ TEST(VectorKernels, LagSumsAreTheScalarOnesAtEveryLevel)
             EXPECT_EQ(c1, c2) << "window correlation, level " << int(l) << ", width " << width;
         }
         for (int64_t n : {1, 2, 7, 8, 9, 16, 49, 50}) {
-            std::vector<double> want(x.begin(), x.begin() + n), got(want);
-            scalar.step_up(want.data(), n, 0.37);
-            k.step_up(got.data(), n, 0.37);
-            EXPECT_EQ(want, got) << "step-up, level " << int(l) << ", n " << n;
+            std::vector<double> want(x.begin(), x.begin() + n);
             std::vector<double> p_want(x.begin() + 100, x.begin() + 100 + n), p_got(p_want), q_got(want);
             scalar.lattice_step(p_want.data(), want.data(), n, -0.61);
             k.lattice_step(p_got.data(), q_got.data(), n, -0.61);
@@ -247,15 +236,20 @@ TEST(VectorKernels, LagWindowStepsKeepTheDirectSumsAndFindThePeriod)
     }
 }
 
-// The scalar step-up against its definition, from a copy of the old values.
+// The step-up against its definition: each order from a copy of the old
+// values, every partner taken before the change.
 TEST(VectorKernels, StepUpTakesEveryPartnerBeforeTheChange)
 {
-    for (int64_t n : {1, 2, 5, 6}) {
-        const auto old = noise(size_t(n), 5);
-        std::vector<double> a(old);
-        vector_kernels::kernels_for(level::scalar).step_up(a.data(), n, -0.6);
-        for (int64_t j = 0; j < n; ++j)
-            EXPECT_EQ(a[size_t(j)], old[size_t(j)] - -0.6 * old[size_t(n - 1 - j)]) << n << " " << j;
+    const auto k = noise(7, 5);
+    for (level l : levels()) {
+        for (int64_t n : {1, 2, 5, 6, 7}) {
+            std::vector<double> old(static_cast<size_t>(n)), a(static_cast<size_t>(n));
+            vector_kernels::kernels_for(l).step_up_all(k.data(), n - 1, old.data());
+            vector_kernels::kernels_for(l).step_up_all(k.data(), n, a.data());
+            for (int64_t j = 0; j + 1 < n; ++j)
+                EXPECT_EQ(a[size_t(j)], old[size_t(j)] - k[size_t(n - 1)] * old[size_t(n - 2 - j)]) << n << " " << j;
+            EXPECT_EQ(a[size_t(n - 1)], k[size_t(n - 1)]) << n;
+        }
     }
 }
 
@@ -272,7 +266,7 @@ TEST(VectorKernels, RunningLagSumsEqualTheirDirectSums)
         std::fill(y.begin(), y.begin() + start, 0.0);
         const int64_t end = 1500;
         for (int64_t n = start; n < end; ++n)
-            take_samples(vector_kernels::kernels_for(l), energy, corr, y, lag, n, 1);
+            take_sample(vector_kernels::kernels_for(l), energy, corr, y, lag, n);
         for (int64_t k = 0; k < width; ++k) {
             const int64_t L = lag + k;
             double e = 0.0, c = 0.0;
